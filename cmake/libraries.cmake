@@ -1,0 +1,129 @@
+# The libraries: vekcore, and one complete vekvc library per variant, each with the code of all families.
+
+# Library code lives without the C++ runtime: no exceptions, no RTTI, linked by the C compiler's driver.
+# Single-precision operations round one by one in every variant: no contraction to fused multiply-add.
+add_library(vekvc_code_options INTERFACE)
+target_compile_options(vekvc_code_options INTERFACE
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility=hidden
+    -fvisibility-inlines-hidden -ffp-contract=off -fno-math-errno -fno-asynchronous-unwind-tables>)
+target_include_directories(vekvc_code_options INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
+
+# No start files: the libraries have nothing to run when they are loaded and nothing to keep.
+set(vekvc_link_options -Wl,--as-needed -Wl,--no-undefined -Wl,--gc-sections)
+if(NOT VEKVC_SANITIZE)
+  list(APPEND vekvc_link_options -nostartfiles)
+else()
+  list(REMOVE_ITEM vekvc_link_options -Wl,--no-undefined)
+endif()
+
+# Writes a linker map that exports exactly the names listed in the given files.
+function(vekvc_write_map map)
+  set(names "")
+  foreach(list ${ARGN})
+    set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
+    file(STRINGS ${list} lines REGEX "^[A-Za-z]")
+    list(APPEND names ${lines})
+  endforeach()
+  list(JOIN names ";\n    " joined)
+  file(CONFIGURE OUTPUT ${map} CONTENT "{\n  global:\n    ${joined};\n  local:\n    *;\n};\n" @ONLY)
+endfunction()
+
+function(vekvc_use_map target map)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${map})
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
+endfunction()
+
+# ---- vekcore
+
+vekvc_write_map(${PROJECT_BINARY_DIR}/vekcore.map ${PROJECT_SOURCE_DIR}/vekcore/exports.txt)
+add_library(vekcore SHARED vekcore/vekcore.cpp)
+add_library(vekvc::vekcore ALIAS vekcore)
+target_link_libraries(vekcore PRIVATE $<BUILD_INTERFACE:vekvc_code_options>)
+target_include_directories(vekcore INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_link_options(vekcore PRIVATE ${vekvc_link_options})
+vekvc_use_map(vekcore ${PROJECT_BINARY_DIR}/vekcore.map)
+set_target_properties(vekcore PROPERTIES LINKER_LANGUAGE C VERSION 6.1 SOVERSION 6)
+
+# ---- the vekvc variants
+
+set(vekvc_families core common mpeg2 h264 vc1)
+list(TRANSFORM vekvc_families REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/src/\\1/exports.txt" OUTPUT_VARIABLE vekvc_export_lists)
+vekvc_write_map(${PROJECT_BINARY_DIR}/vekvc.map ${vekvc_export_lists})
+file(GLOB vekvc_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*.cpp)
+
+# code, instruction set, glibc-hwcaps folder ("" : the library folder itself, "-" : not found by the loader)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")
+  set(vekvc_variants px sf av)
+else()
+  set(vekvc_variants px)
+endif()
+set(vekvc_arch_sf x86-64-v2)
+set(vekvc_arch_av x86-64-v3)
+set(vekvc_arch_az x86-64-v4)
+
+# The object code of one variant; tests of internals link it directly.
+function(vekvc_add_objects code)
+  add_library(vekvc-objects-${code} OBJECT ${vekvc_sources})
+  target_link_libraries(vekvc-objects-${code} PUBLIC vekvc_code_options PRIVATE OpenMP::OpenMP_CXX)
+  target_compile_definitions(vekvc-objects-${code} PUBLIC VEKVC_CPU_CODE="${code}")
+  if(code STREQUAL "px")
+    target_compile_definitions(vekvc-objects-${code} PUBLIC VEKVC_SIMD=0)
+  else()
+    target_compile_definitions(vekvc-objects-${code} PUBLIC VEKVC_SIMD=1)
+    target_compile_options(vekvc-objects-${code} PUBLIC -march=${vekvc_arch_${code}})
+  endif()
+endfunction()
+
+function(vekvc_add_variant code)
+  vekvc_add_objects(${code})
+  add_library(vekvc-${code} SHARED $<TARGET_OBJECTS:vekvc-objects-${code}>)
+  target_include_directories(vekvc-${code} INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_link_libraries(vekvc-${code} PUBLIC vekcore PRIVATE OpenMP::OpenMP_CXX)
+  target_link_options(vekvc-${code} PRIVATE ${vekvc_link_options} -Wl,-soname,libvekvc.so.6)
+  if(NOT code STREQUAL "px")
+    target_link_options(vekvc-${code} PRIVATE -Wl,-z,${vekvc_arch_${code}})
+  endif()
+  vekvc_use_map(vekvc-${code} ${PROJECT_BINARY_DIR}/vekvc.map)
+  set_target_properties(vekvc-${code} PROPERTIES LINKER_LANGUAGE C NO_SONAME ON
+    PREFIX "" OUTPUT_NAME "libvekvc-${code}" SUFFIX ".so.6.1" BUILD_RPATH "\$ORIGIN:\$ORIGIN/../.." INSTALL_RPATH "\$ORIGIN:\$ORIGIN/../..")
+endfunction()
+
+foreach(code ${vekvc_variants})
+  vekvc_add_variant(${code})
+endforeach()
+
+# The plain names of the build tree: what programs link, and what the loader prefers on better processors.
+if("sf" IN_LIST vekvc_variants)
+  set(vekvc_default sf)
+else()
+  set(vekvc_default px)
+endif()
+add_library(vekvc INTERFACE)
+add_library(vekvc::vekvc ALIAS vekvc)
+target_link_libraries(vekvc INTERFACE vekvc-${vekvc_default})
+set(lib ${PROJECT_BINARY_DIR}/lib)
+file(MAKE_DIRECTORY ${lib})
+file(CREATE_LINK libvekvc-${vekvc_default}.so.6.1 ${lib}/libvekvc.so.6 SYMBOLIC)
+file(CREATE_LINK libvekvc.so.6 ${lib}/libvekvc.so SYMBOLIC)
+foreach(code ${vekvc_variants})
+  if(NOT code STREQUAL vekvc_default AND DEFINED vekvc_arch_${code})
+    file(MAKE_DIRECTORY ${lib}/glibc-hwcaps/${vekvc_arch_${code}})
+    file(CREATE_LINK ../../libvekvc-${code}.so.6.1 ${lib}/glibc-hwcaps/${vekvc_arch_${code}}/libvekvc.so.6 SYMBOLIC)
+  endif()
+  # One folder per variant: LD_LIBRARY_PATH set to it runs a program with exactly this variant.
+  file(MAKE_DIRECTORY ${lib}/variant/${code})
+  file(CREATE_LINK ../../libvekvc-${code}.so.6.1 ${lib}/variant/${code}/libvekvc.so.6 SYMBOLIC)
+endforeach()
+
+# A static archive of one chosen variant.
+if(VEKVC_STATIC_VARIANT)
+  add_library(vekvc_static STATIC $<TARGET_OBJECTS:vekvc-objects-${VEKVC_STATIC_VARIANT}>)
+  add_library(vekvc::vekvc_static ALIAS vekvc_static)
+  target_include_directories(vekvc_static INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_link_libraries(vekvc_static PUBLIC vekcore OpenMP::OpenMP_CXX)
+  set_target_properties(vekvc_static PROPERTIES OUTPUT_NAME vekvc)
+endif()

@@ -1,0 +1,14 @@
+#ifndef VEKVC_H264_INTERPOLATE_H
+#define VEKVC_H264_INTERPOLATE_H
+
+#include "vekvc/types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

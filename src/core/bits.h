@@ -1,0 +1,138 @@
+// The two bit-stream cursors: the word form (32-bit words, each read from its most significant bit down) and the byte
+// form. Both take a copy of the caller's cursor, work on it, and write it back with commit().
+#ifndef VEKVC_CORE_BITS_H
+#define VEKVC_CORE_BITS_H
+
+#include "core/memory.h"
+
+namespace vekvc {
+
+// The word form: the next bit is bit `offset` (31 down to 0) of the native 32-bit word at `word`.
+class WordReader {
+  public:
+    WordReader(Vek32u* const* ppBitStream, const Vek32s* pBitOffset) : word_(*ppBitStream), offset_(*pBitOffset) {}
+
+    // The next n bits (0 to 32), the first one most significant, without moving on. Touches the next word only if the
+    // bits reach into it.
+    Vek32u peek(int n) const {
+        const Vek32u here = load<Vek32u>(word_);
+        const int below = offset_ + 1 - n;  // bits of this word that lie below the n bits
+        if (below >= 0) return n == 0 ? 0 : here >> below & ones(n);
+        return (here << -below | load<Vek32u>(word_ + 1) >> (32 + below)) & ones(n);
+    }
+
+    // Moves on by n bits (0 to 32).
+    void skip(int n) {
+        offset_ -= n;
+        if (offset_ < 0) {
+            ++word_;
+            offset_ += 32;
+        }
+    }
+
+    Vek32u read(int n) {
+        const Vek32u bits = peek(n);
+        skip(n);
+        return bits;
+    }
+
+    // Hands back the last n bits read (0 to 255).
+    void giveBack(int n) {
+        const int position = offset_ + n;
+        word_ -= position >> 5;
+        offset_ = position & 31;
+    }
+
+    void commit(Vek32u** ppBitStream, Vek32s* pBitOffset) const {
+        *ppBitStream = word_;
+        *pBitOffset = offset_;
+    }
+
+  private:
+    // n ones (1 to 32) in the low bits.
+    static constexpr Vek32u ones(int n) { return ~Vek32u{0} >> (32 - n); }
+
+    Vek32u* word_;
+    Vek32s offset_;
+};
+
+// Writing through the word form: bits go in at the cursor, most significant first; all other bits keep their values,
+// and no word beyond the one that holds the last written bit is touched.
+class WordWriter {
+  public:
+    WordWriter(Vek32u* const* ppBitStream, const Vek32s* pBitOffset) : word_(*ppBitStream), offset_(*pBitOffset) {}
+
+    // Appends the low n bits (0 to 32) of value.
+    void put(Vek32u value, int n) {
+        const int below = offset_ + 1 - n;
+        if (below < 0) {  // the first part fills this word's low bits
+            putHere(value >> -below, n + below, 0);
+            ++word_;
+            putHere(value, -below, 32 + below);
+            offset_ = 31 + below;
+            return;
+        }
+        putHere(value, n, below);
+        offset_ = below - 1;
+        if (offset_ < 0) {
+            ++word_;
+            offset_ = 31;
+        }
+    }
+
+    void commit(Vek32u** ppBitStream, Vek32s* pBitOffset) const {
+        *ppBitStream = word_;
+        *pBitOffset = offset_;
+    }
+
+  private:
+    void putHere(Vek32u value, int n, int shift) {
+        if (n == 0) return;
+        const Vek32u mask = ~Vek32u{0} >> (32 - n) << shift;
+        store<Vek32u>(word_, (load<Vek32u>(word_) & ~mask) | (value << shift & mask));
+    }
+
+    Vek32u* word_;
+    Vek32s offset_;
+};
+
+// The byte form: `offset` (0 to 7) bits of the byte at `byte` are already consumed, counted from its most significant.
+class ByteReader {
+  public:
+    ByteReader(Vek8u* const* ppBitStream, const Vek32s* pBitOffset) : byte_(*ppBitStream), offset_(*pBitOffset) {}
+
+    static constexpr bool validOffset(Vek32s offset) { return offset >= 0 && offset <= 7; }
+
+    // The next n bits (0 to 32), without moving on; touches only the bytes that hold them.
+    Vek32u peek(int n) const {
+        std::uint64_t bits = 0;
+        const int bytes = (offset_ + n + 7) / 8;
+        for (int i = 0; i < bytes; ++i) bits = bits << 8 | byte_[i];
+        return static_cast<Vek32u>(bits >> (8 * bytes - offset_ - n) & ((std::uint64_t{1} << n) - 1));
+    }
+
+    void skip(int n) {
+        offset_ += n;
+        byte_ += offset_ >> 3;
+        offset_ &= 7;
+    }
+
+    Vek32u read(int n) {
+        const Vek32u bits = peek(n);
+        skip(n);
+        return bits;
+    }
+
+    void commit(Vek8u** ppBitStream, Vek32s* pBitOffset) const {
+        *ppBitStream = byte_;
+        *pBitOffset = offset_;
+    }
+
+  private:
+    Vek8u* byte_;
+    Vek32s offset_;
+};
+
+}  // namespace vekvc
+
+#endif
