@@ -68,13 +68,42 @@ inline constexpr int kTileRows = [] {
     return rows < H ? rows : H;
 }();
 
-// Calls use(y) for y = 0, R, 2R ... below H.
+// Calls use() once for every R of the H rows. Not unrolled: the compilers would keep the addresses of all rows at once.
 template <int H, int R, class Use>
 [[gnu::always_inline]] inline void forTileRows(Use&& use) {
     static_assert(H % R == 0);
-#pragma GCC unroll 16
-    for (int y = 0; y < H; y += R) use(y);
+#pragma GCC unroll 1
+    for (int y = 0; y < H; y += R) use();
 }
+
+// Reads or writes a block from the top, R rows at a time.
+template <int W, int R>
+class TileReader {
+  public:
+    TileReader(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    auto rows() {
+        const auto v = Tile<W, R>::load(p_, step_);
+        p_ += R * step_;
+        return v;
+    }
+
+  private:
+    const Vek8u* p_;
+    std::ptrdiff_t step_;
+};
+template <int W, int R>
+class TileWriter {
+  public:
+    TileWriter(Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    void rows(typename Tile<W, R>::Vector v) {
+        Tile<W, R>::store(p_, step_, v);
+        p_ += R * step_;
+    }
+
+  private:
+    Vek8u* p_;
+    std::ptrdiff_t step_;
+};
 
 // The samples of a full- or half-sample position, R rows at a time from the top: each call of rows() gives the next R.
 // The averages round up first and are corrected where the exact value is one less:
