@@ -614,8 +614,21 @@ VEKVC_SIMD_INLINE Vec<std::uint16_t, 2 * N> narrowU16(Vec<std::int32_t, N> a, Ve
 
 // Sums of |a - b| over each 8 bytes, in the low 16 bits of each 64.
 template <int N>
-VEKVC_SIMD_INLINE Vec<std::uint64_t, N / 8> sumAbsDiff(Vec<std::uint8_t, N> a,
-                                                       Vec<std::uint8_t, N> b){VEKVC_BOTH(a, b, sad_epu8)}
+VEKVC_SIMD_INLINE Vec<std::uint64_t, N / 8> sumAbsDiff(Vec<std::uint8_t, N> a, Vec<std::uint8_t, N> b) {
+    VEKVC_BOTH(a, b, sad_epu8)
+}
+// Eight sums of |difference| of 4 bytes: the 4 bytes that begin 4 * sourceQuad bytes into `source`, against the
+// reference at 4 * referenceQuad, 4 * referenceQuad + 1 ... + 7 bytes (of each half).
+template <int referenceQuad, int sourceQuad, int N>
+VEKVC_SIMD_INLINE Vec<std::uint16_t, N / 2> eightSums(Vec<std::uint8_t, N> reference, Vec<std::uint8_t, N> source) {
+    static_assert(referenceQuad < 2 && sourceQuad < 4);
+    constexpr int choice = referenceQuad << 2 | sourceQuad;
+    if constexpr (N == 16) return {_mm_mpsadbw_epu8(reference.raw, source.raw, choice)};
+#if VEKVC_VECTOR256
+    else
+        return {_mm256_mpsadbw_epu8(reference.raw, source.raw, choice | choice << 3)};
+#endif
+}
 // The sum of all lanes (32-bit lanes with wrap-around; 64-bit lanes: their low 32 bits).
 VEKVC_SIMD_INLINE std::int32_t sumLanes(i32x4 a) {
     const __m128i pairs = _mm_add_epi32(a.raw, _mm_unpackhi_epi64(a.raw, a.raw));
