@@ -32,7 +32,8 @@ template <int W, int H>
 VekStatus search(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek16u* pDstSAD, Vek32s count) {
     if (anyNull(pSrc, pRef, pDstSAD)) return vekStsErrNullPtr;
     if (anyBelow(1, wholeGroups(count))) return vekStsErrSize;
-    kernel::searchRow<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep), pDstSAD, wholeGroups(count));
+    kernel::searchRow<W, H, false>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep), pDstSAD,
+                                   wholeGroups(count));
     return vekStsOk;
 }
 
@@ -41,8 +42,8 @@ VekStatus searchMinimum(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Ve
                         Vek32s count, Vek32u* pMinIndex) {
     if (anyNull(pSrc, pRef, pDstSAD, pMinIndex)) return vekStsErrNullPtr;
     if (anyBelow(1, wholeGroups(count))) return vekStsErrSize;
-    kernel::searchRow<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep), pDstSAD, wholeGroups(count));
-    store(pMinIndex, kernel::indexOfMinimum(pDstSAD, wholeGroups(count)));
+    store(pMinIndex, kernel::searchRow<W, H, true>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep), pDstSAD,
+                                                   wholeGroups(count)));
     return vekStsOk;
 }
 

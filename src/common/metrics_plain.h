@@ -43,22 +43,22 @@ inline InterleavedSums sumsOfAbsoluteDifferences8x8(Block<Vek8u> s, Block<Vek8u>
     return {sums[0], sums[1]};
 }
 
-// pSad[i] = the sum against the reference i columns on; 16 x 16 x 255 fits 16 bits.
-template <int W, int H>
-void searchRow(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad, Vek32s count) {
+// pSad[i] = the sum against the reference i columns on; 16 x 16 x 255 fits 16 bits. The lowest index of the smallest
+// sum is the result, if it is wanted.
+template <int W, int H, bool wantIndex>
+Vek32u searchRow(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad, Vek32s count) {
+    Vek32s best = 0, bestIndex = 0;
     for (Vek32s i = 0; i < count; ++i) {
         Block<Vek8u> at = ref;
         at.base += i;
-        store(pSad + i, static_cast<Vek16u>(sumOfAbsoluteDifferences<W, H>(s, at, Half::none)));
+        const Vek32s sum = sumOfAbsoluteDifferences<W, H>(s, at, Half::none);
+        store(pSad + i, static_cast<Vek16u>(sum));
+        if (i == 0 || sum < best) {
+            best = sum;
+            bestIndex = i;
+        }
     }
-}
-
-// The lowest index of the smallest value.
-inline Vek32u indexOfMinimum(const Vek16u* pSad, Vek32s count) {
-    Vek32s best = 0;
-    for (Vek32s i = 1; i < count; ++i)
-        if (load<Vek16u>(pSad + i) < load<Vek16u>(pSad + best)) best = i;
-    return static_cast<Vek32u>(best);
+    return static_cast<Vek32u>(bestIndex);
 }
 
 }  // namespace vekvc::plain

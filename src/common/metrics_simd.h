@@ -61,25 +61,43 @@ template <int n, Half half>
     }
 }
 
-template <int W, int H>
-Vek32s sumOfAbsoluteDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half) {
+// The differences of a block in any order, each given to use() once.
+template <int W, int H, class Use>
+[[gnu::always_inline]] inline void forDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half, Use&& use) {
     using Row = Row16<W>;
-    using V = typename Row::Vector;
-    using Signed = Vec<Vek16s, V::kBytes / 2>;
-    using Sum = Vec<Vek32s, V::kBytes / 4>;
-    // The differences have 16 bits without sign: they are summed less 32768, which the multiply-add takes as signed.
-    constexpr Vek32s kBias = 32768 * H * (W / Row::kColumns) * (V::kBytes / 2);
-    const auto toSigned = splat<V>(0x8000);
-    const auto ones = splat<Signed>(1);
-    Sum sum = zero<Sum>();
     withCase(half, 0, [&]<Half h, int>() {
         for (int x = 0; x < W; x += Row::kColumns)
-            for (int y = 0; y < H; ++y) {
-                const V difference = absDiff(Row::load(s.at(x, y)), positionOfRow<W, h>(ref, x, y));
-                sum += mulAddPairs(as<Signed>(difference ^ toSigned), ones);
-            }
+#pragma GCC unroll 4
+            for (int y = 0; y < H; ++y) use(Row::load(s.at(x, y)), positionOfRow<W, h>(ref, x, y));
+    });
+}
+
+// For samples of any size: the differences have 16 bits without sign and are summed less 32768, as signed values.
+template <int W, int H>
+[[gnu::noinline]] Vek32s sumOfLargeDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half) {
+    using V = typename Row16<W>::Vector;
+    using Signed = Vec<Vek16s, V::kBytes / 2>;
+    using Sum = Vec<Vek32s, V::kBytes / 4>;
+    constexpr Vek32s kBias = 32768 * H * (W / Row16<W>::kColumns) * (V::kBytes / 2);
+    Sum sum = zero<Sum>();
+    forDifferences<W, H>(s, ref, half, [&](V a, V b) {
+        sum += mulAddPairs(as<Signed>(absDiff(a, b) ^ splat<V>(0x8000)), splat<Signed>(1));
     });
     return sumLanes(sum) + kBias;
+}
+
+// Sums of real video fit 16 bits per lane; a lane that reached the limit sends the block to the general form.
+template <int W, int H>
+Vek32s sumOfAbsoluteDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half) {
+    using V = typename Row16<W>::Vector;
+    V above = zero<V>(), below = zero<V>();
+    forDifferences<W, H>(s, ref, half, [&](V a, V b) {
+        above = addSat(above, subSat(a, b));
+        below = addSat(below, subSat(b, a));
+    });
+    const V sum = addSat(above, below);
+    if (byteMask(sum == splat<V>(0xffff)) != 0) return sumOfLargeDifferences<W, H>(s, ref, half);
+    return sumLanes(sum);
 }
 
 template <int W, int H>
@@ -87,6 +105,14 @@ Vek32s sumOfSquaredDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
     constexpr int R = W * H >= 16 ? 16 / W : H;
     i32x4 sum = zero<i32x4>();
     withCase(half, 0, [&]<Half h, int round>() {
+        if constexpr (W == 8 && h == Half::none) {  // widened while they are loaded
+            const auto row = [](Block<Vek8u> b, int y) { return widenLow(loadBytes<u8x16, 8>(b.at(0, y))); };
+            for (int y = 0; y < H; ++y) {
+                const i16x8 difference = row(s, y) - row(ref, y);
+                sum += mulAddPairs(difference, difference);
+            }
+            return;
+        }
         TileReader<W, R> source(s.base, s.step);
         Predictor<W, R, h, round> p(ref.base, ref.step);
         forTileRows<H, R>([&] {
@@ -116,53 +142,70 @@ inline InterleavedSums sumsOfAbsoluteDifferences8x8(Block<Vek8u> s, Block<Vek8u>
 
 // ---- search
 
-// The sums for eight consecutive positions; reads W + 7 bytes of each reference row.
-template <int W, int H>
+// The sums for eight consecutive positions. They take W + 7 bytes of each reference row; in the last group of a row not
+// one more may be read, before that a whole vector may.
+template <int W, int H, bool last>
 [[gnu::always_inline]] inline u16x8 eightPositions(Block<Vek8u> s, const Vek8u* ref, std::ptrdiff_t refStep) {
-    u16x8 sum = zero<u16x8>();
-    TileReader<W, 1> source(s.base, s.step);
-    for (int y = 0; y < H; ++y, ref += refStep) {
-        const u8x16 a = source.rows();
-        if constexpr (W == 4) {  // 11 bytes: 8 and the last 3 of 4
-            const u8x16 tail = bytesRight<1>(loadBytes<u8x16, 4>(ref + 7));
-            const u8x16 r = as<u8x16>(interleaveLow(as<u64x2>(loadBytes<u8x16, 8>(ref)), as<u64x2>(tail)));
-            sum += eightSums<0, 0>(r, a);
-        } else {  // 15 or 23 bytes
-            const u8x16 tail = bytesRight<1>(loadBytes<u8x16, 8>(ref + W - 1));
-            if constexpr (W == 8) {
-                const u8x16 r = as<u8x16>(interleaveLow(as<u64x2>(loadBytes<u8x16, 8>(ref)), as<u64x2>(tail)));
-                sum += eightSums<0, 0>(r, a) + eightSums<1, 1>(r, a);
-            } else {
-                const u8x16 low = load<u8x16>(ref), high = alignRight<8>(tail, low);
+    const Vek8u* source = s.base;
+    const auto nextRow = [&] {
+        source += s.step;
+        ref += refStep;
+    };
+    if constexpr (W == 16) {
+        // Two references, so that each sum finds its 11 bytes: from byte 0 on, and from byte 8 on.
+        const auto fromByte8 = [&] { return last ? bytesRight<1>(load<u8x16>(ref + 7)) : load<u8x16>(ref + 8); };
 #if VEKVC_VECTOR256
-                const u8x32 r = join(low, high), both = join(a, as<u8x16>(shuffle32<2, 3, 0, 1>(as<u32x4>(a))));
-                const u16x16 sums = eightSums<0, 0>(r, both) + eightSums<1, 1>(r, both);
-                sum += lowHalf(sums) + highHalf(sums);
-#else
-                sum += eightSums<0, 0>(low, a) + eightSums<1, 1>(low, a) + eightSums<0, 2>(high, a) +
-                       eightSums<1, 3>(high, a);
-#endif
-            }
+        u16x16 sum = zero<u16x16>();
+#pragma GCC unroll 4
+        for (int y = 0; y < H; ++y, nextRow()) {
+            const u8x32 r = join(load<u8x16>(ref), fromByte8()), a = loadTwice16<u8x32>(source);
+            sum += eightSums<0, 0, 0, 2>(r, a) + eightSums<1, 1, 1, 3>(r, a);
         }
+        return lowHalf(sum) + highHalf(sum);
+#else
+        u16x8 sum = zero<u16x8>();
+        for (int y = 0; y < H; ++y, nextRow()) {
+            const u8x16 low = load<u8x16>(ref), high = fromByte8(), a = load<u8x16>(source);
+            sum +=
+                eightSums<0, 0>(low, a) + eightSums<1, 1>(low, a) + eightSums<0, 2>(high, a) + eightSums<1, 3>(high, a);
+        }
+        return sum;
+#endif
+    } else {
+        u16x8 sum = zero<u16x8>();
+        for (int y = 0; y < H; ++y, nextRow()) {
+            u8x16 r;
+            if constexpr (last) {  // 8 bytes, and the last 7 of 8 or 3 of 4
+                const u8x16 tail = bytesRight<1>(loadBytes<u8x16, W>(ref + 7));
+                r = as<u8x16>(interleaveLow(as<u64x2>(loadBytes<u8x16, 8>(ref)), as<u64x2>(tail)));
+            } else {
+                r = load<u8x16>(ref);
+            }
+            const u8x16 a = loadBytes<u8x16, W>(source);
+            sum += eightSums<0, 0>(r, a);
+            if constexpr (W == 8) sum += eightSums<1, 1>(r, a);
+        }
+        return sum;
     }
-    return sum;
 }
 
-template <int W, int H>
-void searchRow(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad, Vek32s count) {
-    for (Vek32s i = 0; i < count; i += 8) store(pSad + i, eightPositions<W, H>(s, ref.base + i, ref.step));
-}
-
-inline Vek32u indexOfMinimum(const Vek16u* pSad, Vek32s count) {
+template <int W, int H, bool wantIndex>
+Vek32u searchRow(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad, Vek32s count) {
     Vek32u best = 0x10000;
     Vek32s index = 0;
-    for (Vek32s i = 0; i < count; i += 8) {
-        const Minimum least = minimum(load<u16x8>(pSad + i));
-        if (least.value < best) {
-            best = least.value;
-            index = i + least.index;
+    const auto take = [&](Vek32s i, u16x8 sums) {
+        store(pSad + i, sums);
+        if constexpr (wantIndex) {
+            const Minimum least = minimum(sums);
+            if (least.value < best) {
+                best = least.value;
+                index = i + least.index;
+            }
         }
-    }
+    };
+    Vek32s i = 0;
+    for (; i < count - 8; i += 8) take(i, eightPositions<W, H, false>(s, ref.base + i, ref.step));
+    take(i, eightPositions<W, H, true>(s, ref.base + i, ref.step));
     return static_cast<Vek32u>(index);
 }
 

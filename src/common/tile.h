@@ -66,15 +66,22 @@ inline constexpr int kWideTileRows = W* H >= 16 ? 16 / W : H;
 template <int H, int R, class Use>
 [[gnu::always_inline]] inline void forTileRows(Use&& use) {
     static_assert(H % R == 0);
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (int y = 0; y < H; y += R) use();
+}
+
+// The same step, but a value of its own to the compiler: otherwise the address arithmetic of all cases of a switch is shared
+// at its head and spilled (8x8 half-sample copy: 17 against 12 cycles; g++ 12).
+inline std::ptrdiff_t ownStep(std::ptrdiff_t step) {
+    asm("" : "+r"(step));
+    return step;
 }
 
 // Reads or writes a block from the top, R rows at a time.
 template <int W, int R>
 class TileReader {
   public:
-    TileReader(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    TileReader(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(ownStep(step)) {}
     auto rows() {
         const auto v = Tile<W, R>::load(p_, step_);
         p_ += R * step_;
@@ -88,7 +95,7 @@ class TileReader {
 template <int W, int R>
 class TileWriter {
   public:
-    TileWriter(Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    TileWriter(Vek8u* p, std::ptrdiff_t step) : p_(p), step_(ownStep(step)) {}
     void rows(u8x16 v) {
         Tile<W, R>::store(p_, step_, v);
         p_ += R * step_;
@@ -112,7 +119,7 @@ class Predictor {
     using V = u8x16;
     static constexpr bool kCarries = R == 1 && (half == Half::vertical || half == Half::both);
 
-    Predictor(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {
+    Predictor(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(ownStep(step)) {
         if constexpr (kCarries) above_ = line(p);
     }
 
