@@ -70,8 +70,8 @@ template <int H, int R, class Use>
     for (int y = 0; y < H; y += R) use();
 }
 
-// The same step, but a value of its own to the compiler: otherwise the address arithmetic of all cases of a switch is shared
-// at its head and spilled (8x8 half-sample copy: 17 against 12 cycles; g++ 12).
+// The same step, but a value of its own to the compiler: otherwise the address arithmetic of all cases of a switch is
+// shared at its head and spilled (8x8 half-sample copy: 17 against 12 cycles; g++ 12).
 inline std::ptrdiff_t ownStep(std::ptrdiff_t step) {
     asm("" : "+r"(step));
     return step;

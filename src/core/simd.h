@@ -665,6 +665,16 @@ VEKVC_SIMD_INLINE Minimum minimum(u16x8 a) {
             static_cast<std::uint16_t>(_mm_extract_epi16(found, 1))};
 }
 
+// `bits` without its n lowest ones (n up to 63).
+VEKVC_SIMD_INLINE std::uint64_t withoutLowestBits(std::uint64_t bits, int n) {
+#if defined(__BMI2__)
+    return bits & ~_pdep_u64((std::uint64_t{1} << n) - 1, bits);
+#else
+    for (; n > 0 && bits != 0; --n) bits &= bits - 1;
+    return bits;
+#endif
+}
+
 // ---- transposition, in place
 
 // Four rows of four 32-bit lanes (of each half).
