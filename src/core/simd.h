@@ -96,6 +96,10 @@ VEKVC_SIMD_FN void store(void* p, Vec<T, N> v) {
 #endif
 }
 
+// Past the caches, to an address that is a multiple of 16; other threads see it after finishStreaming().
+VEKVC_SIMD_INLINE void storeStreaming(void* p, u8x16 v) { _mm_stream_si128(static_cast<__m128i*>(p), v.raw); }
+VEKVC_SIMD_INLINE void finishStreaming() { _mm_sfence(); }
+
 // n bytes (2, 4, 8, 12 or 16) into the low lanes; the other lanes become 0.
 template <class V, int n>
 VEKVC_SIMD_INLINE V loadBytes(const void* p) {
