@@ -110,8 +110,7 @@ template <class T, class Layout>
     }
     int index = total - 1 + zerosLeft;
     int i = 0;
-    store<T>(block + layout.position(index), static_cast<T>(levels[0]));
-    while (zerosLeft > 0 && i < total - 1) {
+    for (; zerosLeft > 0 && i < total - 1; ++i) {
         const Vek32s* const table = load<const Vek32s*>(tables.ppRunBefore + zerosLeft);
         if (table == nullptr) [[unlikely]] {
             window.commit(ppBitStream, pBitOffset);
@@ -121,12 +120,12 @@ template <class T, class Layout>
         if (code.noCode()) [[unlikely]]
             return vekStsErrVlcData;
         window.drop(code.lengthHere());
+        store<T>(block + layout.position(index), static_cast<T>(levels[i]));
         const int runBefore = cavlcNumber(code) < zerosLeft ? cavlcNumber(code) : zerosLeft;
         zerosLeft -= runBefore;
         index -= runBefore + 1;
-        store<T>(block + layout.position(index), static_cast<T>(levels[++i]));
     }
-    while (++i < total) store<T>(block + layout.position(--index), static_cast<T>(levels[i]));
+    for (; i < total; ++i) store<T>(block + layout.position(index--), static_cast<T>(levels[i]));
     store(target.ppCoeffs, block + Layout::kSize);
     window.commit(ppBitStream, pBitOffset);
     return vekStsOk;

@@ -29,8 +29,8 @@ class CodeList {
     CodeList(const Vek32s* list, RecordKind kind) : list_(list), kind_(kind) { rewind(); }
 
     int levels() const { return clip3(0, INT32_MAX, load<Vek32s>(list_ + 1)); }
-    // Bits looked up by level i; 63 stands for all that no memory could hold.
-    int width(int i) const { return i < levels() ? clip3(0, 63, load<Vek32s>(list_ + 2 + i)) : 0; }
+    // Bits looked up by level i; 40 stands for all that no memory could hold.
+    int width(int i) const { return i < levels() ? clip3(0, 40, load<Vek32s>(list_ + 2 + i)) : 0; }
 
     void rewind() {
         next_ = list_ + 2 + levels();
