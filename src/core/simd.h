@@ -639,6 +639,17 @@ VEKVC_SIMD_INLINE Minimum minimum(u16x8 a) {
             static_cast<std::uint16_t>(_mm_extract_epi16(found, 1))};
 }
 
+// ---- bits of general registers
+
+#if defined(__BMI2__)
+#define VEKVC_BIT_GATHER 1
+// The bits of x that stand under ones of the mask, moved together at the low end; and the reverse.
+VEKVC_SIMD_INLINE std::uint64_t gatherBits(std::uint64_t x, std::uint64_t mask) { return _pext_u64(x, mask); }
+VEKVC_SIMD_INLINE std::uint64_t scatterBits(std::uint64_t x, std::uint64_t mask) { return _pdep_u64(x, mask); }
+#else
+#define VEKVC_BIT_GATHER 0
+#endif
+
 // ---- transposition, in place
 
 // Four rows of four 32-bit lanes (of each half).
