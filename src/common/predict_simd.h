@@ -15,119 +15,141 @@ void copyBlock(const Reference& src, int rounding, Vek8u* pDst, Vek32s dstStep) 
     constexpr int R = kTileRows<W, H>;
     withCase(src.half, rounding, [&]<Half half, int round>() {
         Predictor<W, R, half, round> p(src.pixels, src.step);
-        forTileRows<H, R>([&](int y) { Tile<W, R>::store(pDst + std::ptrdiff_t{dstStep} * y, dstStep, p.rows()); });
+        TileWriter<W, R> dst(pDst, dstStep);
+        forTileRows<H, R>([&] { dst.rows(p.rows()); });
     });
 }
 
 template <int W, int H>
 void averageBlock(const Reference& src, int rounding, const Vek8u* pA, Vek32s aStep, Vek8u* pDst, Vek32s dstStep) {
     constexpr int R = kTileRows<W, H>;
-    using T = Tile<W, R>;
     withCase(src.half, rounding, [&]<Half half, int round>() {
         Predictor<W, R, half, round> p(src.pixels, src.step);
-        forTileRows<H, R>([&](int y) {
-            const auto a = T::load(pA + std::ptrdiff_t{aStep} * y, aStep);
-            T::store(pDst + std::ptrdiff_t{dstStep} * y, dstStep, average(a, p.rows()));
-        });
+        TileReader<W, R> a(pA, aStep);
+        TileWriter<W, R> dst(pDst, dstStep);
+        forTileRows<H, R>([&] { dst.rows(average(a.rows(), p.rows())); });
     });
 }
 
-// The residuals of R rows of W samples, laid out as interleaveLow and interleaveHigh widen the tile's samples.
-template <int W, int R>
+// R rows of residuals at a time, laid out as widenLow and widenHigh widen a tile's samples.
 struct WideTile {
-    using Samples = typename Tile<W, R>::Vector;
-    using Vector = Vec<Vek16s, Samples::kBytes / 2>;
-    Vector low, high;
+    i16x8 low, high;
+    u8x16 addTo(u8x16 s) const { return narrowU8(addSat(widenLow(s), low), addSat(widenHigh(s), high)); }
+};
 
-    static WideTile load(const Residual& r, int y) {
-        const auto at = [&](int row, int x) { return Block<Vek16s>(r.values, r.step).at(x, y + row); };
-        if constexpr (W * R == 32 && W == 16) {
-            return {loadPair16<Vector>(at(0, 0), at(1, 0)), loadPair16<Vector>(at(0, 8), at(1, 8))};
-        } else if constexpr (W * R == 32) {
-            return {loadPair16<Vector>(at(0, 0), at(2, 0)), loadPair16<Vector>(at(1, 0), at(3, 0))};
-        } else if constexpr (W == 16) {
-            return {simd_load(at(0, 0)), simd_load(at(0, 8))};
+template <int W, int R>
+class ResidualReader {
+  public:
+    explicit ResidualReader(const Residual& r) : p_(r.values), step_(r.step) {}
+
+    WideTile rows() {
+        using V = i16x8;
+        const auto at = [p = p_, step = step_](int row, int x) { return offsetBytes(p, row * step + 2 * x); };
+        p_ = offsetBytes(p_, R * step_);
+        if constexpr (W == 16) {
+            return {load<V>(at(0, 0)), load<V>(at(0, 8))};
         } else if constexpr (W == 8) {
-            return {simd_load(at(0, 0)), simd_load(at(1, 0))};
+            return {load<V>(at(0, 0)), load<V>(at(1, 0))};
         } else if constexpr (W == 4 && R == 4) {
-            return {loadPair8<Vector>(at(0, 0), at(1, 0)), loadPair8<Vector>(at(2, 0), at(3, 0))};
+            return {loadPair8<V>(at(0, 0), at(1, 0)), loadPair8<V>(at(2, 0), at(3, 0))};
         } else if constexpr (W == 4) {
-            return {loadPair8<Vector>(at(0, 0), at(1, 0)), zero<Vector>()};
+            return {loadPair8<V>(at(0, 0), at(1, 0)), zero<V>()};
+        } else if constexpr (R == 4) {
+            const V a = loadPair4<V>(at(0, 0), at(1, 0)), b = loadPair4<V>(at(2, 0), at(3, 0));
+            return {as<V>(interleaveLow(as<u64x2>(a), as<u64x2>(b))), zero<V>()};
         } else {
-            static_assert(W == 2);
-            Vector v = loadPair4<Vector>(at(0, 0), at(1, 0));
-            if constexpr (R == 4)
-                v = as<Vector>(interleaveLow(as<u64x2>(v), as<u64x2>(loadPair4<Vector>(at(2, 0), at(3, 0)))));
-            return {v, zero<Vector>()};
+            return {loadPair4<V>(at(0, 0), at(1, 0)), zero<V>()};
         }
     }
 
-    static WideTile load(const ResidualPlanes& r, int y) {
-        static_assert(W == 16);
-        const auto row = [&](const Vek16s* plane) {
-            const Block<Vek16s> b(plane, r.step);
-            if constexpr (R == 2)
-                return loadPair16<Vector>(b.at(0, y), b.at(0, y + 1));
-            else
-                return simd_load(b.at(0, y));
-        };
-        const Vector u = row(r.u), v = row(r.v);
+  private:
+    const Vek16s* p_;
+    std::ptrdiff_t step_;
+};
+
+class ResidualPlanesReader {
+  public:
+    explicit ResidualPlanesReader(const ResidualPlanes& r) : u_(r.u), v_(r.v), step_(r.step) {}
+
+    WideTile rows() {
+        const auto u = load<i16x8>(u_), v = load<i16x8>(v_);
+        u_ = offsetBytes(u_, step_);
+        v_ = offsetBytes(v_, step_);
         return {interleaveLow(u, v), interleaveHigh(u, v)};
     }
 
-    Samples addTo(Samples s) const {
-        const auto none = zero<Samples>();
-        return narrowU8(addSat(as<Vector>(interleaveLow(s, none)), low),
-                        addSat(as<Vector>(interleaveHigh(s, none)), high));
-    }
-
   private:
-    static Vector simd_load(const Vek16s* p) { return vekvc::load<Vector>(p); }
+    const Vek16s *u_, *v_;
+    std::ptrdiff_t step_;
 };
 
-// One width's kernel serves all heights: the case and the rounding are compiled in, the height is not.
+template <int W, int R>
+ResidualReader<W, R> readerOf(const Residual& r) {
+    return ResidualReader<W, R>(r);
+}
+template <int W, int R>
+ResidualPlanesReader readerOf(const ResidualPlanes& r) {
+    static_assert(W == 16 && R == 1);
+    return ResidualPlanesReader(r);
+}
+
+// Each case is a function of its own, so that none carries the others' registers.
+template <int W, int H, int next, Half half, int rounding, class ResidualBlock>
+[[gnu::noinline]] void predictAndAddCase(const Vek8u* pRef, std::ptrdiff_t refStep, ResidualBlock residualBlock,
+                                         Vek8u* pDst, std::ptrdiff_t dstStep) {
+    constexpr int R = kWideTileRows<W, H>;
+    auto residual = readerOf<W, R>(residualBlock);
+    TileWriter<W, R> dst(pDst, dstStep);
+    if constexpr (W == 8 && half == Half::none) {  // widened while they are loaded
+        const auto row = [](const Vek8u* p) { return widenLow(loadBytes<u8x16, 8>(p)); };
+        forTileRows<H, R>([&] {
+            const auto r = residual.rows();
+            dst.rows(narrowU8(addSat(row(pRef), r.low), addSat(row(pRef + refStep), r.high)));
+            pRef += 2 * refStep;
+        });
+    } else {
+        Predictor<W, R, half, rounding, next> p(pRef, refStep);
+        forTileRows<H, R>([&] { dst.rows(residual.rows().addTo(p.rows())); });
+    }
+}
+
 template <int W, int H, int next, class ResidualBlock>
 void predictAndAdd(const Reference& ref, int rounding, ResidualBlock residual, Vek8u* pDst, Vek32s dstStep) {
-    constexpr int R = kTileRows<W, H>;
     withCase(ref.half, rounding, [&]<Half half, int round>() {
-        Predictor<W, R, half, round, next> p(ref.pixels, ref.step);
-        forTileRows<H, R>([&](int y) {
-            const auto sum = WideTile<W, R>::load(residual, y).addTo(p.rows());
-            Tile<W, R>::store(pDst + std::ptrdiff_t{dstStep} * y, dstStep, sum);
-        });
+        predictAndAddCase<W, H, next, half, round>(ref.pixels, ref.step, residual, pDst, dstStep);
     });
 }
 
-template <int W, int R, Half halfF, Half halfB, int rounding, int next, class ResidualBlock>
-[[gnu::noinline]] void predictAndAddCase(const Reference& f, const Reference& b, ResidualBlock residual, int height,
-                                         Vek8u* pDst, std::ptrdiff_t dstStep) {
-    Predictor<W, R, halfF, rounding, next> forward(f.pixels, f.step);
-    Predictor<W, R, halfB, rounding, next> backward(b.pixels, b.step);
-    for (int y = 0; y < height; y += R) {
-        const auto mean = average(forward.rows(), backward.rows());
-        Tile<W, R>::store(pDst + dstStep * y, dstStep, WideTile<W, R>::load(residual, y).addTo(mean));
-    }
+template <int W, int H, int next, Half halfF, Half halfB, int rounding, class ResidualBlock>
+[[gnu::noinline]] void predictAndAddCase(const Vek8u* pF, std::ptrdiff_t stepF, const Vek8u* pB, std::ptrdiff_t stepB,
+                                         ResidualBlock residualBlock, Vek8u* pDst, std::ptrdiff_t dstStep) {
+    constexpr int R = kWideTileRows<W, H>;
+    Predictor<W, R, halfF, rounding, next> f(pF, stepF);
+    Predictor<W, R, halfB, rounding, next> b(pB, stepB);
+    auto residual = readerOf<W, R>(residualBlock);
+    TileWriter<W, R> dst(pDst, dstStep);
+    forTileRows<H, R>([&] { dst.rows(residual.rows().addTo(average(f.rows(), b.rows()))); });
 }
 
 template <int W, int H, int next, class ResidualBlock>
 void predictAndAdd(const Reference& f, const Reference& b, int rounding, ResidualBlock residual, Vek8u* pDst,
                    Vek32s dstStep) {
-    constexpr int R = kTileRows<W, H>;
     withCase(f.half, rounding, [&]<Half halfF, int roundF>() {
         withCase(b.half, rounding, [&]<Half halfB, int roundB>() {
             constexpr int round = roundF | roundB;  // a full-sample case has no rounding of its own
-            predictAndAddCase<W, R, halfF, halfB, round, next>(f, b, residual, H, pDst, dstStep);
+            predictAndAddCase<W, H, next, halfF, halfB, round>(f.pixels, f.step, b.pixels, b.step, residual, pDst,
+                                                               dstStep);
         });
     });
 }
 
 inline void addConstant8x8(Vek16s value, Vek8u* pSrcDst, Vek32s srcDstStep) {
     const i16x8 addend = splat<i16x8>(value);
-    using T = Tile<8, 2>;
-    forTileRows<8, 2>([&](int y) {
-        Vek8u* p = pSrcDst + std::ptrdiff_t{srcDstStep} * y;
-        const u8x16 s = T::load(p, srcDstStep);
-        T::store(p, srcDstStep, narrowU8(widenLow(s) + addend, widenHigh(s) + addend));
+    TileReader<8, 2> src(pSrcDst, srcDstStep);
+    TileWriter<8, 2> dst(pSrcDst, srcDstStep);
+    forTileRows<8, 2>([&] {
+        const u8x16 s = src.rows();
+        dst.rows(narrowU8(widenLow(s) + addend, widenHigh(s) + addend));
     });
 }
 
