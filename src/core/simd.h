@@ -669,6 +669,35 @@ VEKVC_SIMD_INLINE Minimum minimum(u16x8 a) {
             static_cast<std::uint16_t>(_mm_extract_epi16(found, 1))};
 }
 
+// ---- single precision: every operation rounds by itself
+
+using f32x4 = Vec<float, 4>;
+
+VEKVC_SIMD_INLINE f32x4 splatFloat(float x) { return {_mm_castps_si128(_mm_set1_ps(x))}; }
+VEKVC_SIMD_INLINE f32x4 toFloat(i32x4 a) { return {_mm_castps_si128(_mm_cvtepi32_ps(a.raw))}; }
+// Toward zero; what does not fit becomes -2^31.
+VEKVC_SIMD_INLINE i32x4 truncate(f32x4 a) { return {_mm_cvttps_epi32(_mm_castsi128_ps(a.raw))}; }
+VEKVC_SIMD_INLINE f32x4 operator*(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_mul_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+// b where one of the two is not a number.
+VEKVC_SIMD_INLINE f32x4 min(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_min_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+VEKVC_SIMD_INLINE f32x4 max(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_max_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+
+// ---- bits of general registers
+
+#if defined(__BMI2__)
+#define VEKVC_BIT_GATHER 1
+// The bits of x that stand under ones of the mask, moved together at the low end; and the reverse.
+VEKVC_SIMD_INLINE std::uint64_t gatherBits(std::uint64_t x, std::uint64_t mask) { return _pext_u64(x, mask); }
+VEKVC_SIMD_INLINE std::uint64_t scatterBits(std::uint64_t x, std::uint64_t mask) { return _pdep_u64(x, mask); }
+#else
+#define VEKVC_BIT_GATHER 0
+#endif
 // `bits` without its n lowest ones (n up to 63).
 VEKVC_SIMD_INLINE std::uint64_t withoutLowestBits(std::uint64_t bits, int n) {
 #if defined(__BMI2__)

@@ -62,6 +62,8 @@ struct Argument {
     std::function<void(Random&, const Call&, void* samples, int count)> fill;  // all samples of a single row at once
     bool running = false;  // the argument is a pointer to this pointer, which the export moves on
     bool mayBeNull = false;
+    bool cursor = false;  // goes back with the running pointers before each call of a benchmark
+    std::string seed;  // a random number of this name is drawn before all operands; content and extents may follow it
 
     // Step: of these operands.
     std::vector<std::string> planes;
@@ -94,6 +96,12 @@ struct Argument {
     }
     Argument movedOn() const {
         return with([](Argument& a) { a.running = true; });
+    }
+    Argument goesBack() const {
+        return with([](Argument& a) { a.cursor = true; });
+    }
+    Argument seeded(std::string itsName) const {
+        return with([&](Argument& a) { a.seed = std::move(itsName); });
     }
     Argument nullable() const {
         return with([](Argument& a) { a.mayBeNull = true; });
