@@ -3,8 +3,6 @@
 #ifndef VEKVC_H264_INTRA_PLAIN_H
 #define VEKVC_H264_INTRA_PLAIN_H
 
-#include <array>
-
 #include "core/arith.h"
 #include "core/memory.h"
 
@@ -59,15 +57,19 @@ constexpr bool lacksNeighbour(ChromaMode mode, Vek32u available) {
 
 namespace vekvc::plain {
 
-// The reference samples of an n x n block: p(x, -1) for x = -1 .. 2n - 1 and p(-1, y).
+// The reference samples of an n x n block, in line from the bottom of the left column over the corner to the end of the
+// above row.
 template <int n>
 struct Reference {
-    int above[2 * n];
-    int left[n];
-    int corner;
+    int samples[3 * n + 1];
 
-    // Along the edge from the bottom of the left column (-n) over the corner (0) to the end of the above row (2n).
-    int line(int k) const { return k == 0 ? corner : k > 0 ? above[k - 1] : left[-k - 1]; }
+    int& line(int k) { return samples[n + k]; }  // k = -n .. 2n; the corner p(-1, -1) is 0
+    int& above(int x) { return line(x + 1); }    // p(x, -1)
+    int& left(int y) { return line(-y - 1); }    // p(-1, y)
+    int& corner() { return line(0); }
+    int line(int k) const { return samples[n + k]; }
+    int above(int x) const { return line(x + 1); }
+    int left(int y) const { return line(-y - 1); }
 };
 
 constexpr int average2(int a, int b) { return (a + b + 1) >> 1; }
@@ -82,10 +84,10 @@ Reference<n> readReference(MutableBlock<P> block, int mode, Vek32u available, in
     const bool useRight =
         (mode == diagonalDownLeft || mode == verticalLeft) && (used & above) && (available & aboveRight);
     Reference<n> p;
-    for (int x = 0; x < n; ++x) p.above[x] = used & above ? block(x, -1) : missing;
-    for (int x = n; x < 2 * n; ++x) p.above[x] = useRight ? block(x, -1) : p.above[n - 1];
-    for (int y = 0; y < n; ++y) p.left[y] = used & left ? block(-1, y) : missing;
-    p.corner = used & aboveLeft ? block(-1, -1) : missing;
+    for (int x = 0; x < n; ++x) p.above(x) = used & above ? block(x, -1) : missing;
+    for (int x = n; x < 2 * n; ++x) p.above(x) = useRight ? block(x, -1) : p.above(n - 1);
+    for (int y = 0; y < n; ++y) p.left(y) = used & left ? block(-1, y) : missing;
+    p.corner() = used & aboveLeft ? block(-1, -1) : missing;
     return p;
 }
 
@@ -94,8 +96,8 @@ template <int n>
 int dcValue(const Reference<n>& p, Vek32u available, int missing) {
     int sumAbove = 0, sumLeft = 0;
     for (int k = 0; k < n; ++k) {
-        sumAbove += p.above[k];
-        sumLeft += p.left[k];
+        sumAbove += p.above(k);
+        sumLeft += p.left(k);
     }
     const bool hasAbove = available & h264::above, hasLeft = available & h264::left;
     if (hasAbove && hasLeft) return (sumAbove + sumLeft + n) / (2 * n);
@@ -112,12 +114,12 @@ int directional(const Reference<n>& p, int mode, int x, int y) {
     const auto line3 = [&](int k) { return average3(p.line(k - 1), p.line(k), p.line(k + 1)); };
     switch (mode) {
         case vertical:
-            return p.above[x];
+            return p.above(x);
         case horizontal:
-            return p.left[y];
+            return p.left(y);
         case diagonalDownLeft:
-            return x + y == 2 * n - 2 ? average3(p.above[2 * n - 2], p.above[2 * n - 1], p.above[2 * n - 1])
-                                      : average3(p.above[x + y], p.above[x + y + 1], p.above[x + y + 2]);
+            return x + y == 2 * n - 2 ? average3(p.above(2 * n - 2), p.above(2 * n - 1), p.above(2 * n - 1))
+                                      : line3(x + y + 2);
         case diagonalDownRight:
             return line3(x - y);
         case verticalRight: {
@@ -131,14 +133,14 @@ int directional(const Reference<n>& p, int mode, int x, int y) {
             return z % 2 == 0 ? line2(-(y - (x >> 1)) - 1) : line3(-(y - (x >> 1)));
         }
         case verticalLeft: {
-            const int* a = p.above + x + (y >> 1);
-            return y % 2 == 0 ? average2(a[0], a[1]) : average3(a[0], a[1], a[2]);
+            const int k = x + (y >> 1) + 1;
+            return y % 2 == 0 ? line2(k) : line3(k + 1);
         }
         default: {  // horizontalUp
             const int z = x + 2 * y, k = y + (x >> 1);
-            if (z > 2 * n - 3) return p.left[n - 1];
-            if (z == 2 * n - 3) return average3(p.left[n - 2], p.left[n - 1], p.left[n - 1]);
-            return z % 2 == 0 ? average2(p.left[k], p.left[k + 1]) : average3(p.left[k], p.left[k + 1], p.left[k + 2]);
+            if (z > 2 * n - 3) return p.left(n - 1);
+            if (z == 2 * n - 3) return average3(p.left(n - 2), p.left(n - 1), p.left(n - 1));
+            return z % 2 == 0 ? average2(p.left(k), p.left(k + 1)) : average3(p.left(k), p.left(k + 1), p.left(k + 2));
         }
     }
 }
@@ -167,26 +169,26 @@ Reference<8> filteredReference(MutableBlock<P> block, int mode, Vek32u available
     const Vek32u used = usedNeighbours(mode, available);
     const bool hasAbove = used & above, hasLeft = used & left, hasCorner = available & aboveLeft;
     Reference<8> p{};
-    for (int x = 0; x < 8 && hasAbove; ++x) p.above[x] = block(x, -1);
-    for (int x = 8; x < 16 && hasAbove; ++x) p.above[x] = available & aboveRight ? block(x, -1) : p.above[7];
-    for (int y = 0; y < 8 && hasLeft; ++y) p.left[y] = block(-1, y);
-    if (hasCorner) p.corner = block(-1, -1);
+    for (int x = 0; x < 8 && hasAbove; ++x) p.above(x) = block(x, -1);
+    for (int x = 8; x < 16 && hasAbove; ++x) p.above(x) = available & aboveRight ? block(x, -1) : p.above(7);
+    for (int y = 0; y < 8 && hasLeft; ++y) p.left(y) = block(-1, y);
+    if (hasCorner) p.corner() = block(-1, -1);
 
     Reference<8> f;
     for (int x = 0; x < 16; ++x) {
-        const int before = x > 0 ? p.above[x - 1] : hasCorner ? p.corner : p.above[0];
-        const int after = x < 15 ? p.above[x + 1] : p.above[15];
-        f.above[x] = hasAbove ? average3(before, p.above[x], after) : missing;
+        const int before = x > 0 ? p.above(x - 1) : hasCorner ? p.corner() : p.above(0);
+        const int after = x < 15 ? p.above(x + 1) : p.above(15);
+        f.above(x) = hasAbove ? average3(before, p.above(x), after) : missing;
     }
     for (int y = 0; y < 8; ++y) {
-        const int before = y > 0 ? p.left[y - 1] : hasCorner ? p.corner : p.left[0];
-        const int after = y < 7 ? p.left[y + 1] : p.left[7];
-        f.left[y] = hasLeft ? average3(before, p.left[y], after) : missing;
+        const int before = y > 0 ? p.left(y - 1) : hasCorner ? p.corner() : p.left(0);
+        const int after = y < 7 ? p.left(y + 1) : p.left(7);
+        f.left(y) = hasLeft ? average3(before, p.left(y), after) : missing;
     }
-    f.corner = !hasCorner            ? missing
-               : hasAbove && hasLeft ? average3(p.above[0], p.corner, p.left[0])
-               : hasAbove || hasLeft ? (3 * p.corner + (hasAbove ? p.above[0] : p.left[0]) + 2) >> 2
-                                     : p.corner;
+    f.corner() = !hasCorner            ? missing
+                 : hasAbove && hasLeft ? average3(p.above(0), p.corner(), p.left(0))
+                 : hasAbove || hasLeft ? (3 * p.corner() + (hasAbove ? p.above(0) : p.left(0)) + 2) >> 2
+                                       : p.corner();
     return f;
 }
 

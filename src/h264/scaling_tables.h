@@ -3,18 +3,29 @@
 #ifndef VEKVC_H264_SCALING_TABLES_H
 #define VEKVC_H264_SCALING_TABLES_H
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 
 #include "vekvc/types.h"
 
 namespace vekvc::h264 {
 
-template <std::size_t n>
-using Scale = std::array<Vek16s, n>;
-template <std::size_t n>
-using ScaleBySixths = std::array<Scale<n>, 6>;  // indexed by QP%6
+// n values in raster order.
+template <int n, class T>
+struct Values {
+    T v[n];
+
+    constexpr T& operator[](int k) { return v[k]; }
+    constexpr const T& operator[](int k) const { return v[k]; }
+    constexpr T* data() { return v; }
+    constexpr const T* data() const { return v; }
+    constexpr T* begin() { return v; }
+    constexpr T* end() { return v + n; }
+};
+
+template <int n>
+using Scale = Values<n, Vek16s>;
+template <int n>
+using ScaleBySixths = Values<6, Scale<n>>;  // indexed by QP%6
 
 inline constexpr int normValues4x4[6][3] = {{10, 16, 13}, {11, 18, 14}, {13, 20, 16},
                                             {14, 23, 18}, {16, 25, 20}, {18, 29, 23}};
@@ -70,7 +81,7 @@ inline constexpr ScaleBySixths<16> forwardMultipliers4x4 = [] {
 }();
 
 // Scan index of each raster position of the zig-zag scan (8.5.6).
-inline constexpr std::array<Vek16s, 16> zigzagPosition = {0, 1, 5, 6, 2, 4, 7, 12, 3, 8, 11, 13, 9, 10, 14, 15};
+inline constexpr Scale<16> zigzagPosition = {{0, 1, 5, 6, 2, 4, 7, 12, 3, 8, 11, 13, 9, 10, 14, 15}};
 
 }  // namespace vekvc::h264
 

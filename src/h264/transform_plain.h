@@ -2,18 +2,16 @@
 #ifndef VEKVC_H264_TRANSFORM_PLAIN_H
 #define VEKVC_H264_TRANSFORM_PLAIN_H
 
-#include <array>
-
 #include "core/arith.h"
 #include "core/memory.h"
 #include "h264/scaling_tables.h"
 
 namespace vekvc::plain {
 
-// n values in raster order, copied from and to memory of any alignment.
-template <std::size_t n, class C>
-using Values = std::array<C, n>;
-template <std::size_t n, class C>
+using h264::Values;
+
+// n values copied from memory of any alignment.
+template <int n, class C>
 Values<n, C> loadValues(const C* p) {
     return load<Values<n, C>>(p);
 }
@@ -134,12 +132,11 @@ void scaleBlock8x8(C* pSrcDst, const Vek16s* pLevelScale, int qpDiv6) {
 // ---- adding to the prediction
 
 // u = Clip1(pred + r) for a block of n x n residual values (8.5.14).
-template <class C, class P, std::size_t size>
-void addToPrediction(const std::array<C, size>& r, Block<P> pred, MutableBlock<P> dst, int bitDepth) {
+template <class C, class P, int size>
+void addToPrediction(const Values<size, C>& r, Block<P> pred, MutableBlock<P> dst, int bitDepth) {
     constexpr int n = size == 16 ? 4 : 8;
     for (int y = 0; y < n; ++y)
-        for (int x = 0; x < n; ++x)
-            dst.put(x, y, static_cast<P>(clipDepth(pred(x, y) + r[static_cast<std::size_t>(n * y + x)], bitDepth)));
+        for (int x = 0; x < n; ++x) dst.put(x, y, static_cast<P>(clipDepth(pred(x, y) + r[n * y + x], bitDepth)));
 }
 
 template <class C, class P>
@@ -170,11 +167,11 @@ inline void dequantTransformResidual(MutableBlock<Vek16s> block, const Vek16s* p
 
 // The Hadamard transform of 8.5.10 on `rows` x `columns` values (4x4, 2x2, or 4 rows of 2), without scaling.
 template <int rows, int columns>
-std::array<std::int64_t, rows * columns> hadamard(std::array<std::int64_t, rows * columns> c) {
+Values<rows * columns, std::int64_t> hadamard(Values<rows * columns, std::int64_t> c) {
     constexpr int sign4[4][4] = {{1, 1, 1, 1}, {1, 1, -1, -1}, {1, -1, -1, 1}, {1, -1, 1, -1}};
     constexpr int sign2[2][2] = {{1, 1}, {1, -1}};
     const auto sign = [&](int n, int i, int k) { return n == 4 ? sign4[i][k] : sign2[i][k]; };
-    std::array<std::int64_t, rows * columns> f{};
+    Values<rows * columns, std::int64_t> f{};
     for (int i = 0; i < rows; ++i)
         for (int j = 0; j < columns; ++j)
             for (int k = 0; k < rows; ++k)
@@ -183,10 +180,10 @@ std::array<std::int64_t, rows * columns> hadamard(std::array<std::int64_t, rows 
     return f;
 }
 
-template <std::size_t n, class C>
-std::array<std::int64_t, n> widened(const C* p) {
-    std::array<std::int64_t, n> wide{};
-    for (std::size_t k = 0; k < n; ++k) wide[k] = load<C>(p + k);
+template <int n, class C>
+Values<n, std::int64_t> widened(const C* p) {
+    Values<n, std::int64_t> wide{};
+    for (int k = 0; k < n; ++k) wide[k] = load<C>(p + k);
     return wide;
 }
 
