@@ -15,11 +15,16 @@ std::vector<Argument> varMean() {
 [[maybe_unused]] const bool kRows[] = {
     row("vekiScanFwd_16s_C1", &vekiScanFwd_16s_C1,
         {in<Vek16s>("pSrc", count(64)).of(sparse), out<Vek16s>("pDst", count(64)),
-         range("countNonZero", 1, 64).bad({0, -1, 65, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange), range("scan", -1, 4)}),
+         range("countNonZero", 1, 64).bad({0, -1, 65, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange),
+         range("scan", -1, 4)}),
     row("vekiScanInv_16s_C1", &vekiScanInv_16s_C1,
-        {in<Vek16s>("pSrc", [](const Call& c) { return Rect{0, 0, static_cast<int>(c["indxLastNonZero"]) + 1, 1}; }),
+        {in<Vek16s>("pSrc",
+                    [](const Call& c) {
+                        return Rect{0, 0, static_cast<int>(c["indxLastNonZero"]) + 1, 1};
+                    }),
          out<Vek16s>("pDst", count(64)),
-         range("indxLastNonZero", 0, 63).bad({-1, 64, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange), range("scan", -1, 4)}),
+         range("indxLastNonZero", 0, 63).bad({-1, 64, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange),
+         range("scan", -1, 4)}),
     row("vekiCountZeros8x8_16s_C1", &vekiCountZeros8x8_16s_C1,
         {in<Vek16s>("pSrc", count(64)).of(sparse), out<Vek32u>("pCount", count(1))}),
     row("vekiVarMean8x8_8u32s_C1R", &vekiVarMean8x8_8u32s_C1R, varMean<Vek8u>()),
