@@ -165,7 +165,7 @@ VekStatus vekiTransformFwdLuma8x8_H264_16s32s_C1(const Vek16s* pSrc, Vek32s* pDs
 
 VekStatus vekiTransformLuma8x8Fwd_H264_16s_C1I(Vek16s* pSrcDst) {
     if (anyNull(pSrcDst)) return vekStsErrNullPtr;
-    kernel::transformFwd8x8<Vek16s>(pSrcDst, pSrcDst);
+    kernel::transformFwd8x8(pSrcDst, pSrcDst);
     return vekStsOk;
 }
 
