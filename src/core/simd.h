@@ -553,6 +553,30 @@ VEKVC_SIMD_INLINE Vec<T, N> shuffle32(Vec<T, N> a) {
         return {_mm256_shuffle_epi32(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
 #endif
 }
+// The 64-bit halves (of each half) in the other order.
+VEKVC_SIMD_FN Vec<T, N> swapHalves(Vec<T, N> a) { return shuffle32<2, 3, 0, 1>(a); }
+// The low (high) 64 bits of a, then of b (of each half).
+VEKVC_SIMD_FN Vec<T, N> joinLow(Vec<T, N> a, Vec<T, N> b) {
+    using Q = Vec<std::uint64_t, Vec<T, N>::kBytes / 8>;
+    return as<Vec<T, N>>(interleaveLow(as<Q>(a), as<Q>(b)));
+}
+VEKVC_SIMD_FN Vec<T, N> joinHigh(Vec<T, N> a, Vec<T, N> b) {
+    using Q = Vec<std::uint64_t, Vec<T, N>::kBytes / 8>;
+    return as<Vec<T, N>>(interleaveHigh(as<Q>(a), as<Q>(b)));
+}
+#if VEKVC_VECTOR256
+// The quarters 0 2 1 3: turns halves that belong to two columns into rows, and back.
+VEKVC_SIMD_FN Vec<T, N> swapMiddleQuarters(Vec<T, N> a) { return {_mm256_permute4x64_epi64(a.raw, 0xD8)}; }
+#endif
+// 16-bit lanes of b where bit i of mask is set for lane i (of each half), of a elsewhere.
+template <int mask, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> blend16(Vec<T, N> a, Vec<T, N> b) {
+    if constexpr (is128<Vec<T, N>>) return {_mm_blend_epi16(a.raw, b.raw, mask)};
+#if VEKVC_VECTOR256
+    else
+        return {_mm256_blend_epi16(a.raw, b.raw, mask)};
+#endif
+}
 template <int i, class T, int N>
 VEKVC_SIMD_INLINE T lane(Vec<T, N> a) {
     static_assert(is128<Vec<T, N>>);
@@ -740,6 +764,29 @@ VEKVC_SIMD_INLINE void transpose8x8(Vec<std::int16_t, N> (&r)[8]) {
         r[4 * half + 3] = as<Vec<std::int16_t, N>>(interleaveHigh(top1, low1));
     }
 }
+// Eight rows of eight 32-bit lanes, in one vector each or in two (columns 0 to 3 and 4 to 7).
+VEKVC_SIMD_INLINE void transpose8x8(i32x4 (&left)[8], i32x4 (&right)[8]) {
+    for (int i = 0; i < 8; i += 4) {
+        transpose4x4(left[i], left[i + 1], left[i + 2], left[i + 3]);
+        transpose4x4(right[i], right[i + 1], right[i + 2], right[i + 3]);
+    }
+    for (int i = 0; i < 4; ++i) {
+        const i32x4 t = left[i + 4];
+        left[i + 4] = right[i];
+        right[i] = t;
+    }
+}
+#if VEKVC_VECTOR256
+VEKVC_SIMD_INLINE void transpose8x8(i32x8 (&r)[8]) {
+    transpose4x4(r[0], r[1], r[2], r[3]);
+    transpose4x4(r[4], r[5], r[6], r[7]);
+    for (int i = 0; i < 4; ++i) {
+        const i32x8 top = r[i], low = r[i + 4];
+        r[i] = {_mm256_permute2x128_si256(top.raw, low.raw, 0x20)};
+        r[i + 4] = {_mm256_permute2x128_si256(top.raw, low.raw, 0x31)};
+    }
+}
+#endif
 
 #undef VEKVC_BOTH
 #undef VEKVC_BITS
