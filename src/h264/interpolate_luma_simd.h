@@ -1,0 +1,4 @@
+#pragma once
+namespace vekvc::simd {
+using plain::interpolateLuma;
+}
