@@ -1,0 +1,172 @@
+// Short rows of 8-bit samples gathered in one vector: Tile<W, R> holds R rows of W samples.
+#ifndef VEKVC_COMMON_TILE_H
+#define VEKVC_COMMON_TILE_H
+
+#include <utility>
+
+#include "common/halfpel.h"
+#include "core/memory.h"
+#include "core/simd.h"
+
+namespace vekvc::simd {
+
+// R rows of W bytes; the samples fill the vector's low bytes, row after row.
+template <int W, int R>
+struct Tile {
+    using Vector = std::conditional_t<W * R == 32, Vec<Vek8u, 32>, u8x16>;
+
+    static Vector load(const Vek8u* p, std::ptrdiff_t step) {
+        if constexpr (W * R == 32 && W == 16) {
+            return loadPair16<Vector>(p, p + step);
+        } else if constexpr (W * R == 32) {
+            return join(Tile<W, R / 2>::load(p, step), Tile<W, R / 2>::load(p + R / 2 * step, step));
+        } else if constexpr (R == 1) {
+            return loadBytes<u8x16, W>(p);
+        } else if constexpr (W == 8) {
+            return loadPair8<u8x16>(p, p + step);
+        } else if constexpr (R == 2 && W == 4) {
+            return loadPair4<u8x16>(p, p + step);
+        } else if constexpr (R == 2) {
+            return as<u8x16>(
+                interleaveLow(as<u16x8>(loadBytes<u8x16, 2>(p)), as<u16x8>(loadBytes<u8x16, 2>(p + step))));
+        } else {  // the two halves of the rows side by side
+            const u8x16 a = Tile<W, R / 2>::load(p, step), b = Tile<W, R / 2>::load(p + R / 2 * step, step);
+            if constexpr (W * R == 16)
+                return as<u8x16>(interleaveLow(as<u64x2>(a), as<u64x2>(b)));
+            else
+                return as<u8x16>(interleaveLow(as<u32x4>(a), as<u32x4>(b)));
+        }
+    }
+
+    static void store(Vek8u* p, std::ptrdiff_t step, Vector v) {
+        if constexpr (W * R == 32 && W == 16) {
+            storePair16(p, p + step, v);
+        } else if constexpr (W * R == 32) {
+            Tile<W, R / 2>::store(p, step, lowHalf(v));
+            Tile<W, R / 2>::store(p + R / 2 * step, step, highHalf(v));
+        } else if constexpr (R == 1) {
+            storeBytes<W>(p, v);
+        } else if constexpr (W == 8) {
+            storePair8(p, p + step, v);
+        } else {
+            storeRows(p, step, v, std::make_integer_sequence<int, R>());
+        }
+    }
+
+  private:
+    template <int... row>
+    static void storeRows(Vek8u* p, std::ptrdiff_t step, u8x16 v, std::integer_sequence<int, row...>) {
+        (storeBytes<W>(p + row * step, bytesRight<row * W>(v)), ...);
+    }
+};
+
+// How many rows of a W x H block go into one vector.
+template <int W, int H>
+inline constexpr int kTileRows = [] {
+    const int bytes = VEKVC_VECTOR256 && W >= 8 ? 32 : 16;
+    const int rows = bytes / W;
+    return rows < H ? rows : H;
+}();
+
+// Calls use() once for every R of the H rows. Not unrolled: the compilers would keep the addresses of all rows at once.
+template <int H, int R, class Use>
+[[gnu::always_inline]] inline void forTileRows(Use&& use) {
+    static_assert(H % R == 0);
+#pragma GCC unroll 1
+    for (int y = 0; y < H; y += R) use();
+}
+
+// Reads or writes a block from the top, R rows at a time.
+template <int W, int R>
+class TileReader {
+  public:
+    TileReader(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    auto rows() {
+        const auto v = Tile<W, R>::load(p_, step_);
+        p_ += R * step_;
+        return v;
+    }
+
+  private:
+    const Vek8u* p_;
+    std::ptrdiff_t step_;
+};
+template <int W, int R>
+class TileWriter {
+  public:
+    TileWriter(Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    void rows(typename Tile<W, R>::Vector v) {
+        Tile<W, R>::store(p_, step_, v);
+        p_ += R * step_;
+    }
+
+  private:
+    Vek8u* p_;
+    std::ptrdiff_t step_;
+};
+
+// The samples of a full- or half-sample position, R rows at a time from the top: each call of rows() gives the next R.
+// The averages round up first and are corrected where the exact value is one less:
+//   rounding 1:  (a + b) >> 1 = average(a, b) - ((a ^ b) & 1)
+//   diagonal, with A = average(a, b), C = average(c, d), e = a ^ b, f = c ^ d (bit 0: what the averages rounded away):
+//   rounding 0:  (a + b + c + d + 2) >> 2 = average(A, C) - ((A ^ C) & (e | f) & 1)
+//   rounding 1:  (a + b + c + d + 1) >> 2 = average(A, C) - (((A ^ C) | (e & f)) & 1)
+template <int W, int R, Half half, int rounding, int next = 1>
+class Predictor {
+  public:
+    using T = Tile<W, R>;
+    using V = typename T::Vector;
+    static constexpr bool kCarries = R == 1 && (half == Half::vertical || half == Half::both);
+
+    Predictor(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {
+        if constexpr (kCarries) above_ = line(p);
+    }
+
+    [[gnu::always_inline]] V rows() {
+        const Vek8u* p = p_;
+        p_ += R * step_;
+        if constexpr (half == Half::none || half == Half::horizontal) {
+            return line(p).mean;
+        } else {
+            const Line top = kCarries ? above_ : line(p);
+            const Line low = line(p + step_);
+            above_ = low;
+            const V mean = average(top.mean, low.mean);
+            const V differ = top.mean ^ low.mean;
+            if constexpr (half == Half::vertical)
+                return rounding ? mean - (differ & ones()) : mean;
+            else if constexpr (rounding == 0)
+                return mean - (differ & (top.lost | low.lost) & ones());
+            else
+                return mean - ((differ | (top.lost & low.lost)) & ones());
+        }
+    }
+
+  private:
+    struct Line {
+        V mean;  // of each sample and its neighbour in the cases that need it
+        V lost;
+    };
+    static V ones() { return splat<V>(1); }
+    [[gnu::always_inline]] Line line(const Vek8u* p) const {
+        const V a = T::load(p, step_);
+        if constexpr (half == Half::none || half == Half::vertical) {
+            return {a, a};
+        } else {
+            const V b = T::load(p + next, step_);
+            const V mean = average(a, b), differ = a ^ b;
+            if constexpr (half == Half::horizontal && rounding == 1)
+                return {mean - (differ & ones()), differ};
+            else
+                return {mean, differ};
+        }
+    }
+
+    const Vek8u* p_;
+    std::ptrdiff_t step_;
+    Line above_ = {};
+};
+
+}  // namespace vekvc::simd
+
+#endif
