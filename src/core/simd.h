@@ -161,6 +161,15 @@ VEKVC_SIMD_FN auto join(Vec<T, N> low, Vec<T, N> high) -> Vec<T, 2 * N> {
 }
 VEKVC_SIMD_FN auto lowHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_castsi256_si128(v.raw)}; }
 VEKVC_SIMD_FN auto highHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_extracti128_si256(v.raw, 1)}; }
+// The high half of a and the low half of b as one vector.
+VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
+    return {_mm256_permute2x128_si256(a.raw, b.raw, 0x21)};
+}
+// 64-bit quarters in the order i0 i1 i2 i3.
+template <int i0, int i1, int i2, int i3, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> shuffle64(Vec<T, N> a) {
+    return {_mm256_permute4x64_epi64(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
+}
 // Two runs of 16 bytes into the halves of one vector: two rows of 16 samples.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair16(const void* low, const void* high) {

@@ -50,6 +50,10 @@ Argument source(const char* name, Extent e) {
     else
         return a;
 }
+template <class T>
+Argument sourceStep(std::vector<std::string> planes) {
+    return sizeof(T) == 2 ? step(std::move(planes)).apart() : step(std::move(planes));
+}
 Argument lumaSize() {
     return size("roiSize",
                 {{4, 4}, {4, 8}, {8, 4}, {8, 8}, {8, 16}, {16, 8}, {16, 16}, {12, 4}, {20, 12}, {24, 32}, {28, 20}})
@@ -67,7 +71,7 @@ Argument depth() { return range("bitDepth", 8, 14).bad({0, 7, 15, -8}, vekStsErr
 template <class T>
 std::vector<Argument> interpolation(Extent reads, int units, bool edge) {
     std::vector<Argument> a = {source<T>("pSrc", std::move(reads)),
-                               step("pSrc"),
+                               sourceStep<T>({"pSrc"}),
                                out<T>("pDst", region("roiSize")),
                                step("pDst"),
                                fraction("dx", units),
@@ -96,7 +100,7 @@ std::vector<Argument> blockRecord(bool luma, int sources) {
     const bool two = !luma && sources == 2;
     std::vector<Argument> a = {record("pBlock"), source<T>("pSrcPlane", reads)};
     a.push_back(two ? source<T>("pSrcPlane2", reads) : source<T>("pSrcPlane2", rect(0, 0, 0, 0)).nullable());
-    a.push_back(two ? step(std::vector<std::string>{"pSrcPlane", "pSrcPlane2"}) : step("pSrcPlane"));
+    a.push_back(two ? sourceStep<T>({"pSrcPlane", "pSrcPlane2"}) : sourceStep<T>({"pSrcPlane"}));
     a.push_back(out<T>("pDstBlock", region("roiSize")));
     a.push_back(luma ? out<T>("pDstBlock2", rect(0, 0, 0, 0)).nullable() : out<T>("pDstBlock2", region("roiSize")));
     a.push_back(luma ? step("pDstBlock") : step(std::vector<std::string>{"pDstBlock", "pDstBlock2"}));
