@@ -8,29 +8,25 @@ using namespace vekvc;
 VekStatus vekiInterpolateLuma_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s dx,
                                           Vek32s dy, VekiSize roiSize) {
     if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, roiSize)) return status;
-    kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, 255);
-    return vekStsOk;
+    return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, 255);
 }
 
 VekStatus vekiInterpolateLuma_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep, Vek32s dx,
                                            Vek32s dy, VekiSize roiSize, Vek32s bitDepth) {
     if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, roiSize, bitDepth)) return status;
-    kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, maxOfDepth(bitDepth));
-    return vekStsOk;
+    return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, maxOfDepth(bitDepth));
 }
 
 VekStatus vekiInterpolateChroma_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s dx,
                                             Vek32s dy, VekiSize roiSize) {
     if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, roiSize)) return status;
-    kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize);
-    return vekStsOk;
+    return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize);
 }
 
 VekStatus vekiInterpolateChroma_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep,
                                              Vek32s dx, Vek32s dy, VekiSize roiSize, Vek32s bitDepth) {
     if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, roiSize, bitDepth)) return status;
-    kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize);
-    return vekStsOk;
+    return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize);
 }
 
 VekStatus vekiInterpolateChroma_H264_8u_C2P2R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDstCb, Vek8u* pDstCr,

@@ -144,8 +144,8 @@ inline constexpr auto kLuma16uKernels = []<std::size_t... i>(std::index_sequence
 }
 (std::make_index_sequence<16>());
 
-inline void interpolateLuma(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep, int dx, int dy,
-                            VekiSize size, int maxSample) {
+inline VekStatus interpolateLuma(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep, int dx, int dy,
+                                 VekiSize size, int maxSample) {
     const auto position = static_cast<std::size_t>(4 * dy + dx);
     int x = 0;
     const auto column = [&](const auto& kernels, int width) {
@@ -159,6 +159,7 @@ inline void interpolateLuma(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Ve
 #endif
     if (size.width & 8) column(kLuma16uKernels<8>, 8);
     if (size.width & 4) column(kLuma16uKernels<4>, 4);
+    return vekStsOk;
 }
 
 }  // namespace vekvc::simd

@@ -290,8 +290,8 @@ class LumaHorizontal {
     std::ptrdiff_t step_;
 };
 
-// The half samples j of one group after the other, and b or s of the same rows with them.
-template <class S>
+// The half samples j of one group after the other, with the half samples of its rows: b, or s if `below` is 1.
+template <class S, int below>
 class LumaCentre {
   public:
     using V = typename S::V;
@@ -306,37 +306,44 @@ class LumaCentre {
             r_[2] = S::between(r_[1], r_[3]);
         }
     }
-    struct Both {
-        V centre, row;
+    struct Group {
+        typename S::U centre, rows;
     };
-    // j of the next kRows rows, and b of those rows (`below` 0) or of the ones that begin a row below (1).
-    template <int below>
-    [[gnu::always_inline]] Both next() {
+    [[gnu::always_inline]] Group group() {
         if constexpr (S::kRows == 1) {
             r_[5] = rows(next_);
+            r_[6] = rows(next_ + step_);
         } else {
             r_[5] = rows(next_);
+            r_[7] = rows(next_ + 2 * step_);
             r_[4] = S::between(r_[3], r_[5]);
+            r_[6] = S::between(r_[5], r_[7]);
         }
-        const Both both{roundTwice(r_[0], r_[1], r_[2], r_[3], r_[4], r_[5]), roundOnce(r_[2 + below])};
-        next_ += S::kRows * step_;
-        for (int k = 0; k + S::kRows < 6; ++k) r_[k] = r_[k + S::kRows];
-        return both;
+        next_ += kGroup * step_;
+        const V* second = r_ + S::kRows;
+        const Group result{S::pack(roundTwice(r_[0], r_[1], r_[2], r_[3], r_[4], r_[5]),
+                                   roundTwice(second[0], second[1], second[2], second[3], second[4], second[5])),
+                           S::pack(roundOnce(r_[2 + below]), roundOnce(second[2 + below]))};
+        for (int k = 0; k + kGroup < kWindow; ++k) r_[k] = r_[k + kGroup];
+        return result;
     }
 
   private:
+    static constexpr int kGroup = 2 * S::kRows, kWindow = 6 + S::kRows;
     [[gnu::always_inline]] V rows(const Vek8u* p) const { return S::horizontal(p, p + step_); }
     const Vek8u* next_;
     std::ptrdiff_t step_;
-    V r_[6];  // sums of the rows from 2 above to 3 below, each with kRows - 1 more
+    V r_[kWindow];  // sums of the rows from 2 above the group on, each with kRows - 1 more
 };
 
 // ---- the sixteen positions (Table 8-12)
 
+// The kernels take their arguments where the exports have them and return vekStsOk: an export ends in a jump.
 template <class S, int dx, int dy>
-void lumaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, int height) {
+VekStatus lumaColumn(const Vek8u* src, Vek32s srcStep32, Vek8u* dst, Vek32s dstStep32, Vek32s height) {
     constexpr int kGroup = 2 * S::kRows;
     constexpr int right = dx == 3, below = dy == 3;  // of the two integer samples or half samples the second one
+    const std::ptrdiff_t srcStep = srcStep32, dstStep = dstStep32;
     const auto forGroups = [&](auto&& value) {
 #pragma GCC unroll 1
         for (int y = 0; y < height; y += kGroup) {
@@ -344,59 +351,88 @@ void lumaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdi
             src += kGroup * srcStep;
             dst += kGroup * dstStep;
         }
+        return vekStsOk;
     };
-    if constexpr (dx == 0 && dy == 0) {
-        forGroups([&] { return S::load(src, srcStep); });
-    } else if constexpr (dy == 0) {
+    if constexpr (dy == 0) {
         LumaHorizontal<S> b(src, srcStep);
-        forGroups([&] { return dx == 2 ? b.group() : average(S::load(src + right, srcStep), b.group()); });
+        return forGroups([&] { return dx == 2 ? b.group() : average(S::load(src + right, srcStep), b.group()); });
     } else if constexpr (dx == 0) {
         typename S::Vertical h(src, srcStep);
-        forGroups([&] { return dy == 2 ? h.group() : average(S::load(src + below * srcStep, srcStep), h.group()); });
+        return forGroups(
+            [&] { return dy == 2 ? h.group() : average(S::load(src + below * srcStep, srcStep), h.group()); });
     } else if constexpr (dx != 2 && dy != 2) {
         LumaHorizontal<S> b(src + below * srcStep, srcStep);
         typename S::Vertical h(src + right, srcStep);
-        forGroups([&] { return average(b.group(), h.group()); });
+        return forGroups([&] { return average(b.group(), h.group()); });
     } else if constexpr (dx == 2) {
-        LumaCentre<S> j(src, srcStep);
-        forGroups([&] {
-            const auto first = j.template next<below>(), second = j.template next<below>();
-            const auto centre = S::pack(first.centre, second.centre);
-            return dy == 2 ? centre : average(centre, S::pack(first.row, second.row));
+        LumaCentre<S, below> j(src, srcStep);
+        return forGroups([&] {
+            const auto group = j.group();
+            return dy == 2 ? group.centre : average(group.centre, group.rows);
         });
     } else {
-        LumaCentre<S> j(src, srcStep);
+        LumaCentre<S, 0> j(src, srcStep);
         typename S::Vertical h(src + right, srcStep);
-        forGroups([&] {
-            const auto first = j.template next<0>(), second = j.template next<0>();
-            return average(S::pack(first.centre, second.centre), h.group());
-        });
+        return forGroups([&] { return average(j.group().centre, h.group()); });
     }
 }
 
-using LumaKernel = void (*)(const Vek8u*, std::ptrdiff_t, Vek8u*, std::ptrdiff_t, int);
-template <class S>
-inline constexpr auto kLumaKernels = []<std::size_t... i>(std::index_sequence<i...>) {
-    return std::array<LumaKernel, 16>{lumaColumn<S, i % 4, i / 4>...};
+template <int W>
+VekStatus copyColumn(const Vek8u* src, Vek32s srcStep, Vek8u* dst, Vek32s dstStep, Vek32s height) {
+    const Block<Vek8u> in(src, srcStep);
+    const MutableBlock<Vek8u> out(dst, dstStep);
+    for (int y = 0; y < height; y += 4) {
+        u8x16 rows[4];
+        for (int k = 0; k < 4; ++k) rows[k] = loadBytes<u8x16, W>(in.at(0, y + k));
+        for (int k = 0; k < 4; ++k) storeBytes<W>(out.at(0, y + k), rows[k]);
+    }
+    return vekStsOk;
 }
-(std::make_index_sequence<16>());
 
-// 8-bit samples. Wider and odd blocks are done in columns 16, 8 and 4 wide.
-inline void interpolateLuma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, int dx, int dy,
-                            VekiSize size, int) {
-    const auto position = static_cast<std::size_t>(4 * dy + dx);
-    int x = 0;
-    const auto column = [&](const auto& kernels, int width) {
-        kernels[position](pSrc + x, srcStep, pDst + x, dstStep, size.height);
-        x += width;
-    };
+using LumaKernel = VekStatus (*)(const Vek8u*, Vek32s, Vek8u*, Vek32s, Vek32s);
+template <class S, int W, std::size_t... i>
+constexpr std::array<LumaKernel, 16> lumaKernels(std::index_sequence<0, i...>) {
+    return {copyColumn<W>, lumaColumn<S, i % 4, i / 4>...};
+}
+// Two columns of 8 where no vector holds a row of 16.
+template <int position>
+VekStatus lumaTwoColumns(const Vek8u* src, Vek32s srcStep, Vek8u* dst, Vek32s dstStep, Vek32s height) {
+    lumaColumn<Luma8, position % 4, position / 4>(src, srcStep, dst, dstStep, height);
+    return lumaColumn<Luma8, position % 4, position / 4>(src + 8, srcStep, dst + 8, dstStep, height);
+}
+template <std::size_t... i>
+constexpr std::array<LumaKernel, 16> lumaKernels16(std::index_sequence<0, i...> all) {
 #if VEKVC_VECTOR256
-    if (size.width & 16) column(kLumaKernels<Luma16>, 16);
+    return lumaKernels<Luma16, 16>(all);
 #else
-    if (size.width & 16) column(kLumaKernels<Luma8>, 8), column(kLumaKernels<Luma8>, 8);
+    static_cast<void>(all);
+    return {copyColumn<16>, lumaTwoColumns<i>...};
 #endif
-    if (size.width & 8) column(kLumaKernels<Luma8>, 8);
-    if (size.width & 4) column(kLumaKernels<Luma4>, 4);
+}
+// By width: 4, 8, 16. By position: 4 * dy + dx.
+inline constexpr std::array<LumaKernel, 16> kLumaKernels[3] = {lumaKernels<Luma4, 4>(std::make_index_sequence<16>()),
+                                                               lumaKernels<Luma8, 8>(std::make_index_sequence<16>()),
+                                                               lumaKernels16(std::make_index_sequence<16>())};
+
+// Widths that are no partition's: columns 16, 8 and 4 wide.
+[[gnu::noinline, gnu::cold]] inline VekStatus lumaColumns(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
+                                                          Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize size) {
+    int x = 0;
+    for (int width : {16, 8, 4})
+        if (size.width & width) {
+            kLumaKernels[width / 8][static_cast<std::size_t>(4 * dy + dx)](pSrc + x, srcStep, pDst + x, dstStep,
+                                                                           size.height);
+            x += width;
+        }
+    return vekStsOk;
+}
+
+[[gnu::always_inline]] inline VekStatus interpolateLuma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
+                                                        Vek32s dx, Vek32s dy, VekiSize size, int) {
+    if (size.width == 0 || (size.width & (size.width - 1)) != 0)
+        return lumaColumns(pSrc, srcStep, pDst, dstStep, dx, dy, size);
+    return kLumaKernels[size.width / 8][static_cast<std::size_t>(4 * dy + dx)](pSrc, srcStep, pDst, dstStep,
+                                                                               size.height);
 }
 
 }  // namespace vekvc::simd

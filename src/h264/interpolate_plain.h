@@ -77,13 +77,15 @@ int lumaSample(const LumaSamples<T>& at, int x, int y, int dx, int dy) {
     }
 }
 
+// The block functions return vekStsOk, so that an export may end in calling one.
 template <class T>
-void interpolateLuma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int dx, int dy, VekiSize size,
-                     int maxSample) {
+VekStatus interpolateLuma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int dx, int dy, VekiSize size,
+                          int maxSample) {
     const LumaSamples<T> at(pSrc, srcStep, maxSample);
     const MutableBlock<T> out(pDst, dstStep);
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) out.put(x, y, static_cast<T>(lumaSample(at, x, y, dx, dy)));
+    return vekStsOk;
 }
 
 // H.264 8.4.2.2.2, for one component of a plane with `channels` interleaved ones. A neighbour whose weight is 0 is not
@@ -106,8 +108,9 @@ void interpolateChromaChannel(const T* pSrc, Vek32s srcStep, int channels, T* pD
 }
 
 template <class T>
-void interpolateChroma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int dx, int dy, VekiSize size) {
+VekStatus interpolateChroma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int dx, int dy, VekiSize size) {
     interpolateChromaChannel(pSrc, srcStep, 1, pDst, dstStep, dx, dy, size);
+    return vekStsOk;
 }
 
 // Both components of an interleaved plane.
