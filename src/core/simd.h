@@ -137,6 +137,31 @@ VEKVC_SIMD_INLINE void storeBytes(void* p, Vec<T, N> v) {
     }
 }
 
+// The 32-bit lanes whose mask is all ones, zero in the others; only the bytes of these lanes are touched.
+template <class V>
+VEKVC_SIMD_INLINE V loadMasked(const void* p, i32x4 mask) {
+#if VEKVC_VECTOR256
+    return {_mm_maskload_epi32(static_cast<const int*>(p), mask.raw)};
+#else
+    alignas(16) int values[4] = {};
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(values + i, static_cast<const char*>(p) + 4 * i, 4);
+    return {_mm_load_si128(reinterpret_cast<const __m128i*>(values))};
+#endif
+}
+VEKVC_SIMD_FN void storeMasked(void* p, i32x4 mask, Vec<T, N> v) {
+#if VEKVC_VECTOR256
+    _mm_maskstore_epi32(static_cast<int*>(p), mask.raw, v.raw);
+#else
+    alignas(16) int values[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(values), v.raw);
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(static_cast<char*>(p) + 4 * i, values + i, 4);
+#endif
+}
+
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
@@ -679,6 +704,18 @@ VEKVC_SIMD_INLINE void transpose8x8(Vec<std::int16_t, N> (&r)[8]) {
         r[4 * half + 2] = as<Vec<std::int16_t, N>>(interleaveLow(top1, low1));
         r[4 * half + 3] = as<Vec<std::int16_t, N>>(interleaveHigh(top1, low1));
     }
+}
+
+// One step of a perfect shuffle of n vectors, byte by byte: the address of each byte (its vector, then its place in the
+// vector) is rotated left by one bit. n = 2^k rows of 2^c bytes are transposed by k steps, and transposed back by c.
+template <class T, int N, std::size_t n>
+VEKVC_SIMD_INLINE void interleaveBytes(Vec<T, N> (&x)[n]) {
+    Vec<T, N> y[n];
+    for (std::size_t i = 0; i < n / 2; ++i) {
+        y[2 * i] = interleaveLow(x[i], x[i + n / 2]);
+        y[2 * i + 1] = interleaveHigh(x[i], x[i + n / 2]);
+    }
+    for (std::size_t i = 0; i < n; ++i) x[i] = y[i];
 }
 
 #undef VEKVC_BOTH
