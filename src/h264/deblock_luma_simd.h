@@ -14,25 +14,26 @@ namespace vekvc::simd {
 // tc0 up to which the sums of normalLuma() are exact in 8 bits (the standard's largest is 25).
 inline constexpr int kLargestThreshold = 92;
 
-// Per line: alpha - 1 and beta - 1 (both at least 0), tc0, and all ones where the line has a strength.
+// Per line: alpha, beta, tc0, and all ones where the line has a strength.
 template <class U>
 struct LineLimits {
-    U alphaLess1;
-    U betaLess1;
+    U alpha;
+    U beta;
     U tC0;
     U active;
 };
 
+// mask without the lines in which |a - b| < beta does not hold.
 template <class U>
-[[gnu::always_inline]] inline U withinBeta(U a, U b, const LineLimits<U>& l) {
-    return subSat(absDiff(a, b), l.betaLess1) == zero<U>();
+[[gnu::always_inline]] inline U withinBeta(U a, U b, U beta, U mask) {
+    return andNot(subSat(beta, absDiff(a, b)) == zero<U>(), mask);
 }
 // filterSamplesFlag
 template <class U>
 [[gnu::always_inline]] inline U filterMask(U p1, U p0, U q0, U q1, const LineLimits<U>& l) {
-    const U excess = subSat(absDiff(p0, q0), l.alphaLess1) | subSat(absDiff(p1, p0), l.betaLess1) |
-                     subSat(absDiff(q1, q0), l.betaLess1);
-    return (excess == zero<U>()) & l.active;
+    const U below =
+        min(subSat(l.alpha, absDiff(p0, q0)), min(subSat(l.beta, absDiff(p1, p0)), subSat(l.beta, absDiff(q1, q0))));
+    return andNot(below == zero<U>(), l.active);
 }
 // (a + b) >> 1
 template <class U>
@@ -66,10 +67,10 @@ template <class U, class P2>
 [[gnu::always_inline]] inline void normalLuma(U& p1, U& p0, U& q0, U& q1, U q2, const LineLimits<U>& l, P2 p2Given) {
     const U mask = filterMask(p1, p0, q0, q1, l), tC0 = l.tC0 & mask;
     const U oldP1 = p1, oldQ1 = q1, middle = average(p0, q0);
-    const U aq = withinBeta(q2, q0, l) & mask;
+    const U aq = withinBeta(q2, q0, l.beta, mask);
     q1 = filterOuter(q1, q2, middle, tC0 & aq);
     const U p2 = p2Given(q1);
-    const U ap = withinBeta(p2, p0, l) & mask;
+    const U ap = withinBeta(p2, p0, l.beta, mask);
     p1 = filterOuter(p1, p2, middle, tC0 & ap);
     filterInner(p0, q0, oldP1, oldQ1, tC0 - ap - aq);
 }
@@ -98,7 +99,6 @@ struct StrongSide {
 [[gnu::noinline]] inline void mixedLuma(u8x16* p3, const LineLimits<u8x16>& l, u8x16 strong, int alpha) {
     u8x16 &p2 = p3[1], &p1 = p3[2], &p0 = p3[3], &q0 = p3[4], &q1 = p3[5], &q2 = p3[6];
     const u8x16 q3 = p3[7], old[6] = {p2, p1, p0, q0, q1, q2};
-    const u8x16 zeros = zero<u8x16>();
     const u8x16 mask = filterMask(p1, p0, q0, q1, l) & strong;
     if (!allZero(andNot(strong, l.active))) {
         LineLimits<u8x16> normal = l;
@@ -106,12 +106,12 @@ struct StrongSide {
         normalLuma(p1, p0, q0, q1, q2, normal, [&](u8x16) { return p2; });
     }
     const u8x16 close = splat<u8x16>(clip3(0, 255, (alpha >> 2) + 1));
-    const u8x16 strongest = (subSat(absDiff(old[2], old[3]), close) == zeros) & mask;
+    const u8x16 strongest = (subSat(absDiff(old[2], old[3]), close) == zero<u8x16>()) & mask;
     // One third of the way: (2 p1 + p0 + q1 + 2) >> 2
     p0 = select(mask, average(old[1], averageDown(old[2], old[4])), p0);
     q0 = select(mask, average(old[4], averageDown(old[3], old[1])), q0);
     u8x16 s2 = old[0], s1 = old[1], s0 = old[2];
-    const u8x16 ap = withinBeta(old[0], old[2], l) & strongest, aq = withinBeta(old[5], old[3], l) & strongest;
+    const u8x16 ap = withinBeta(old[0], old[2], l.beta, strongest), aq = withinBeta(old[5], old[3], l.beta, strongest);
     strongSides(s2, s1, s0, *p3, old[3], old[4], ap);
     u8x16 t2 = old[5], t1 = old[4], t0 = old[3];
     strongSides(t2, t1, t0, q3, old[2], old[1], aq);
@@ -123,82 +123,89 @@ struct StrongSide {
 
 // The strengths and values of four edges, and which of them do something.
 struct LumaEdges {
+    const DeblockOperands<Vek8u>& o;
     u8x16 bS, thresholds;
-    int alpha[2];
-    u8x16 alphaLess1[2], betaLess1[2];
     std::uint32_t on;      // four bits per edge, a bit per segment with a strength
     std::uint32_t strong;  // likewise: strength 4
 
-    explicit LumaEdges(const DeblockOperands<Vek8u>& o) : bS(load<u8x16>(o.bS)), thresholds(load<u8x16>(o.thresholds)) {
-        const u8x16 zeros = zero<u8x16>();
-        on = ~byteMask(bS == zeros) & 0xFFFF;
-        for (int i = 0; i < 2; ++i) {
-            alpha[i] = o.alpha[i];
-            alphaLess1[i] = splat<u8x16>(o.alpha[i] - 1);
-            betaLess1[i] = splat<u8x16>(o.beta[i] - 1);
-            if (o.alpha[i] == 0 || o.beta[i] == 0) on &= i == 0 ? 0xFFF0 : 0x000F;  // no difference is below 0
-        }
-        strong = byteMask(max(bS, splat<u8x16>(4)) == bS) & on;
+    explicit LumaEdges(const DeblockOperands<Vek8u>& operands)
+        : o(operands), bS(min(load<u8x16>(o.bS), splat<u8x16>(4))), thresholds(load<u8x16>(o.thresholds)) {
+        on = ~byteMask(bS == zero<u8x16>()) & 0xFFFF;
+        strong = byteMask(bS == splat<u8x16>(4));
     }
-    bool anyStrong(int e) const { return (strong >> 4 * e & 15) != 0; }
     bool isOn(int e) const { return (on >> 4 * e & 15) != 0; }
+    bool anyStrong(int e) const { return (strong >> 4 * e & 15) != 0; }
+    int count() const { return isOn(0) + isOn(1) + isOn(2) + isOn(3); }
+    bool tooLargeThresholds() const { return !allZero(subSat(thresholds, splat<u8x16>(kLargestThreshold))); }
 
     // Edge e's values: four lines to a strength.
     LineLimits<u8x16> limits(int e) const {
-        const u8x16 index = spread(e);
-        return {alphaLess1[e != 0], betaLess1[e != 0], shuffleBytes(thresholds, index),
-                hasStrength(shuffleBytes(bS, index))};
+        const u8x16 index = spread(e), strengths = shuffleBytes(bS, index);
+        return {splat<u8x16>(o.alpha[e != 0]), splat<u8x16>(o.beta[e != 0]), shuffleBytes(thresholds, index),
+                as<u8x16>(as<i8x16>(strengths) > zero<i8x16>())};
     }
-    u8x16 strongLines(int e) const {
-        const u8x16 s = shuffleBytes(bS, spread(e));
-        return max(s, splat<u8x16>(4)) == s;
-    }
+    u8x16 strongLines(int e) const { return shuffleBytes(bS, spread(e)) == splat<u8x16>(4); }
     static u8x16 spread(int e) {
         alignas(16) static constexpr std::uint8_t kIndex[16] = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3};
         return load<u8x16>(kIndex) + splat<u8x16>(4 * e);
-    }
-    template <class U>
-    static U hasStrength(U s) {
-        return (s == zero<U>()) ^ splat<U>(255);
     }
 #if VEKVC_VECTOR256
     // The values of edges e and e + 1 in the halves.
     LineLimits<u8x32> limitsOfTwo(int e) const {
         const u8x32 index = join(spread(e), spread(e + 1));
-        return {join(alphaLess1[e != 0], alphaLess1[1]), join(betaLess1[e != 0], betaLess1[1]),
-                shuffleBytes(join(thresholds, thresholds), index), hasStrength(shuffleBytes(join(bS, bS), index))};
+        u8x32 alpha = splat<u8x32>(o.alpha[1]), beta = splat<u8x32>(o.beta[1]);
+        if (e == 0) {
+            alpha = join(splat<u8x16>(o.alpha[0]), lowHalf(alpha));
+            beta = join(splat<u8x16>(o.beta[0]), lowHalf(beta));
+        }
+        return {alpha, beta, shuffleBytes(join(thresholds, thresholds), index),
+                as<u8x32>(as<i8x32>(shuffleBytes(join(bS, bS), index)) > zero<i8x32>())};
     }
 #endif
 };
 
-// r[4 * e] to r[4 * e + 7] are the samples p3 to q3 of edge e.
-[[gnu::always_inline]] inline void filterLuma(u8x16 (&r)[20], const LumaEdges& edges) {
-    for (int e = 0; e < 4;) {
-        if (!edges.isOn(e)) {
-            ++e;
-            continue;
-        }
-        u8x16* p3 = r + 4 * e;
-        if (edges.anyStrong(e)) {
-            mixedLuma(p3, edges.limits(e), edges.strongLines(e) & edges.limits(e).active, edges.alpha[e != 0]);
-            ++e;
-            continue;
-        }
+// r[0] to r[7] are the samples p3 to q3 of edge e, which has no strong lines ...
+[[gnu::always_inline]] inline void filterNormalEdge(u8x16* r, const LumaEdges& edges, int e) {
+    const u8x16 p2 = r[1];
+    normalLuma(r[2], r[3], r[4], r[5], r[6], edges.limits(e), [=](u8x16) { return p2; });
+}
+// ... or has some.
+[[gnu::always_inline]] inline void filterMixedEdge(u8x16* r, const LumaEdges& edges, int e) {
+    u8x16 lines[8];
+    for (int k = 0; k < 8; ++k) lines[k] = r[k];
+    const LineLimits<u8x16> limits = edges.limits(e);
+    mixedLuma(lines, limits, edges.strongLines(e), edges.o.alpha[e != 0]);
+    for (int k = 1; k < 7; ++k) r[k] = lines[k];
+}
+// r[0] to r[11] are the samples of edges e and e + 1, neither with strong lines. The second one's p2 is the first one's
+// q1; what else they share they do not change.
+[[gnu::always_inline]] inline void filterTwoNormalEdges(u8x16* r, const LumaEdges& edges, int e) {
 #if VEKVC_VECTOR256
-        if (e < 3 && edges.isOn(e + 1) && !edges.anyStrong(e + 1)) {
-            // Of two edges the second one's p2 is the first one's q1; nothing else of theirs is shared and changed.
-            u8x32 p1 = join(p3[2], p3[6]), p0 = join(p3[3], p3[7]), q0 = join(p3[4], p3[8]), q1 = join(p3[5], p3[9]);
-            normalLuma(p1, p0, q0, q1, join(p3[6], p3[10]), edges.limitsOfTwo(e),
-                       [&](u8x32 newQ1) { return join(p3[1], lowHalf(newQ1)); });
-            p3[2] = lowHalf(p1), p3[3] = lowHalf(p0), p3[4] = lowHalf(q0), p3[5] = lowHalf(q1);
-            p3[6] = highHalf(p1), p3[7] = highHalf(p0), p3[8] = highHalf(q0), p3[9] = highHalf(q1);
-            e += 2;
-            continue;
-        }
+    u8x32 p1 = join(r[2], r[6]), p0 = join(r[3], r[7]), q0 = join(r[4], r[8]), q1 = join(r[5], r[9]);
+    const u8x16 p2 = r[1];
+    normalLuma(p1, p0, q0, q1, join(r[6], r[10]), edges.limitsOfTwo(e),
+               [=](u8x32 newQ1) { return join(p2, lowHalf(newQ1)); });
+    r[2] = lowHalf(p1), r[3] = lowHalf(p0), r[4] = lowHalf(q0), r[5] = lowHalf(q1);
+    r[6] = highHalf(p1), r[7] = highHalf(p0), r[8] = highHalf(q0), r[9] = highHalf(q1);
+#else
+    filterNormalEdge(r, edges, e);
+    filterNormalEdge(r + 4, edges, e + 1);
 #endif
-        const u8x16 p2 = p3[1];
-        normalLuma(p3[2], p3[3], p3[4], p3[5], p3[6], edges.limits(e), [=](u8x16) { return p2; });
-        ++e;
+}
+
+// r[4 * e] to r[4 * e + 7] are the samples p3 to q3 of edge e. The usual cases first: no strong edge, the outer one
+// alone.
+[[gnu::always_inline]] inline void filterLuma(u8x16 (&r)[20], const LumaEdges& edges) {
+    if (edges.strong == 0) {
+        if (edges.isOn(0) || edges.isOn(1)) filterTwoNormalEdges(r, edges, 0);
+        if (edges.isOn(2) || edges.isOn(3)) filterTwoNormalEdges(r + 8, edges, 2);
+    } else if ((edges.strong & ~15u) == 0) {
+        filterMixedEdge(r, edges, 0);
+        if (edges.isOn(1) || edges.isOn(2)) filterTwoNormalEdges(r + 4, edges, 1);
+        if (edges.isOn(3)) filterNormalEdge(r + 12, edges, 3);
+    } else {
+        for (int e = 0; e < 4; ++e)
+            if (edges.isOn(e)) filterMixedEdge(r + 4 * e, edges, e);
     }
 }
 
@@ -208,31 +215,37 @@ template <class T>
 void deblockLumaHorizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
     const LumaEdges edges(o);
     if (edges.on == 0) return;
-    if (!allZero(subSat(edges.thresholds, splat<u8x16>(kLargestThreshold)))) return plain::deblockLumaHorizontal(o);
+    if (edges.tooLargeThresholds()) return plain::deblockLumaHorizontal(o);
     const auto row = [&](int i) { return o.pixels + (i - 4) * o.step; };
     u8x16 r[20];
     if (edges.on == 0xFFFF) {
-        for (int i = edges.strong & 15 ? 0 : 1; i < 20; ++i) r[i] = load<u8x16>(row(i));
+        r[0] = edges.strong & 15 ? load<u8x16>(row(0)) : zero<u8x16>();
+#pragma GCC unroll 20
+        for (int i = 1; i < 20; ++i) r[i] = load<u8x16>(row(i));
         filterLuma(r, edges);
-        for (int i = edges.strong & 15 ? 1 : 2; i < 19; ++i) store(row(i), r[i]);
+        if (edges.strong & 15) store(row(1), r[1]);
+#pragma GCC unroll 20
+        for (int i = 2; i < 19; ++i) store(row(i), r[i]);
         return;
     }
     // Four rows lie between two edges: they are touched in the columns in which either one has a strength.
-    i32x4 masks[6];
-    masks[0] = masks[5] = zero<i32x4>();
-    for (int e = 0; e < 4; ++e) {
-        const int segments = static_cast<int>(edges.on >> 4 * e & 15);
+    const std::uint32_t groups = edges.on << 4 | edges.on;
+    const auto maskOf = [=](int g) {
         const i32x4 bits = lanes<i32x4>(1, 2, 4, 8);
-        masks[e + 1] = (splat<i32x4>(segments) & bits) == bits;
-    }
+        return (splat<i32x4>(groups >> 4 * g) & bits) == bits;
+    };
+#pragma GCC unroll 5
     for (int g = 0; g < 5; ++g) {
-        const i32x4 mask = masks[g] | masks[g + 1];
+        const i32x4 mask = maskOf(g);
+#pragma GCC unroll 4
         for (int i = 4 * g; i < 4 * g + 4; ++i) r[i] = loadMasked<u8x16>(row(i), mask);
     }
     filterLuma(r, edges);
+#pragma GCC unroll 5
     for (int g = 0; g < 5; ++g) {
-        const i32x4 mask = masks[g] | masks[g + 1];
-        if (allZero(mask)) continue;
+        if ((groups >> 4 * g & 15) == 0) continue;
+        const i32x4 mask = maskOf(g);
+#pragma GCC unroll 4
         for (int i = 4 * g; i < 4 * g + 4; ++i)
             if (i > 0 && i < 19) storeMasked(row(i), mask, r[i]);
     }
@@ -278,7 +291,7 @@ template <class StoreRow>
 #endif
 }
 
-// The four columns left of the macroblock, of the segments (four rows each) whose bit is set.
+// The four columns left of p, of the segments (four rows each) whose bit is set.
 [[gnu::always_inline]] inline void loadLeft(u8x16* columns, const Vek8u* p, std::ptrdiff_t step,
                                             std::uint32_t segments) {
     u8x16 x[4];
@@ -311,9 +324,25 @@ template <class T>
 void deblockLumaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
     const LumaEdges edges(o);
     if (edges.on == 0) return;
-    if (!allZero(subSat(edges.thresholds, splat<u8x16>(kLargestThreshold)))) return plain::deblockLumaVertical(o);
+    if (edges.tooLargeThresholds()) return plain::deblockLumaVertical(o);
     const auto row = [&](int i) { return o.pixels + i * o.step; };
     u8x16 r[20];
+    if (edges.count() <= 2) {
+        for (int e = 0; e < 4; ++e) {
+            if (!edges.isOn(e)) continue;
+            const std::uint32_t segments = edges.on >> 4 * e & 15;
+            Vek8u* q0 = o.pixels + 4 * e;
+            loadLeft(r, q0, o.step, segments);
+            loadLeft(r + 4, q0 + 4, o.step, segments);
+            if (edges.anyStrong(e))
+                filterMixedEdge(r, edges, e);
+            else
+                filterNormalEdge(r, edges, e);
+            storeLeft(r, q0, o.step, segments);
+            storeLeft(r + 4, q0 + 4, o.step, segments);
+        }
+        return;
+    }
     if (edges.isOn(0)) loadLeft(r, o.pixels, o.step, edges.on & 15);
     if (edges.on == 0xFFFF) {
         loadColumns(r + 4, [&](int i) { return load<u8x16>(row(i)); });
