@@ -13,14 +13,8 @@ namespace vekvc::simd {
 // R rows of W bytes; the samples fill the vector's low bytes, row after row.
 template <int W, int R>
 struct Tile {
-    using Vector = std::conditional_t<W * R == 32, Vec<Vek8u, 32>, u8x16>;
-
-    static Vector load(const Vek8u* p, std::ptrdiff_t step) {
-        if constexpr (W * R == 32 && W == 16) {
-            return loadPair16<Vector>(p, p + step);
-        } else if constexpr (W * R == 32) {
-            return join(Tile<W, R / 2>::load(p, step), Tile<W, R / 2>::load(p + R / 2 * step, step));
-        } else if constexpr (R == 1) {
+    static u8x16 load(const Vek8u* p, std::ptrdiff_t step) {
+        if constexpr (R == 1) {
             return loadBytes<u8x16, W>(p);
         } else if constexpr (W == 8) {
             return loadPair8<u8x16>(p, p + step);
@@ -38,13 +32,8 @@ struct Tile {
         }
     }
 
-    static void store(Vek8u* p, std::ptrdiff_t step, Vector v) {
-        if constexpr (W * R == 32 && W == 16) {
-            storePair16(p, p + step, v);
-        } else if constexpr (W * R == 32) {
-            Tile<W, R / 2>::store(p, step, lowHalf(v));
-            Tile<W, R / 2>::store(p + R / 2 * step, step, highHalf(v));
-        } else if constexpr (R == 1) {
+    static void store(Vek8u* p, std::ptrdiff_t step, u8x16 v) {
+        if constexpr (R == 1) {
             storeBytes<W>(p, v);
         } else if constexpr (W == 8) {
             storePair8(p, p + step, v);
@@ -60,27 +49,39 @@ struct Tile {
     }
 };
 
-// How many rows of a W x H block go into one vector.
+// How many rows of a W x H block go into one vector. Where each row is only loaded, averaged and stored, rows of 8 and
+// 16 samples go one by one: joining rows costs more than it saves, also in 256 bits (8x8 vertical half-sample copy: 19
+// against 12 cycles; g++ 12).
 template <int W, int H>
-inline constexpr int kTileRows = [] {
-    const int bytes = VEKVC_VECTOR256 && W >= 8 ? 32 : 16;
-    const int rows = bytes / W;
-    return rows < H ? rows : H;
-}();
+inline constexpr int kTileRows = W >= 8       ? 1
+                                 : W* H >= 16 ? 16 / W
+                                              : H;
 
-// Calls use() once for every R of the H rows. Not unrolled: the compilers would keep the addresses of all rows at once.
+// The same where the samples are widened for a residual: whole vectors.
+template <int W, int H>
+inline constexpr int kWideTileRows = W* H >= 16 ? 16 / W : H;
+
+// Calls use() once for every R of the H rows. Unrolled a little: further, the compilers would keep the addresses of all
+// rows at once.
 template <int H, int R, class Use>
 [[gnu::always_inline]] inline void forTileRows(Use&& use) {
     static_assert(H % R == 0);
-#pragma GCC unroll 1
+#pragma GCC unroll 8
     for (int y = 0; y < H; y += R) use();
+}
+
+// The same step, but a value of its own to the compiler: otherwise the address arithmetic of all cases of a switch is
+// shared at its head and spilled (8x8 half-sample copy: 17 against 12 cycles; g++ 12).
+inline std::ptrdiff_t ownStep(std::ptrdiff_t step) {
+    asm("" : "+r"(step));
+    return step;
 }
 
 // Reads or writes a block from the top, R rows at a time.
 template <int W, int R>
 class TileReader {
   public:
-    TileReader(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    TileReader(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(ownStep(step)) {}
     auto rows() {
         const auto v = Tile<W, R>::load(p_, step_);
         p_ += R * step_;
@@ -94,8 +95,8 @@ class TileReader {
 template <int W, int R>
 class TileWriter {
   public:
-    TileWriter(Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
-    void rows(typename Tile<W, R>::Vector v) {
+    TileWriter(Vek8u* p, std::ptrdiff_t step) : p_(p), step_(ownStep(step)) {}
+    void rows(u8x16 v) {
         Tile<W, R>::store(p_, step_, v);
         p_ += R * step_;
     }
@@ -115,10 +116,10 @@ template <int W, int R, Half half, int rounding, int next = 1>
 class Predictor {
   public:
     using T = Tile<W, R>;
-    using V = typename T::Vector;
+    using V = u8x16;
     static constexpr bool kCarries = R == 1 && (half == Half::vertical || half == Half::both);
 
-    Predictor(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {
+    Predictor(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(ownStep(step)) {
         if constexpr (kCarries) above_ = line(p);
     }
 

@@ -1,20 +1,9 @@
 // Rows of block prediction: copies, averages, motion compensation with residual.
 #include "catalogue.h"
+#include "extents.h"
 
 namespace catalogue {
 namespace {
-
-// A block at the half-sample position that the named argument chooses; `next` is the distance to the horizontal
-// neighbour.
-Extent atMcType(int width, int height, const char* argument, int next = 1) {
-    return [=](const Call& c) {
-        const auto mcType = c[argument];
-        return Rect{0, 0, width + (mcType & 8 ? next : 0), height + (mcType & 4 ? 1 : 0)};
-    };
-}
-Extent atAcc(int width, int height) {
-    return [=](const Call& c) { return Rect{0, 0, width + (c["acc"] & 1 ? 1 : 0), height + (c["acc"] & 2 ? 1 : 0)}; };
-}
 
 std::vector<Argument> copyFrom(Extent source, int width, int height) {
     return {in<Vek8u>("pSrc", source), step("pSrc"), out<Vek8u>("pDst", block(width, height)), step("pDst")};

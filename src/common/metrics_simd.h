@@ -1,0 +1,214 @@
+// Block matching: sums of absolute and squared differences, and searches along a row. The fast form of metrics_plain.h.
+#ifndef VEKVC_COMMON_METRICS_SIMD_H
+#define VEKVC_COMMON_METRICS_SIMD_H
+
+#include "common/metrics_plain.h"
+#include "common/tile.h"
+
+namespace vekvc::simd {
+
+using plain::InterleavedSums;
+
+template <int W, int H>
+Vek32s sumOfAbsoluteDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+    constexpr int R = kTileRows<W, H>;
+    u64x2 sum = zero<u64x2>();
+    withCase(half, 0, [&]<Half h, int round>() {
+        TileReader<W, R> source(s.base, s.step);
+        Predictor<W, R, h, round> p(ref.base, ref.step);
+        forTileRows<H, R>([&] { sum += sumAbsDiff(source.rows(), p.rows()); });
+    });
+    return W == 16 || R > 1 ? sumLanes(sum) : lane<0>(as<i32x4>(sum));
+}
+
+// ---- 16-bit samples: rows of 4, 8 or 16
+
+#if VEKVC_VECTOR256
+using Wide16u = u16x16;
+#else
+using Wide16u = u16x8;
+#endif
+
+// A row of n 16-bit samples, or as much of it as fits one vector.
+template <int n>
+struct Row16 {
+    using Vector = std::conditional_t<(n > 8), Wide16u, u16x8>;
+    static constexpr int kColumns = n < 8 ? n : Vector::kBytes / 2;
+    static Vector load(const Vek16u* p) {
+        if constexpr (n == 4)
+            return loadBytes<Vector, 8>(p);
+        else
+            return vekvc::load<Vector>(p);
+    }
+};
+
+// The sample position of one row with rounding 0; see Predictor for the corrections.
+template <int n, Half half>
+[[gnu::always_inline]] inline auto positionOfRow(Block<Vek16u> r, int x, int y) {
+    using Row = Row16<n>;
+    const auto ones = splat<typename Row::Vector>(1);
+    const auto a = Row::load(r.at(x, y));
+    if constexpr (half == Half::none) {
+        return a;
+    } else if constexpr (half == Half::horizontal) {
+        return average(a, Row::load(r.at(x + 1, y)));
+    } else if constexpr (half == Half::vertical) {
+        return average(a, Row::load(r.at(x, y + 1)));
+    } else {
+        const auto b = Row::load(r.at(x + 1, y)), c = Row::load(r.at(x, y + 1)), d = Row::load(r.at(x + 1, y + 1));
+        const auto top = average(a, b), low = average(c, d);
+        return average(top, low) - ((top ^ low) & ((a ^ b) | (c ^ d)) & ones);
+    }
+}
+
+// The differences of a block in any order, each given to use() once.
+template <int W, int H, class Use>
+[[gnu::always_inline]] inline void forDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half, Use&& use) {
+    using Row = Row16<W>;
+    withCase(half, 0, [&]<Half h, int>() {
+        for (int x = 0; x < W; x += Row::kColumns)
+#pragma GCC unroll 4
+            for (int y = 0; y < H; ++y) use(Row::load(s.at(x, y)), positionOfRow<W, h>(ref, x, y));
+    });
+}
+
+// For samples of any size: the differences have 16 bits without sign and are summed less 32768, as signed values.
+template <int W, int H>
+[[gnu::noinline]] Vek32s sumOfLargeDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half) {
+    using V = typename Row16<W>::Vector;
+    using Signed = Vec<Vek16s, V::kBytes / 2>;
+    using Sum = Vec<Vek32s, V::kBytes / 4>;
+    constexpr Vek32s kBias = 32768 * H * (W / Row16<W>::kColumns) * (V::kBytes / 2);
+    Sum sum = zero<Sum>();
+    forDifferences<W, H>(s, ref, half, [&](V a, V b) {
+        sum += mulAddPairs(as<Signed>(absDiff(a, b) ^ splat<V>(0x8000)), splat<Signed>(1));
+    });
+    return sumLanes(sum) + kBias;
+}
+
+// Sums of real video fit 16 bits per lane; a lane that reached the limit sends the block to the general form.
+template <int W, int H>
+Vek32s sumOfAbsoluteDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half) {
+    using V = typename Row16<W>::Vector;
+    V above = zero<V>(), below = zero<V>();
+    forDifferences<W, H>(s, ref, half, [&](V a, V b) {
+        above = addSat(above, subSat(a, b));
+        below = addSat(below, subSat(b, a));
+    });
+    const V sum = addSat(above, below);
+    if (byteMask(sum == splat<V>(0xffff)) != 0) return sumOfLargeDifferences<W, H>(s, ref, half);
+    return sumLanes(sum);
+}
+
+template <int W, int H>
+Vek32s sumOfSquaredDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+    constexpr int R = W * H >= 16 ? 16 / W : H;
+    i32x4 sum = zero<i32x4>();
+    withCase(half, 0, [&]<Half h, int round>() {
+        if constexpr (W == 8 && h == Half::none) {  // widened while they are loaded
+            const auto row = [](Block<Vek8u> b, int y) { return widenLow(loadBytes<u8x16, 8>(b.at(0, y))); };
+            for (int y = 0; y < H; ++y) {
+                const i16x8 difference = row(s, y) - row(ref, y);
+                sum += mulAddPairs(difference, difference);
+            }
+            return;
+        }
+        TileReader<W, R> source(s.base, s.step);
+        Predictor<W, R, h, round> p(ref.base, ref.step);
+        forTileRows<H, R>([&] {
+            const u8x16 difference = absDiff(source.rows(), p.rows());
+            const i16x8 low = widenLow(difference), high = widenHigh(difference);
+            sum += mulAddPairs(low, low) + mulAddPairs(high, high);
+        });
+    });
+    return sumLanes(sum);
+}
+
+inline InterleavedSums sumsOfAbsoluteDifferences8x8(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+    u64x2 even = zero<u64x2>(), both = zero<u64x2>();
+    const u8x16 evenBytes = as<u8x16>(splat<u16x8>(0x00ff));
+    withCase(half, 0, [&]<Half h, int round>() {
+        TileReader<16, 1> source(s.base, s.step);
+        Predictor<16, 1, h, round, 2> p(ref.base, ref.step);
+        forTileRows<8, 1>([&] {
+            const u8x16 difference = absDiff(source.rows(), p.rows());
+            both += sumAbsDiff(difference, zero<u8x16>());
+            even += sumAbsDiff(difference & evenBytes, zero<u8x16>());
+        });
+    });
+    const Vek32s u = sumLanes(even);
+    return {u, sumLanes(both) - u};
+}
+
+// ---- search
+
+// The sums for eight consecutive positions. They take W + 7 bytes of each reference row; in the last group of a row not
+// one more may be read, before that a whole vector may.
+template <int W, int H, bool last>
+[[gnu::always_inline]] inline u16x8 eightPositions(Block<Vek8u> s, const Vek8u* ref, std::ptrdiff_t refStep) {
+    const Vek8u* source = s.base;
+    const auto nextRow = [&] {
+        source += s.step;
+        ref += refStep;
+    };
+    if constexpr (W == 16) {
+        // Two references, so that each sum finds its 11 bytes: from byte 0 on, and from byte 8 on.
+        const auto fromByte8 = [&] { return last ? bytesRight<1>(load<u8x16>(ref + 7)) : load<u8x16>(ref + 8); };
+#if VEKVC_VECTOR256
+        u16x16 sum = zero<u16x16>();
+#pragma GCC unroll 4
+        for (int y = 0; y < H; ++y, nextRow()) {
+            const u8x32 r = join(load<u8x16>(ref), fromByte8()), a = loadTwice16<u8x32>(source);
+            sum += eightSums<0, 0, 0, 2>(r, a) + eightSums<1, 1, 1, 3>(r, a);
+        }
+        return lowHalf(sum) + highHalf(sum);
+#else
+        u16x8 sum = zero<u16x8>();
+        for (int y = 0; y < H; ++y, nextRow()) {
+            const u8x16 low = load<u8x16>(ref), high = fromByte8(), a = load<u8x16>(source);
+            sum +=
+                eightSums<0, 0>(low, a) + eightSums<1, 1>(low, a) + eightSums<0, 2>(high, a) + eightSums<1, 3>(high, a);
+        }
+        return sum;
+#endif
+    } else {
+        u16x8 sum = zero<u16x8>();
+        for (int y = 0; y < H; ++y, nextRow()) {
+            u8x16 r;
+            if constexpr (last) {  // 8 bytes, and the last 7 of 8 or 3 of 4
+                const u8x16 tail = bytesRight<1>(loadBytes<u8x16, W>(ref + 7));
+                r = as<u8x16>(interleaveLow(as<u64x2>(loadBytes<u8x16, 8>(ref)), as<u64x2>(tail)));
+            } else {
+                r = load<u8x16>(ref);
+            }
+            const u8x16 a = loadBytes<u8x16, W>(source);
+            sum += eightSums<0, 0>(r, a);
+            if constexpr (W == 8) sum += eightSums<1, 1>(r, a);
+        }
+        return sum;
+    }
+}
+
+template <int W, int H, bool wantIndex>
+Vek32u searchRow(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad, Vek32s count) {
+    Vek32u best = 0x10000;
+    Vek32s index = 0;
+    const auto take = [&](Vek32s i, u16x8 sums) {
+        store(pSad + i, sums);
+        if constexpr (wantIndex) {
+            const Minimum least = minimum(sums);
+            if (least.value < best) {
+                best = least.value;
+                index = i + least.index;
+            }
+        }
+    };
+    Vek32s i = 0;
+    for (; i < count - 8; i += 8) take(i, eightPositions<W, H, false>(s, ref.base + i, ref.step));
+    take(i, eightPositions<W, H, true>(s, ref.base + i, ref.step));
+    return static_cast<Vek32u>(index);
+}
+
+}  // namespace vekvc::simd
+
+#endif

@@ -1,0 +1,64 @@
+// The exports of block variance and mean.
+#include "common/variance_plain.h"
+#include "core/check.h"
+#include "core/kernel.h"
+#include "vekvc/common.h"
+#if VEKVC_SIMD
+#include "common/variance_simd.h"
+#endif
+
+namespace vekvc {
+namespace {
+
+// Each operation rounds to single precision; the library is compiled without contraction to multiply-add.
+Vek32s varianceOf64(const plain::Moments& m) {
+    const float mean = static_cast<float>(m.sum) / 64.0f;
+    const float meanOfSquares = static_cast<float>(m.squares) / 64.0f;
+    const float squareOfMean = mean * mean;
+    return static_cast<Vek32s>(meanOfSquares - squareOfMean);
+}
+
+VekStatus varMean8x8(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
+    if (anyNull(pSrc, pVar, pMean)) return vekStsErrNullPtr;
+    const auto m = kernel::moments<8, 8>(Block<Vek8u>(pSrc, srcStep));
+    store(pVar, varianceOf64(m));
+    store(pMean, m.sum);
+    return vekStsOk;
+}
+
+VekStatus varMean8x8(const Vek16s* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
+    if (anyNull(pSrc, pVar, pMean)) return vekStsErrNullPtr;
+    const auto m = kernel::moments8x8(Block<Vek16s>(pSrc, srcStep));
+    store(pVar, varianceOf64(m));
+    store(pMean, m.sum);
+    return vekStsOk;
+}
+
+}  // namespace
+}  // namespace vekvc
+
+using namespace vekvc;
+
+VekStatus vekiVarMean8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
+    return varMean8x8(pSrc, srcStep, pVar, pMean);
+}
+
+VekStatus vekiVarSum8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
+    return varMean8x8(pSrc, srcStep, pVar, pMean);
+}
+
+VekStatus vekiVarMean8x8_16s32s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
+    return varMean8x8(pSrc, srcStep, pVar, pMean);
+}
+
+VekStatus vekiVarSum8x8_16s32s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
+    return varMean8x8(pSrc, srcStep, pVar, pMean);
+}
+
+VekStatus vekiVariance16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar) {
+    if (anyNull(pSrc, pVar)) return vekStsErrNullPtr;
+    const auto m = kernel::moments<16, 16>(Block<Vek8u>(pSrc, srcStep));
+    // Deliberately not exact: the square of the sum wraps at 32 bits and is read as signed.
+    store(pVar, wrapSub(m.squares, wrapMul(m.sum, m.sum) / 256));
+    return vekStsOk;
+}

@@ -1,0 +1,41 @@
+// Variance, sum and squared deviations of a block. The definition.
+#ifndef VEKVC_COMMON_VARIANCE_PLAIN_H
+#define VEKVC_COMMON_VARIANCE_PLAIN_H
+
+#include "core/arith.h"
+#include "core/memory.h"
+
+namespace vekvc::plain {
+
+// The sum of a block's samples and that of their squares.
+struct Moments {
+    Vek32s sum, squares;
+};
+
+template <int W, int H>
+Moments moments(Block<Vek8u> s) {
+    Moments m = {0, 0};
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) {
+            m.sum += s(x, y);
+            m.squares += s(x, y) * s(x, y);
+        }
+    return m;
+}
+
+// 16-bit samples: the column sums are limited to 16 bits after every row, the squares wrap at 32 bits.
+inline Moments moments8x8(Block<Vek16s> s) {
+    Vek16s columns[8] = {};
+    Moments m = {0, 0};
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x) {
+            columns[x] = saturate16(columns[x] + s(x, y));
+            m.squares = wrapAdd(m.squares, s(x, y) * s(x, y));
+        }
+    for (const Vek16s column : columns) m.sum += column;
+    return m;
+}
+
+}  // namespace vekvc::plain
+
+#endif

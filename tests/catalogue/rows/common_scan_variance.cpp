@@ -1,0 +1,34 @@
+// Rows of the coefficient scans, the zero count, variance and smoothing.
+#include "catalogue.h"
+
+namespace catalogue {
+namespace {
+
+// Mostly zeros, as in quantized blocks.
+std::int64_t sparse(Random& random, const Call&) { return random() % 4 == 0 ? draw(random, -32768, 32767) : 0; }
+
+template <class T>
+std::vector<Argument> varMean() {
+    return {in<T>("pSrc", block(8, 8)), step("pSrc"), out<Vek32s>("pVar", count(1)), out<Vek32s>("pMean", count(1))};
+}
+
+[[maybe_unused]] const bool kRows[] = {
+    row("vekiScanFwd_16s_C1", &vekiScanFwd_16s_C1,
+        {in<Vek16s>("pSrc", count(64)).of(sparse), out<Vek16s>("pDst", count(64)),
+         range("countNonZero", 1, 64).bad({0, -1, 65, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange), range("scan", -1, 4)}),
+    row("vekiScanInv_16s_C1", &vekiScanInv_16s_C1,
+        {in<Vek16s>("pSrc", [](const Call& c) { return Rect{0, 0, static_cast<int>(c["indxLastNonZero"]) + 1, 1}; }),
+         out<Vek16s>("pDst", count(64)),
+         range("indxLastNonZero", 0, 63).bad({-1, 64, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange), range("scan", -1, 4)}),
+    row("vekiCountZeros8x8_16s_C1", &vekiCountZeros8x8_16s_C1,
+        {in<Vek16s>("pSrc", count(64)).of(sparse), out<Vek32u>("pCount", count(1))}),
+    row("vekiVarMean8x8_8u32s_C1R", &vekiVarMean8x8_8u32s_C1R, varMean<Vek8u>()),
+    row("vekiVarSum8x8_8u32s_C1R", &vekiVarSum8x8_8u32s_C1R, varMean<Vek8u>()),
+    row("vekiVarMean8x8_16s32s_C1R", &vekiVarMean8x8_16s32s_C1R, varMean<Vek16s>()),
+    row("vekiVarSum8x8_16s32s_C1R", &vekiVarSum8x8_16s32s_C1R, varMean<Vek16s>()),
+    row("vekiVariance16x16_8u32s", &vekiVariance16x16_8u32s,
+        {in<Vek8u>("pSrc", block(16, 16)), step("pSrc"), out<Vek32s>("pVar", count(1))}),
+};
+
+}  // namespace
+}  // namespace catalogue
