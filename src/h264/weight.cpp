@@ -25,8 +25,8 @@ VekStatus uniDir(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u logWD, Vek32s weight,
     return vekStsOk;
 }
 
-VekStatus checkedTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst, VekiSize size,
-                     const Weighting& weighting) {
+[[gnu::always_inline]] inline VekStatus checkedTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst,
+                                                   VekiSize size, const Weighting& weighting) {
     if (anyNull(src1.base, src2.base, dst.base)) return vekStsErrNullPtr;
     if (src1.step < size.width || src2.step < size.width || dst.step < size.width) return vekStsErrStep;
     if (!isBlockSize(size)) return vekStsErrSize;
