@@ -141,6 +141,31 @@ VEKVC_SIMD_INLINE void storeBytes(void* p, Vec<T, N> v) {
     }
 }
 
+// The 32-bit lanes whose mask is all ones, zero in the others; only the bytes of these lanes are touched.
+template <class V>
+VEKVC_SIMD_INLINE V loadMasked(const void* p, i32x4 mask) {
+#if VEKVC_VECTOR256
+    return {_mm_maskload_epi32(static_cast<const int*>(p), mask.raw)};
+#else
+    alignas(16) int values[4] = {};
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(values + i, static_cast<const char*>(p) + 4 * i, 4);
+    return {_mm_load_si128(reinterpret_cast<const __m128i*>(values))};
+#endif
+}
+VEKVC_SIMD_FN void storeMasked(void* p, i32x4 mask, Vec<T, N> v) {
+#if VEKVC_VECTOR256
+    _mm_maskstore_epi32(static_cast<int*>(p), mask.raw, v.raw);
+#else
+    alignas(16) int values[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(values), v.raw);
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(static_cast<char*>(p) + 4 * i, values + i, 4);
+#endif
+}
+
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
@@ -165,6 +190,15 @@ VEKVC_SIMD_FN auto join(Vec<T, N> low, Vec<T, N> high) -> Vec<T, 2 * N> {
 }
 VEKVC_SIMD_FN auto lowHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_castsi256_si128(v.raw)}; }
 VEKVC_SIMD_FN auto highHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_extracti128_si256(v.raw, 1)}; }
+// The high half of a and the low half of b as one vector.
+VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
+    return {_mm256_permute2x128_si256(a.raw, b.raw, 0x21)};
+}
+// 64-bit quarters in the order i0 i1 i2 i3.
+template <int i0, int i1, int i2, int i3, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> shuffle64(Vec<T, N> a) {
+    return {_mm256_permute4x64_epi64(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
+}
 // Two runs of 16 bytes into the halves of one vector: two rows of 16 samples.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair16(const void* low, const void* high) {
@@ -787,6 +821,18 @@ VEKVC_SIMD_INLINE void transpose8x8(i32x8 (&r)[8]) {
     }
 }
 #endif
+
+// One step of a perfect shuffle of n vectors, byte by byte: the address of each byte (its vector, then its place in the
+// vector) is rotated left by one bit. n = 2^k rows of 2^c bytes are transposed by k steps, and transposed back by c.
+template <class T, int N, std::size_t n>
+VEKVC_SIMD_INLINE void interleaveBytes(Vec<T, N> (&x)[n]) {
+    Vec<T, N> y[n];
+    for (std::size_t i = 0; i < n / 2; ++i) {
+        y[2 * i] = interleaveLow(x[i], x[i + n / 2]);
+        y[2 * i + 1] = interleaveHigh(x[i], x[i + n / 2]);
+    }
+    for (std::size_t i = 0; i < n; ++i) x[i] = y[i];
+}
 
 #undef VEKVC_BOTH
 #undef VEKVC_BITS

@@ -71,6 +71,7 @@ struct Argument {
     bool stepChecked = false;  // must be at least the width: shorter ones are vekStsErrStep
     Extent stepWidth;          // the block or region whose width the check uses; the operand's extent if it is not set
     int stepLeast = 0;         // > 0: must be at least this instead
+    bool rowsApart = false;    // rows that are only read do not overlap either: samples keep the values they were given
 
     // Integer, Size: valid and invalid values.
     Choice value;
@@ -123,6 +124,9 @@ struct Argument {
             a.stepChecked = true;
             a.stepLeast = least;
         });
+    }
+    Argument apart() const {
+        return with([](Argument& a) { a.rowsApart = true; });
     }
     Argument bad(std::vector<std::int64_t> values, VekStatus status) const {
         return with([&](Argument& a) {

@@ -201,7 +201,7 @@ void Instance::chooseSteps(Random& random) {
         const Argument& a = row_.arguments[i];
         if (a.kind != Kind::Step) continue;
         std::ptrdiff_t widest = 1;
-        bool onlyRead = true;
+        bool onlyRead = !a.rowsApart;
         for (const auto& name : a.planes) {
             const Operand& operand = *operandOf(name);
             const Argument& plane = row_.arguments[operand.argument];
