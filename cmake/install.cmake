@@ -11,9 +11,8 @@ if(VEKVC_STATIC_VARIANT)
   list(APPEND vekvc_installed_targets vekvc_static)
 endif()
 
-install(TARGETS ${vekvc_installed_targets} vekvc EXPORT vekvc-targets
+install(TARGETS ${vekvc_installed_targets}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(EXPORT vekvc-targets NAMESPACE vekvc:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 # libvekvc.so -> libvekvc.so.6 -> the default variant, and the better ones where the loader looks for them.
