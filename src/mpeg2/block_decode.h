@@ -49,7 +49,7 @@ inline void storeDc(const BlockDc& dc, Vek32s difference, Vek16s* pDstBlock) {
 // Flips the last bit of the last coefficient if the sum is even (ISO 13818-2 7.4.4).
 inline void controlMismatch(Vek32u sum, Vek16s* pDstBlock) {
     const Vek16s last = load<Vek16s>(pDstBlock + 63);
-    store<Vek16s>(pDstBlock + 63, static_cast<Vek16s>(last ^ (~sum & 1)));
+    store<Vek16s>(pDstBlock + 63, wrap16(last ^ static_cast<Vek32s>(~sum & 1)));
 }
 
 }  // namespace vekvc
