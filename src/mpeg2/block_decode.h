@@ -27,12 +27,6 @@ struct BlockDc {
 
 inline constexpr int kMaxDcSize = 32;  // what one read takes
 
-// dct_dc_differential of s bits (ISO 13818-2 7.2.1): a first bit of 0 makes it negative.
-constexpr Vek32s dcDifference(Vek32u bits, int s) {
-    if (s == 0 || bits >> (s - 1) != 0) return static_cast<Vek32s>(bits);
-    return static_cast<Vek32s>(bits - (~Vek32u{0} >> (32 - s)));
-}
-
 // Stores the DC of an intra block and its prediction.
 template <Standard standard>
 inline void storeDc(const BlockDc& dc, Vek32s difference, Vek16s* pDstBlock) {
