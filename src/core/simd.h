@@ -96,6 +96,10 @@ VEKVC_SIMD_FN void store(void* p, Vec<T, N> v) {
 #endif
 }
 
+// Past the caches, to an address that is a multiple of 16; other threads see it after finishStreaming().
+VEKVC_SIMD_INLINE void storeStreaming(void* p, u8x16 v) { _mm_stream_si128(static_cast<__m128i*>(p), v.raw); }
+VEKVC_SIMD_INLINE void finishStreaming() { _mm_sfence(); }
+
 // n bytes (2, 4, 8, 12 or 16) into the low lanes; the other lanes become 0.
 template <class V, int n>
 VEKVC_SIMD_INLINE V loadBytes(const void* p) {
@@ -137,6 +141,31 @@ VEKVC_SIMD_INLINE void storeBytes(void* p, Vec<T, N> v) {
     }
 }
 
+// The 32-bit lanes whose mask is all ones, zero in the others; only the bytes of these lanes are touched.
+template <class V>
+VEKVC_SIMD_INLINE V loadMasked(const void* p, i32x4 mask) {
+#if VEKVC_VECTOR256
+    return {_mm_maskload_epi32(static_cast<const int*>(p), mask.raw)};
+#else
+    alignas(16) int values[4] = {};
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(values + i, static_cast<const char*>(p) + 4 * i, 4);
+    return {_mm_load_si128(reinterpret_cast<const __m128i*>(values))};
+#endif
+}
+VEKVC_SIMD_FN void storeMasked(void* p, i32x4 mask, Vec<T, N> v) {
+#if VEKVC_VECTOR256
+    _mm_maskstore_epi32(static_cast<int*>(p), mask.raw, v.raw);
+#else
+    alignas(16) int values[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(values), v.raw);
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(static_cast<char*>(p) + 4 * i, values + i, 4);
+#endif
+}
+
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
@@ -161,6 +190,15 @@ VEKVC_SIMD_FN auto join(Vec<T, N> low, Vec<T, N> high) -> Vec<T, 2 * N> {
 }
 VEKVC_SIMD_FN auto lowHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_castsi256_si128(v.raw)}; }
 VEKVC_SIMD_FN auto highHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_extracti128_si256(v.raw, 1)}; }
+// The high half of a and the low half of b as one vector.
+VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
+    return {_mm256_permute2x128_si256(a.raw, b.raw, 0x21)};
+}
+// 64-bit quarters in the order i0 i1 i2 i3.
+template <int i0, int i1, int i2, int i3, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> shuffle64(Vec<T, N> a) {
+    return {_mm256_permute4x64_epi64(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
+}
 // Two runs of 16 bytes into the halves of one vector: two rows of 16 samples.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair16(const void* low, const void* high) {
@@ -549,6 +587,30 @@ VEKVC_SIMD_INLINE Vec<T, N> shuffle32(Vec<T, N> a) {
         return {_mm256_shuffle_epi32(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
 #endif
 }
+// The 64-bit halves (of each half) in the other order.
+VEKVC_SIMD_FN Vec<T, N> swapHalves(Vec<T, N> a) { return shuffle32<2, 3, 0, 1>(a); }
+// The low (high) 64 bits of a, then of b (of each half).
+VEKVC_SIMD_FN Vec<T, N> joinLow(Vec<T, N> a, Vec<T, N> b) {
+    using Q = Vec<std::uint64_t, Vec<T, N>::kBytes / 8>;
+    return as<Vec<T, N>>(interleaveLow(as<Q>(a), as<Q>(b)));
+}
+VEKVC_SIMD_FN Vec<T, N> joinHigh(Vec<T, N> a, Vec<T, N> b) {
+    using Q = Vec<std::uint64_t, Vec<T, N>::kBytes / 8>;
+    return as<Vec<T, N>>(interleaveHigh(as<Q>(a), as<Q>(b)));
+}
+#if VEKVC_VECTOR256
+// The quarters 0 2 1 3: turns halves that belong to two columns into rows, and back.
+VEKVC_SIMD_FN Vec<T, N> swapMiddleQuarters(Vec<T, N> a) { return {_mm256_permute4x64_epi64(a.raw, 0xD8)}; }
+#endif
+// 16-bit lanes of b where bit i of mask is set for lane i (of each half), of a elsewhere.
+template <int mask, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> blend16(Vec<T, N> a, Vec<T, N> b) {
+    if constexpr (is128<Vec<T, N>>) return {_mm_blend_epi16(a.raw, b.raw, mask)};
+#if VEKVC_VECTOR256
+    else
+        return {_mm256_blend_epi16(a.raw, b.raw, mask)};
+#endif
+}
 template <int i, class T, int N>
 VEKVC_SIMD_INLINE T lane(Vec<T, N> a) {
     static_assert(is128<Vec<T, N>>);
@@ -735,6 +797,41 @@ VEKVC_SIMD_INLINE void transpose8x8(Vec<std::int16_t, N> (&r)[8]) {
         r[4 * half + 2] = as<Vec<std::int16_t, N>>(interleaveLow(top1, low1));
         r[4 * half + 3] = as<Vec<std::int16_t, N>>(interleaveHigh(top1, low1));
     }
+}
+// Eight rows of eight 32-bit lanes, in one vector each or in two (columns 0 to 3 and 4 to 7).
+VEKVC_SIMD_INLINE void transpose8x8(i32x4 (&left)[8], i32x4 (&right)[8]) {
+    for (int i = 0; i < 8; i += 4) {
+        transpose4x4(left[i], left[i + 1], left[i + 2], left[i + 3]);
+        transpose4x4(right[i], right[i + 1], right[i + 2], right[i + 3]);
+    }
+    for (int i = 0; i < 4; ++i) {
+        const i32x4 t = left[i + 4];
+        left[i + 4] = right[i];
+        right[i] = t;
+    }
+}
+#if VEKVC_VECTOR256
+VEKVC_SIMD_INLINE void transpose8x8(i32x8 (&r)[8]) {
+    transpose4x4(r[0], r[1], r[2], r[3]);
+    transpose4x4(r[4], r[5], r[6], r[7]);
+    for (int i = 0; i < 4; ++i) {
+        const i32x8 top = r[i], low = r[i + 4];
+        r[i] = {_mm256_permute2x128_si256(top.raw, low.raw, 0x20)};
+        r[i + 4] = {_mm256_permute2x128_si256(top.raw, low.raw, 0x31)};
+    }
+}
+#endif
+
+// One step of a perfect shuffle of n vectors, byte by byte: the address of each byte (its vector, then its place in the
+// vector) is rotated left by one bit. n = 2^k rows of 2^c bytes are transposed by k steps, and transposed back by c.
+template <class T, int N, std::size_t n>
+VEKVC_SIMD_INLINE void interleaveBytes(Vec<T, N> (&x)[n]) {
+    Vec<T, N> y[n];
+    for (std::size_t i = 0; i < n / 2; ++i) {
+        y[2 * i] = interleaveLow(x[i], x[i + n / 2]);
+        y[2 * i + 1] = interleaveHigh(x[i], x[i + n / 2]);
+    }
+    for (std::size_t i = 0; i < n; ++i) x[i] = y[i];
 }
 
 #undef VEKVC_BOTH

@@ -165,7 +165,7 @@ Instance::Instance(const Row& row, Layout layout, Random& random) : row_(row), l
         mark(operand, operand.touched, kTouched);
         if (a.use != Use::In) mark(operand, a.written ? a.written(call_) : operand.touched, kWritten);
         fillContent(operand, random);
-        slots_[operand.argument].pointer = a.mayBeNull && random() % 4 == 0 ? nullptr : operand.pointer;
+        slots_[operand.argument].pointer = a.sometimesNull && random() % 4 == 0 ? nullptr : operand.pointer;
         if (a.running)
             slots_[operand.argument].pointer = &cells_[static_cast<std::size_t>(&operand - operands_.data())];
     }
@@ -201,7 +201,7 @@ void Instance::chooseSteps(Random& random) {
         const Argument& a = row_.arguments[i];
         if (a.kind != Kind::Step) continue;
         std::ptrdiff_t widest = 1;
-        bool onlyRead = true;
+        bool onlyRead = !a.rowsApart;
         for (const auto& name : a.planes) {
             const Operand& operand = *operandOf(name);
             const Argument& plane = row_.arguments[operand.argument];

@@ -218,11 +218,11 @@ Argument weights() { return in<Vek16s>("pQuantMatrix", count(64)); }
     row("vekiPutIntraBlock", &vekiPutIntraBlock, putIntra()),
     row("vekiPutNonIntraBlock", &vekiPutNonIntraBlock, putNonIntra()),
     row("vekiQuantIntra_MPEG2_16s_C1I", &vekiQuantIntra_MPEG2_16s_C1I,
-        {coefficients(), forwardScale(), reciprocals().nullable(), out<Vek32s>("pCount", count(1))}),
+        {coefficients(), forwardScale(), reciprocals().optional(), out<Vek32s>("pCount", count(1))}),
     row("vekiQuant_MPEG2_16s_C1I", &vekiQuant_MPEG2_16s_C1I,
-        {coefficients(), forwardScale(), reciprocals().nullable(), out<Vek32s>("pCount", count(1))}),
+        {coefficients(), forwardScale(), reciprocals().optional(), out<Vek32s>("pCount", count(1))}),
     row("vekiQuantInvIntra_MPEG2_16s_C1I", &vekiQuantInvIntra_MPEG2_16s_C1I, {coefficients(), scale(), weights()}),
-    row("vekiQuantInv_MPEG2_16s_C1I", &vekiQuantInv_MPEG2_16s_C1I, {coefficients(), scale(), weights().nullable()}),
+    row("vekiQuantInv_MPEG2_16s_C1I", &vekiQuantInv_MPEG2_16s_C1I, {coefficients(), scale(), weights().optional()}),
 };
 
 }  // namespace
