@@ -1,0 +1,59 @@
+#include "concealment.h"
+
+#include <cstring>
+
+#include "place.h"
+
+namespace vekdec::h264 {
+namespace {
+
+void fillSamples(std::uint8_t* p, int count, int bytesPerSample, int value) {
+    for (int i = 0; i < count; ++i) {
+        if (bytesPerSample == 1) {
+            p[i] = static_cast<std::uint8_t>(value);
+        } else {
+            const auto sample = static_cast<std::uint16_t>(value);
+            std::memcpy(p + 2 * i, &sample, 2);
+        }
+    }
+}
+
+}  // namespace
+
+int concealMissing(Picture& picture, int structure, const Picture* previous, int bitDepthLuma, int bitDepthChroma) {
+    const int perPicture = picture.widthInMbs * picture.heightInMbs / (structure == kFrame ? 1 : 2);
+    const int first = structure == kBottomField ? perPicture : 0;
+    int missing = 0;
+    for (int address = 0; address < perPicture; ++address) {
+        Macroblock& mb = picture.mbs[static_cast<std::size_t>(first + address)];
+        if (mb.type != MbType::Missing) continue;
+        ++missing;
+        for (int i = 0; i < 3; ++i) {
+            const PlaneMemory& plane = picture.plane[i];
+            if (plane.data == nullptr) continue;
+            const int width = plane.width / picture.widthInMbs, height = plane.height / picture.heightInMbs;
+            const Place at = placeOf(picture, structure, address, width, height);
+            for (int row = 0; row < height; ++row) {
+                const std::ptrdiff_t offset =
+                    plane.stride * (at.y + row * at.rowDistance) + at.x * picture.bytesPerSample;
+                if (previous != nullptr && previous->plane[i].data != nullptr)
+                    std::memcpy(plane.data + offset, previous->plane[i].data + offset,
+                                static_cast<std::size_t>(width * picture.bytesPerSample));
+                else
+                    fillSamples(plane.data + offset, width, picture.bytesPerSample,
+                                1 << ((i == 0 ? bitDepthLuma : bitDepthChroma) - 1));
+            }
+        }
+        // For what later pictures ask of it: an intra macroblock without residual that no filter touches.
+        const bool field = mb.field;
+        mb = Macroblock{};
+        mb.field = field;
+        for (auto& list : mb.refIdx)
+            for (auto& index : list) index = -1;
+        for (auto& list : mb.refPicId)
+            for (auto& id : list) id = -1;
+    }
+    return missing;
+}
+
+}  // namespace vekdec::h264

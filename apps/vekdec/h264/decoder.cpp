@@ -1,0 +1,191 @@
+#include "decoder.h"
+
+#include <chrono>
+
+#include "concealment.h"
+#include "deblocking.h"
+#include "reference_lists.h"
+#include "slice_groups.h"
+
+namespace vekdec::h264 {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+// First slice of a new primary coded picture, 7.4.1.2.4.
+bool beginsPicture(const SliceHeader& a, const SliceHeader& b) {
+    return a.frameNum != b.frameNum || a.ppsId != b.ppsId || a.sps != b.sps || a.fieldPic != b.fieldPic ||
+           a.bottomField != b.bottomField || (a.nalRefIdc == 0) != (b.nalRefIdc == 0) || a.idr != b.idr ||
+           (a.idr && a.idrPicId != b.idrPicId) || a.pocLsb != b.pocLsb || a.deltaPocBottom != b.deltaPocBottom ||
+           a.deltaPoc != b.deltaPoc;
+}
+
+const char* unsupportedUnit(int type) {
+    switch (type) {
+        case 2:
+        case 3:
+        case 4:
+            return "data partitioning";
+        case 20:
+        case 21:
+            return nullptr;  // extensions of other annexes ride along and are skipped
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+Decoder::Decoder(FrameSink sink, Report report)
+    : sink_(std::move(sink)),
+      report_(std::move(report)),
+      buffer_([this](const Picture& p, const SequenceParameterSet& sps) { show(p, sps); }) {}
+Decoder::~Decoder() = default;
+
+void Decoder::decode(std::span<const std::uint8_t> stream, const std::function<bool(std::size_t)>& progress) {
+    const auto start = Clock::now();
+    NalUnitReader reader(stream);
+    NalUnit nal;
+    bool goOn = true;
+    while (goOn && reader.next(nal)) {
+        handle(nal);
+        if (progress) goOn = progress(reader.position());
+    }
+    if (goOn) {
+        finishPicture();
+        buffer_.flush();
+    }
+    statistics_.bits += 8 * stream.size();
+    statistics_.secondsTotal += secondsSince(start);
+}
+
+void Decoder::damage(const std::string& what) {
+    ++statistics_.damagedSlices;
+    report_("picture " + std::to_string(statistics_.pictures) + ": " + what);
+}
+
+void Decoder::handle(const NalUnit& nal) {
+    try {
+        if (const char* feature = unsupportedUnit(nal.type))
+            throw NotSupported(std::string(feature) + " at byte " + std::to_string(nal.position));
+        switch (nal.type) {
+            case 1:
+            case 5:
+                handleSlice(nal);
+                break;
+            case 7: {
+                payload_.assign(nal.payload.data(), nal.payload.size());
+                BitReader bits(payload_);
+                auto sps = std::make_unique<SequenceParameterSet>(parseSequenceParameterSet(bits));
+                const auto id = static_cast<std::size_t>(sps->id);
+                finishPicture();
+                if (sps_[id] != nullptr) oldSps_.push_back(std::move(sps_[id]));
+                sps_[id] = std::move(sps);
+                spsById_[id] = sps_[id].get();
+                break;
+            }
+            case 8: {
+                payload_.assign(nal.payload.data(), nal.payload.size());
+                BitReader bits(payload_);
+                auto pps = std::make_unique<PictureParameterSet>(parsePictureParameterSet(bits, spsById_));
+                const auto id = static_cast<std::size_t>(pps->id);
+                if (pps_[id] != nullptr) oldPps_.push_back(std::move(pps_[id]));
+                pps_[id] = std::move(pps);
+                ppsById_[id] = pps_[id].get();
+                break;
+            }
+            case 9:
+            case 11:
+                finishPicture();
+                break;
+            default:
+                break;
+        }
+    } catch (const BadSyntax& e) {
+        damage(e.what());
+    }
+}
+
+void Decoder::handleSlice(const NalUnit& nal) {
+    payload_.assign(nal.payload.data(), nal.payload.size());
+    BitReader bits(payload_);
+    SliceHeader header;
+    try {
+        header = parseSliceHeader(bits, nal.refIdc, nal.type, spsById_, ppsById_);
+    } catch (const NotSupported& e) {
+        throw NotSupported(std::string(e.what()) + " at byte " + std::to_string(nal.position));
+    }
+    if (header.redundantPicCnt > 0) return;
+    if (slice_ != nullptr && beginsPicture(slice_->header, header)) finishPicture();
+    if (slice_ == nullptr) {
+        // Nothing can be shown before the first intra picture.
+        if (!seenIntra_ && header.type != SliceType::I)
+            throw BadSyntax("the stream begins with a slice that needs a picture before it");
+        seenIntra_ = true;
+        picture_ = &buffer_.begin(header);
+        slice_ = std::make_unique<Slice>();
+        oldPps_.clear();
+        const int structure = !header.fieldPic ? kFrame : header.bottomField ? kBottomField : kTopField;
+        const std::size_t count = picture_->mbs.size() / (header.fieldPic ? 2 : 1);
+        const std::size_t first = structure == kBottomField ? count : 0;
+        for (std::size_t i = 0; i < count; ++i) picture_->mbs[first + i] = Macroblock{};
+        if (header.pps->numSliceGroups > 1) makeSliceGroupMap(header, sliceGroupMap_);
+        ++statistics_.pictures;
+    }
+    slice_->header = std::move(header);
+    slice_->picture = picture_;
+    slice_->structure = !slice_->header.fieldPic ? kFrame : slice_->header.bottomField ? kBottomField : kTopField;
+    slice_->number = static_cast<int>(picture_->slices.size());
+    slice_->mbToSliceGroupMap = slice_->header.pps->numSliceGroups > 1 ? &sliceGroupMap_ : nullptr;
+    picture_->slices.push_back({slice_->header.disableDeblockingIdc, slice_->header.alphaC0Offset,
+                                slice_->header.betaOffset, slice_->header.pps->chromaQpIndexOffset,
+                                slice_->header.type == SliceType::B});
+    ++statistics_.slices;
+    makeReferenceLists(buffer_.pictures(), *slice_);
+    const auto start = Clock::now();
+    const auto broken = sliceDecoder_.decode(bits, *slice_);
+    statistics_.secondsParsing += secondsSince(start);
+    if (broken != nullptr) damage("macroblock " + std::to_string(broken->mbAddress) + ": " + broken->reason);
+}
+
+void Decoder::finishPicture() {
+    if (slice_ == nullptr) return;
+    const SequenceParameterSet& sps = *slice_->header.sps;
+    concealMissing(*picture_, slice_->structure, buffer_.previous(), sps.bitDepthLuma, sps.bitDepthChroma);
+    const auto start = Clock::now();
+    deblockPicture(*picture_, slice_->structure, sps);
+    statistics_.secondsDeblocking += secondsSince(start);
+    const std::size_t count = picture_->mbs.size() / (slice_->header.fieldPic ? 2 : 1);
+    const std::size_t first = slice_->structure == kBottomField ? count : 0;
+    for (std::size_t i = first; i < first + count; ++i) {
+        ++statistics_.macroblocks[static_cast<std::size_t>(picture_->mbs[i].type)];
+        statistics_.skipped += picture_->mbs[i].skipped;
+    }
+    buffer_.end(slice_->header);
+    slice_.reset();
+    picture_ = nullptr;
+    oldSps_.clear();
+}
+
+void Decoder::show(const Picture& picture, const SequenceParameterSet& sps) {
+    Frame frame;
+    frame.bitDepth = sps.bitDepth();
+    frame.chromaFormatIdc = sps.chromaFormatIdc;
+    frame.number = static_cast<int>(statistics_.frames++);
+    frame.details = &picture;
+    for (int i = 0; i < 3; ++i) {
+        const PlaneMemory& plane = picture.plane[i];
+        if (plane.data == nullptr) continue;
+        const int subX = i == 0 ? 1 : 16 / sps.chromaWidthMb(), subY = i == 0 ? 1 : 16 / sps.chromaHeightMb();
+        frame.plane[i].data =
+            plane.data + plane.stride * (sps.cropTop / subY) + sps.cropLeft / subX * picture.bytesPerSample;
+        frame.plane[i].stride = plane.stride;
+        frame.plane[i].width = plane.width - (sps.cropLeft + sps.cropRight) / subX;
+        frame.plane[i].height = plane.height - (sps.cropTop + sps.cropBottom) / subY;
+    }
+    sink_(frame);
+}
+
+}  // namespace vekdec::h264

@@ -1,0 +1,65 @@
+// From the NAL units of a stream to frames in output order.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "frame.h"
+#include "macroblock_layer.h"
+#include "nal_unit.h"
+#include "picture_buffer.h"
+
+namespace vekdec::h264 {
+
+struct Statistics {
+    long frames = 0, pictures = 0, slices = 0, damagedSlices = 0;
+    std::uint64_t bits = 0;
+    long macroblocks[8] = {};  // by MbType
+    long skipped = 0;
+    double secondsParsing = 0, secondsDeblocking = 0, secondsTotal = 0;  // parsing includes reconstruction
+};
+
+class Decoder {
+  public:
+    using FrameSink = std::function<void(const Frame&)>;
+    using Report = std::function<void(const std::string&)>;  // one sentence per damaged slice
+    Decoder(FrameSink sink, Report report);
+    ~Decoder();
+
+    // Decodes a whole byte stream; `progress` is told the bytes done and stops the decoding by returning false. Throws
+    // NotSupported for what the decoder does not do.
+    void decode(std::span<const std::uint8_t> stream, const std::function<bool(std::size_t)>& progress = {});
+
+    const Statistics& statistics() const { return statistics_; }
+
+  private:
+    void handle(const NalUnit& nal);
+    void handleSlice(const NalUnit& nal);
+    void finishPicture();
+    void show(const Picture& picture, const SequenceParameterSet& sps);
+    void damage(const std::string& what);
+
+    FrameSink sink_;
+    Report report_;
+    Statistics statistics_;
+    Payload payload_;
+    // Parameter sets by id. Those in use stay alive while a new one of the same id waits for the next picture.
+    std::array<std::unique_ptr<SequenceParameterSet>, 32> sps_;
+    std::array<std::unique_ptr<PictureParameterSet>, 256> pps_;
+    std::array<const SequenceParameterSet*, 32> spsById_{};
+    std::array<const PictureParameterSet*, 256> ppsById_{};
+    std::vector<std::unique_ptr<SequenceParameterSet>> oldSps_;
+    std::vector<std::unique_ptr<PictureParameterSet>> oldPps_;
+
+    PictureBuffer buffer_;
+    SliceDecoder sliceDecoder_;
+    std::unique_ptr<Slice> slice_;  // the last slice of the picture being decoded; null between pictures
+    Picture* picture_ = nullptr;
+    std::vector<std::uint8_t> sliceGroupMap_;
+    bool seenIntra_ = false;
+};
+
+}  // namespace vekdec::h264
