@@ -26,10 +26,24 @@ template <int W, class Op>
         if (height > 0) [[unlikely]]
             rows(std::integral_constant<int, 1>());
 }
-// The parts of a block that are no usual width. The last odd column is the plain form's: onlyColumn(x).
-template <class Op, class Odd>
-[[gnu::noinline]] void tileOdd(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size, Op op,
-                               Odd onlyColumn) {
+// Blocks 16, 8 and 4 wide; false for others.
+template <class Op>
+[[gnu::always_inline]] inline bool tileBlock(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size,
+                                             Op op) {
+    if (size.width == 16)
+        tileColumn<16>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else if (size.width == 8)
+        tileColumn<8>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else if (size.width == 4)
+        tileColumn<4>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else
+        return false;
+    return true;
+}
+
+// Blocks of any width, in columns of usual ones: gives the columns that are left over (0 or 1).
+template <class Op>
+int tileColumns(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size, Op op) {
     int x = 0;
     const auto columns = [&]<int W>(std::integral_constant<int, W>) {
         for (; x + W <= size.width; x += W)
@@ -39,24 +53,10 @@ template <class Op, class Odd>
     columns(std::integral_constant<int, 8>());
     columns(std::integral_constant<int, 4>());
     columns(std::integral_constant<int, 2>());
-    if (x < size.width) onlyColumn(x);
+    return size.width - x;
 }
-template <class Op, class Odd>
-[[gnu::always_inline]] inline void tileBlock(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size,
-                                             Op op, Odd onlyColumn) {
-    if (size.width == 16)
-        tileColumn<16>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else if (size.width == 8)
-        tileColumn<8>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else if (size.width == 4)
-        tileColumn<4>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else
-        tileOdd(a, b, out, size, op, onlyColumn);
-}
-
-// 16-bit samples: eight, four or two of a row at a time.
-template <class Op, class Odd>
-void tileBlock(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiSize size, Op op, Odd onlyColumn) {
+template <class Op>
+int tileColumns(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiSize size, Op op) {
     int x = 0;
     const auto columns = [&]<int W>(std::integral_constant<int, W>) {
         for (; x + W <= size.width; x += W)
@@ -67,24 +67,34 @@ void tileBlock(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiS
     columns(std::integral_constant<int, 8>());
     columns(std::integral_constant<int, 4>());
     columns(std::integral_constant<int, 2>());
-    if (x < size.width) onlyColumn(x);
+    return size.width - x;
 }
-
-// The block from column x on.
+// The last column of a block alone, for the plain form.
 template <class B>
-B fromColumn(const B& block, int x) {
-    return {block.at(x, 0), static_cast<Vek32s>(block.step)};
+B lastColumn(const B& block, int width) {
+    return {block.at(width - 1, 0), static_cast<Vek32s>(block.step)};
 }
 
 // ---- averages
 
+struct Average {
+    template <class U>
+    [[gnu::always_inline]] U operator()(U a, U b) const {
+        return average(a, b);
+    }
+};
+
+template <class T>
+[[gnu::noinline]] void averageAnyWidth(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
+    if (tileColumns(src1, src2, dst, size, Average()) > 0)
+        plain::averageBlocks(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
+                             {1, size.height});
+}
 template <class T>
 [[gnu::always_inline]] inline void averageBlocks(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
-    tileBlock(
-        src1, src2, dst, size, [](auto a, auto b) { return average(a, b); },
-        [&](int x) {
-            plain::averageBlocks(fromColumn(src1, x), fromColumn(src2, x), fromColumn(dst, x), {1, size.height});
-        });
+    if constexpr (sizeof(T) == 1)
+        if (tileBlock(src1, src2, dst, size, Average())) return;
+    averageAnyWidth(src1, src2, dst, size);
 }
 
 // ---- weights
@@ -159,27 +169,21 @@ struct Weigh32 {
     }
 };
 
-// The column x of a block alone.
 template <class T>
-auto weightColumn(Block<T> src1, Block<T> src2, MutableBlock<T> dst, int height, const Weighting& w, int maxSample) {
-    return [=](int x) {
-        plain::weightTwo(fromColumn(src1, x), fromColumn(src2, x), fromColumn(dst, x), {1, height}, w, maxSample);
-    };
-}
-template <class T>
-[[gnu::noinline]] void weightTwoWide(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
-                                     const Weighting& w, int maxSample) {
+[[gnu::noinline]] void weightAnyWidth(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
+                                      const Weighting& w, int maxSample) {
     Weigh32 wide;
     if (!Weigh32::fits(w, maxSample, wide)) return plain::weightTwo(src1, src2, dst, size, w, maxSample);
-    tileBlock(src1, src2, dst, size, wide, weightColumn(src1, src2, dst, size.height, w, maxSample));
+    if (tileColumns(src1, src2, dst, size, wide) > 0)
+        plain::weightTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
+                         {1, size.height}, w, maxSample);
 }
 template <class T>
 [[gnu::always_inline]] inline void weightTwo(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
                                              const Weighting& w, int maxSample) {
     if constexpr (sizeof(T) == 1)
-        if (Weigh16 narrow; Weigh16::fits(w, narrow)) [[likely]]
-            return tileBlock(src1, src2, dst, size, narrow, weightColumn(src1, src2, dst, size.height, w, maxSample));
-    weightTwoWide(src1, src2, dst, size, w, maxSample);
+        if (Weigh16 narrow; Weigh16::fits(w, narrow) && tileBlock(src1, src2, dst, size, narrow)) return;
+    weightAnyWidth(src1, src2, dst, size, w, maxSample);
 }
 
 // One prediction is two halves of itself: a weight of 128 has room in two bytes.
