@@ -2,6 +2,7 @@
 #ifndef VEKVC_H264_DEBLOCK_SIMD_H
 #define VEKVC_H264_DEBLOCK_SIMD_H
 
+#include "h264/deblock_luma16_simd.h"
 #include "h264/deblock_luma_simd.h"
 
 namespace vekvc::simd {
@@ -14,14 +15,6 @@ using plain::deblockChromaPairsHorizontal;
 using plain::deblockChromaPairsVertical;
 using plain::deblockChromaVertical;
 using plain::deblockLumaLeftMbaff;
-template <class T>
-void deblockLumaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 2) {
-    plain::deblockLumaVertical(o);
-}
-template <class T>
-void deblockLumaHorizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 2) {
-    plain::deblockLumaHorizontal(o);
-}
 
 }  // namespace vekvc::simd
 
