@@ -364,6 +364,39 @@ void deblockLumaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
     if (edges.isOn(0)) storeLeft(r, o.pixels, o.step, edges.on & 15);
 }
 
+// ---- part of a left edge between a frame and a field pair: eight lines, two to a strength
+
+template <class T>
+void deblockLumaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limits, const T* thresholds,
+                          const Vek8u* bS) requires(sizeof(T) == 1) {
+    alignas(16) static constexpr std::uint8_t kLines[16] = {0,   0,   1,   1,   2,   2,   3,   3,
+                                                            128, 128, 128, 128, 128, 128, 128, 128};
+    const u8x16 index = load<u8x16>(kLines);
+    const u8x16 strengths = shuffleBytes(min(loadBytes<u8x16, 4>(bS), splat<u8x16>(4)), index);
+    const u8x16 tC0 = shuffleBytes(loadBytes<u8x16, 4>(thresholds), index);
+    if (limits.alpha > 255 || limits.beta > 255 || !allZero(subSat(tC0, splat<u8x16>(kLargestThreshold))))
+        return plain::deblockLumaLeftMbaff(pixels, step, limits, thresholds, bS);
+    const u8x16 active = as<u8x16>(as<i8x16>(strengths) > zero<i8x16>()), strong = strengths == splat<u8x16>(4);
+    const LineLimits<u8x16> l{splat<u8x16>(limits.alpha), splat<u8x16>(limits.beta), tC0, active};
+    const std::uint32_t on = byteMask(active);
+    const auto row = [&](int k) { return pixels - 4 + k * step; };
+    u8x16 x[4];
+    for (int i = 0; i < 4; ++i) x[i] = on >> 2 * i & 1 ? loadPair8<u8x16>(row(2 * i), row(2 * i + 1)) : zero<u8x16>();
+    for (int turn = 0; turn < 3; ++turn) interleaveBytes(x);  // p3 and p2, p1 and p0, q0 and q1, q2 and q3
+    u8x16 lines[8];
+    for (int k = 0; k < 8; ++k) lines[k] = k % 2 != 0 ? bytesRight<8>(x[k / 2]) : x[k / 2];
+    if (allZero(strong)) {
+        const u8x16 p2 = lines[1];
+        normalLuma(lines[2], lines[3], lines[4], lines[5], lines[6], l, [=](u8x16) { return p2; });
+    } else {
+        mixedLuma(lines, l, strong, static_cast<int>(limits.alpha));
+    }
+    for (int i = 0; i < 4; ++i) x[i] = as<u8x16>(interleaveLow(as<u64x2>(lines[2 * i]), as<u64x2>(lines[2 * i + 1])));
+    for (int turn = 0; turn < 3; ++turn) interleaveBytes(x);
+    for (int i = 0; i < 4; ++i)
+        if (on >> 2 * i & 1) storePair8(row(2 * i), row(2 * i + 1), x[i]);
+}
+
 }  // namespace vekvc::simd
 
 #endif

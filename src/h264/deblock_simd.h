@@ -2,30 +2,23 @@
 #ifndef VEKVC_H264_DEBLOCK_SIMD_H
 #define VEKVC_H264_DEBLOCK_SIMD_H
 
+#include "h264/deblock_chroma16_simd.h"
 #include "h264/deblock_chroma_simd.h"
 #include "h264/deblock_luma16_simd.h"
 #include "h264/deblock_luma_simd.h"
 
 namespace vekvc::simd {
 
-using plain::deblockChromaLeftMbaff;
-using plain::deblockLumaLeftMbaff;
-
+// Four lines of eight bits, and the rare mixed edges of deep luma: not worth a vector.
 template <class T>
-void deblockChromaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 2) {
-    plain::deblockChromaVertical(o);
+void deblockChromaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limits, const T* thresholds,
+                            const Vek8u* bS) requires(sizeof(T) == 1) {
+    plain::deblockChromaLeftMbaff(pixels, step, limits, thresholds, bS);
 }
 template <class T>
-void deblockChromaHorizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 2) {
-    plain::deblockChromaHorizontal(o);
-}
-template <class T>
-void deblockChroma422Vertical(const DeblockOperands<T>& o) requires(sizeof(T) == 2) {
-    plain::deblockChroma422Vertical(o);
-}
-template <class T>
-void deblockChroma422Horizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 2) {
-    plain::deblockChroma422Horizontal(o);
+void deblockLumaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limits, const T* thresholds,
+                          const Vek8u* bS) requires(sizeof(T) == 2) {
+    plain::deblockLumaLeftMbaff(pixels, step, limits, thresholds, bS);
 }
 
 }  // namespace vekvc::simd
