@@ -96,6 +96,10 @@ VEKVC_SIMD_FN void store(void* p, Vec<T, N> v) {
 #endif
 }
 
+// Past the caches, to an address that is a multiple of 16; other threads see it after finishStreaming().
+VEKVC_SIMD_INLINE void storeStreaming(void* p, u8x16 v) { _mm_stream_si128(static_cast<__m128i*>(p), v.raw); }
+VEKVC_SIMD_INLINE void finishStreaming() { _mm_sfence(); }
+
 // n bytes (2, 4, 8, 12 or 16) into the low lanes; the other lanes become 0.
 template <class V, int n>
 VEKVC_SIMD_INLINE V loadBytes(const void* p) {
@@ -583,6 +587,30 @@ VEKVC_SIMD_INLINE Vec<T, N> shuffle32(Vec<T, N> a) {
         return {_mm256_shuffle_epi32(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
 #endif
 }
+// The 64-bit halves (of each half) in the other order.
+VEKVC_SIMD_FN Vec<T, N> swapHalves(Vec<T, N> a) { return shuffle32<2, 3, 0, 1>(a); }
+// The low (high) 64 bits of a, then of b (of each half).
+VEKVC_SIMD_FN Vec<T, N> joinLow(Vec<T, N> a, Vec<T, N> b) {
+    using Q = Vec<std::uint64_t, Vec<T, N>::kBytes / 8>;
+    return as<Vec<T, N>>(interleaveLow(as<Q>(a), as<Q>(b)));
+}
+VEKVC_SIMD_FN Vec<T, N> joinHigh(Vec<T, N> a, Vec<T, N> b) {
+    using Q = Vec<std::uint64_t, Vec<T, N>::kBytes / 8>;
+    return as<Vec<T, N>>(interleaveHigh(as<Q>(a), as<Q>(b)));
+}
+#if VEKVC_VECTOR256
+// The quarters 0 2 1 3: turns halves that belong to two columns into rows, and back.
+VEKVC_SIMD_FN Vec<T, N> swapMiddleQuarters(Vec<T, N> a) { return {_mm256_permute4x64_epi64(a.raw, 0xD8)}; }
+#endif
+// 16-bit lanes of b where bit i of mask is set for lane i (of each half), of a elsewhere.
+template <int mask, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> blend16(Vec<T, N> a, Vec<T, N> b) {
+    if constexpr (is128<Vec<T, N>>) return {_mm_blend_epi16(a.raw, b.raw, mask)};
+#if VEKVC_VECTOR256
+    else
+        return {_mm256_blend_epi16(a.raw, b.raw, mask)};
+#endif
+}
 template <int i, class T, int N>
 VEKVC_SIMD_INLINE T lane(Vec<T, N> a) {
     static_assert(is128<Vec<T, N>>);
@@ -699,6 +727,35 @@ VEKVC_SIMD_INLINE Minimum minimum(u16x8 a) {
             static_cast<std::uint16_t>(_mm_extract_epi16(found, 1))};
 }
 
+// ---- single precision: every operation rounds by itself
+
+using f32x4 = Vec<float, 4>;
+
+VEKVC_SIMD_INLINE f32x4 splatFloat(float x) { return {_mm_castps_si128(_mm_set1_ps(x))}; }
+VEKVC_SIMD_INLINE f32x4 toFloat(i32x4 a) { return {_mm_castps_si128(_mm_cvtepi32_ps(a.raw))}; }
+// Toward zero; what does not fit becomes -2^31.
+VEKVC_SIMD_INLINE i32x4 truncate(f32x4 a) { return {_mm_cvttps_epi32(_mm_castsi128_ps(a.raw))}; }
+VEKVC_SIMD_INLINE f32x4 operator*(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_mul_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+// b where one of the two is not a number.
+VEKVC_SIMD_INLINE f32x4 min(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_min_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+VEKVC_SIMD_INLINE f32x4 max(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_max_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+
+// ---- bits of general registers
+
+#if defined(__BMI2__)
+#define VEKVC_BIT_GATHER 1
+// The bits of x that stand under ones of the mask, moved together at the low end; and the reverse.
+VEKVC_SIMD_INLINE std::uint64_t gatherBits(std::uint64_t x, std::uint64_t mask) { return _pext_u64(x, mask); }
+VEKVC_SIMD_INLINE std::uint64_t scatterBits(std::uint64_t x, std::uint64_t mask) { return _pdep_u64(x, mask); }
+#else
+#define VEKVC_BIT_GATHER 0
+#endif
 // `bits` without its n lowest ones (n up to 63).
 VEKVC_SIMD_INLINE std::uint64_t withoutLowestBits(std::uint64_t bits, int n) {
 #if defined(__BMI2__)
@@ -741,6 +798,29 @@ VEKVC_SIMD_INLINE void transpose8x8(Vec<std::int16_t, N> (&r)[8]) {
         r[4 * half + 3] = as<Vec<std::int16_t, N>>(interleaveHigh(top1, low1));
     }
 }
+// Eight rows of eight 32-bit lanes, in one vector each or in two (columns 0 to 3 and 4 to 7).
+VEKVC_SIMD_INLINE void transpose8x8(i32x4 (&left)[8], i32x4 (&right)[8]) {
+    for (int i = 0; i < 8; i += 4) {
+        transpose4x4(left[i], left[i + 1], left[i + 2], left[i + 3]);
+        transpose4x4(right[i], right[i + 1], right[i + 2], right[i + 3]);
+    }
+    for (int i = 0; i < 4; ++i) {
+        const i32x4 t = left[i + 4];
+        left[i + 4] = right[i];
+        right[i] = t;
+    }
+}
+#if VEKVC_VECTOR256
+VEKVC_SIMD_INLINE void transpose8x8(i32x8 (&r)[8]) {
+    transpose4x4(r[0], r[1], r[2], r[3]);
+    transpose4x4(r[4], r[5], r[6], r[7]);
+    for (int i = 0; i < 4; ++i) {
+        const i32x8 top = r[i], low = r[i + 4];
+        r[i] = {_mm256_permute2x128_si256(top.raw, low.raw, 0x20)};
+        r[i + 4] = {_mm256_permute2x128_si256(top.raw, low.raw, 0x31)};
+    }
+}
+#endif
 
 // One step of a perfect shuffle of n vectors, byte by byte: the address of each byte (its vector, then its place in the
 // vector) is rotated left by one bit. n = 2^k rows of 2^c bytes are transposed by k steps, and transposed back by c.

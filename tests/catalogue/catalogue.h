@@ -60,8 +60,11 @@ struct Argument {
     Extent written;  // all that may be written; `touched` if it is not set
     Choice element;  // content of one sample; varied random content if it is not set
     std::function<void(Random&, const Call&, void* samples, int count)> fill;  // all samples of a single row at once
-    bool running = false;  // the argument is a pointer to this pointer, which the export moves on
-    bool mayBeNull = false;
+    bool running = false;        // the argument is a pointer to this pointer, which the export moves on
+    bool mayBeNull = false;      // null is no error; whether the row passes it is its own affair
+    bool sometimesNull = false;  // and the engine passes it now and then
+    bool cursor = false;         // goes back with the running pointers before each call of a benchmark
+    std::string seed;  // a random number of this name is drawn before all operands; content and extents may follow it
 
     // Step: of these operands.
     std::vector<std::string> planes;
@@ -96,8 +99,17 @@ struct Argument {
     Argument movedOn() const {
         return with([](Argument& a) { a.running = true; });
     }
+    Argument goesBack() const {
+        return with([](Argument& a) { a.cursor = true; });
+    }
+    Argument seeded(std::string itsName) const {
+        return with([&](Argument& a) { a.seed = std::move(itsName); });
+    }
     Argument nullable() const {
         return with([](Argument& a) { a.mayBeNull = true; });
+    }
+    Argument optional() const {
+        return with([](Argument& a) { a.mayBeNull = a.sometimesNull = true; });
     }
     Argument inUnitsOf(int bytes) const {
         return with([=](Argument& a) { a.stepUnit = bytes; });

@@ -15,11 +15,16 @@ std::vector<Argument> varMean() {
 [[maybe_unused]] const bool kRows[] = {
     row("vekiScanFwd_16s_C1", &vekiScanFwd_16s_C1,
         {in<Vek16s>("pSrc", count(64)).of(sparse), out<Vek16s>("pDst", count(64)),
-         range("countNonZero", 1, 64).bad({0, -1, 65, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange), range("scan", -1, 4)}),
+         range("countNonZero", 1, 64).bad({0, -1, 65, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange),
+         range("scan", -1, 4)}),
     row("vekiScanInv_16s_C1", &vekiScanInv_16s_C1,
-        {in<Vek16s>("pSrc", [](const Call& c) { return Rect{0, 0, static_cast<int>(c["indxLastNonZero"]) + 1, 1}; }),
+        {in<Vek16s>("pSrc",
+                    [](const Call& c) {
+                        return Rect{0, 0, static_cast<int>(c["indxLastNonZero"]) + 1, 1};
+                    }),
          out<Vek16s>("pDst", count(64)),
-         range("indxLastNonZero", 0, 63).bad({-1, 64, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange), range("scan", -1, 4)}),
+         range("indxLastNonZero", 0, 63).bad({-1, 64, INT32_MIN, INT32_MAX}, vekStsErrOutOfRange),
+         range("scan", -1, 4)}),
     row("vekiCountZeros8x8_16s_C1", &vekiCountZeros8x8_16s_C1,
         {in<Vek16s>("pSrc", count(64)).of(sparse), out<Vek32u>("pCount", count(1))}),
     row("vekiVarMean8x8_8u32s_C1R", &vekiVarMean8x8_8u32s_C1R, varMean<Vek8u>()),
@@ -28,6 +33,12 @@ std::vector<Argument> varMean() {
     row("vekiVarSum8x8_16s32s_C1R", &vekiVarSum8x8_16s32s_C1R, varMean<Vek16s>()),
     row("vekiVariance16x16_8u32s", &vekiVariance16x16_8u32s,
         {in<Vek8u>("pSrc", block(16, 16)), step("pSrc"), out<Vek32s>("pVar", count(1))}),
+    row("vekiFilterDenoiseSmooth_8u_C1R", &vekiFilterDenoiseSmooth_8u_C1R,
+        {in<Vek8u>("pSrc", region("roiSize")), step("pSrc").atLeastWidth(), out<Vek8u>("pDst", region("roiSize")),
+         step("pDst").atLeastWidth(),
+         size("roiSize", {{1, 3}, {2, 4}, {9, 3}, {10, 5}, {17, 7}, {31, 20}, {40, 40}, {64, 16}, {75, 9}})
+             .badSize({{0, 4}, {-5, 4}, {16, 0}, {16, -4}}, vekStsErrSize)
+             .badSize({{1, 2}, {1, 1}}, vekStsErrUnsupported)}),
 };
 
 }  // namespace
