@@ -84,24 +84,22 @@ inline void filterRows(Vek8u* q0, std::ptrdiff_t distance, std::ptrdiff_t step, 
         return;
     }
     // Columns without a strength may not be touched: a group that is off is replaced by one that is on.
-    Vek8u* column[8];
-    alignas(16) std::uint8_t chosen[16];
-    const int any = std::countr_zero(on);
-    for (int g = 0; g < 8; ++g) {
-        const int from = on >> g & 1 ? g : any;
-        column[g] = q0 + (from & 3) * 2 + (from >= 4 ? distance : 0);
-        chosen[2 * g] = chosen[2 * g + 1] = static_cast<std::uint8_t>(from);
-    }
-    const LineLimits<u8x16> limits = groups.limits(load<u8x16>(chosen), strong);
-    const auto row = [&](int k) {
-        alignas(16) std::uint16_t samples[8];
-        for (int g = 0; g < 8; ++g) samples[g] = vekvc::load<std::uint16_t>(column[g] + k * step);
-        return load<u8x16>(samples);
+    alignas(16) static constexpr std::uint8_t kGroups[16] = {0, 1, 2, 3, 4, 5, 6, 7};
+    const u8x16 any = splat<u8x16>(std::countr_zero(on)), groupIsOff = groups.bS == zero<u8x16>();
+    const u8x16 chosen = select(groupIsOff, any, load<u8x16>(kGroups));
+    std::ptrdiff_t place[8];
+    const auto placeOf = [=](int g) { return (g & 3) * 2 + (g >> 2) * distance; };
+    const std::ptrdiff_t anyPlace = placeOf(std::countr_zero(on));
+#pragma GCC unroll 8
+    for (int g = 0; g < 8; ++g) place[g] = on >> g & 1 ? placeOf(g) : anyPlace;
+    const LineLimits<u8x16> limits = groups.limits(interleaveLow(chosen, chosen), strong);
+    const auto row = [&](std::ptrdiff_t k) {
+        const Vek8u* base = q0 + k * step;
+        return as<u8x16>(loadLanes16([&](int g) { return base + place[g]; }));
     };
-    const auto putRow = [&](int k, u8x16 v) {
-        alignas(16) std::uint16_t samples[8];
-        store(samples, v);
-        for (int g = 0; g < 8; ++g) vekvc::store(column[g] + k * step, samples[g]);
+    const auto putRow = [&](std::ptrdiff_t k, u8x16 v) {
+        Vek8u* base = q0 + k * step;
+        storeLanes16([&](int g) { return base + place[g]; }, as<u16x8>(v));
     };
     u8x16 p0 = row(-1), q = row(0);
     filterChroma(row(-2), p0, q, row(1), limits, strong);

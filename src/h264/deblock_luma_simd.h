@@ -211,44 +211,94 @@ struct LumaEdges {
 
 // ---- horizontal edges: the rows are the vectors
 
+// The rows of a macroblock, counted from its first one.
+struct WholeRows {
+    Vek8u* pixels;
+    std::ptrdiff_t step;
+    u8x16 load(int i) const { return vekvc::load<u8x16>(pixels + i * step); }
+    void store(int i, u8x16 v) const { vekvc::store(pixels + i * step, v); }
+};
+// The same in the columns of segments with a strength: of the four rows between two edges, where either one has one.
+struct MaskedRows {
+    Vek8u* pixels;
+    std::ptrdiff_t step;
+    i32x4 masks[5];
+
+    MaskedRows(const DeblockOperands<Vek8u>& o, std::uint32_t on) : pixels(o.pixels), step(o.step) {
+        const i32x4 bits = lanes<i32x4>(1, 2, 4, 8), groups = splat<i32x4>(on << 4 | on);
+        masks[0] = (groups & bits) == bits;
+        masks[1] = ((groups >> 4) & bits) == bits;
+        masks[2] = ((groups >> 8) & bits) == bits;
+        masks[3] = ((groups >> 12) & bits) == bits;
+        masks[4] = ((groups >> 16) & bits) == bits;
+    }
+    u8x16 load(int i) const { return loadMasked<u8x16>(pixels + i * step, masks[(i + 4) / 4]); }
+    void store(int i, u8x16 v) const { storeMasked(pixels + i * step, masks[(i + 4) / 4], v); }
+};
+
+// Edge e, without strong lines, given its p2; returns the next one's.
+template <class Rows>
+[[gnu::always_inline]] inline u8x16 filterRowEdge(const Rows& rows, const LumaEdges& edges, int e, u8x16 p2) {
+    const int y = 4 * e;
+    u8x16 p1 = rows.load(y - 2), p0 = rows.load(y - 1), q0 = rows.load(y), q1 = rows.load(y + 1);
+    normalLuma(p1, p0, q0, q1, rows.load(y + 2), edges.limits(e), [=](u8x16) { return p2; });
+    rows.store(y - 2, p1), rows.store(y - 1, p0), rows.store(y, q0), rows.store(y + 1, q1);
+    return q1;
+}
+// Edges e and e + 1, neither with strong lines, likewise.
+template <class Rows>
+[[gnu::always_inline]] inline u8x16 filterTwoRowEdges(const Rows& rows, const LumaEdges& edges, int e, u8x16 p2) {
+#if VEKVC_VECTOR256
+    const int y = 4 * e;
+    const u8x16 shared = rows.load(y + 2);
+    u8x32 p1 = join(rows.load(y - 2), shared), p0 = join(rows.load(y - 1), rows.load(y + 3));
+    u8x32 q0 = join(rows.load(y), rows.load(y + 4)), q1 = join(rows.load(y + 1), rows.load(y + 5));
+    normalLuma(p1, p0, q0, q1, join(shared, rows.load(y + 6)), edges.limitsOfTwo(e),
+               [=](u8x32 newQ1) { return join(p2, lowHalf(newQ1)); });
+    rows.store(y - 2, lowHalf(p1)), rows.store(y - 1, lowHalf(p0));
+    rows.store(y, lowHalf(q0)), rows.store(y + 1, lowHalf(q1));
+    rows.store(y + 2, highHalf(p1)), rows.store(y + 3, highHalf(p0));
+    rows.store(y + 4, highHalf(q0)), rows.store(y + 5, highHalf(q1));
+    return highHalf(q1);
+#else
+    return filterRowEdge(rows, edges, e + 1, filterRowEdge(rows, edges, e, p2));
+#endif
+}
+template <class Rows>
+[[gnu::always_inline]] inline void filterMixedRowEdge(const Rows& rows, const LumaEdges& edges, int e) {
+    u8x16 lines[8];
+    for (int k = 0; k < 8; ++k) lines[k] = rows.load(4 * e - 4 + k);
+    filterMixedEdge(lines, edges, e);
+    for (int k = 1; k < 7; ++k) rows.store(4 * e - 4 + k, lines[k]);
+}
+template <class Rows>
+[[gnu::always_inline]] inline void filterRowEdges(const Rows& rows, const LumaEdges& edges) {
+    if (edges.strong == 0) {
+        if (edges.isOn(0) || edges.isOn(1)) {
+            const u8x16 p2 = filterTwoRowEdges(rows, edges, 0, rows.load(-3));
+            if (edges.isOn(2) || edges.isOn(3)) filterTwoRowEdges(rows, edges, 2, p2);
+        } else {
+            filterTwoRowEdges(rows, edges, 2, rows.load(5));
+        }
+    } else if ((edges.strong & ~15u) == 0) {
+        filterMixedRowEdge(rows, edges, 0);
+        if (edges.isOn(1) || edges.isOn(2)) filterTwoRowEdges(rows, edges, 1, rows.load(1));
+        if (edges.isOn(3)) filterRowEdge(rows, edges, 3, rows.load(9));
+    } else {
+        for (int e = 0; e < 4; ++e)
+            if (edges.isOn(e)) filterMixedRowEdge(rows, edges, e);
+    }
+}
+
 template <class T>
 void deblockLumaHorizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
     const LumaEdges edges(o);
     if (edges.on == 0) return;
     if (edges.tooLargeThresholds()) return plain::deblockLumaHorizontal(o);
-    const auto row = [&](int i) { return o.pixels + (i - 4) * o.step; };
-    u8x16 r[20];
-    if (edges.on == 0xFFFF) {
-        r[0] = edges.strong & 15 ? load<u8x16>(row(0)) : zero<u8x16>();
-#pragma GCC unroll 20
-        for (int i = 1; i < 20; ++i) r[i] = load<u8x16>(row(i));
-        filterLuma(r, edges);
-        if (edges.strong & 15) store(row(1), r[1]);
-#pragma GCC unroll 20
-        for (int i = 2; i < 19; ++i) store(row(i), r[i]);
-        return;
-    }
-    // Four rows lie between two edges: they are touched in the columns in which either one has a strength.
-    const std::uint32_t groups = edges.on << 4 | edges.on;
-    const auto maskOf = [=](int g) {
-        const i32x4 bits = lanes<i32x4>(1, 2, 4, 8);
-        return (splat<i32x4>(groups >> 4 * g) & bits) == bits;
-    };
-#pragma GCC unroll 5
-    for (int g = 0; g < 5; ++g) {
-        const i32x4 mask = maskOf(g);
-#pragma GCC unroll 4
-        for (int i = 4 * g; i < 4 * g + 4; ++i) r[i] = loadMasked<u8x16>(row(i), mask);
-    }
-    filterLuma(r, edges);
-#pragma GCC unroll 5
-    for (int g = 0; g < 5; ++g) {
-        if ((groups >> 4 * g & 15) == 0) continue;
-        const i32x4 mask = maskOf(g);
-#pragma GCC unroll 4
-        for (int i = 4 * g; i < 4 * g + 4; ++i)
-            if (i > 0 && i < 19) storeMasked(row(i), mask, r[i]);
-    }
+    if (edges.on == 0xFFFF)
+        filterRowEdges(WholeRows{o.pixels, o.step}, edges);
+    else
+        filterRowEdges(MaskedRows(o, edges.on), edges);
 }
 
 // ---- vertical edges: the rows are transposed
