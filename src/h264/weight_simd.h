@@ -8,7 +8,7 @@
 
 namespace vekvc::simd {
 
-// ---- walking over a block: op(a, b) makes the samples of the result
+// ---- walking over a block: op(a, b) makes the samples of the result; where Op::kOneSource is set, b is a
 
 // One column of a block, R rows at a time, then the rows left over one by one.
 template <int W, class Op>
@@ -17,8 +17,14 @@ template <int W, class Op>
     const auto rows = [&]<int R>(std::integral_constant<int, R>) {
 #pragma GCC unroll 1
         for (; height >= R; height -= R) {
-            Tile<W, R>::store(out, outStep, op(Tile<W, R>::load(a, aStep), Tile<W, R>::load(b, bStep)));
-            a += R * aStep, b += R * bStep, out += R * outStep;
+            const auto first = Tile<W, R>::load(a, aStep);
+            if constexpr (Op::kOneSource) {
+                Tile<W, R>::store(out, outStep, op(first, first));
+            } else {
+                Tile<W, R>::store(out, outStep, op(first, Tile<W, R>::load(b, bStep)));
+                b += R * bStep;
+            }
+            a += R * aStep, out += R * outStep;
         }
     };
     rows(std::integral_constant<int, kTileRows<W, 4>>());
@@ -78,6 +84,7 @@ B lastColumn(const B& block, int width) {
 // ---- averages
 
 struct Average {
+    static constexpr bool kOneSource = false;
     template <class U>
     [[gnu::always_inline]] U operator()(U a, U b) const {
         return average(a, b);
@@ -100,7 +107,9 @@ template <class T>
 // ---- weights
 
 // Sums in 16 bits. Where round is half of 2^shift, (sum + round) >> shift = (sum * 2^(15 - shift) + 2^14) >> 15.
+template <bool oneSource>
 struct Weigh16 {
+    static constexpr bool kOneSource = oneSource;
     int weights;  // weight1 and weight2, a byte each
     int factor;   // 2^(15 - shift)
     int offset;
@@ -133,6 +142,7 @@ struct Weigh16 {
 
 // Sums in 32 bits, of samples of at most 14 bits.
 struct Weigh32 {
+    static constexpr bool kOneSource = false;
     int weights;  // 16 bits each
     int round, shift, offset;
     int maxSample;
@@ -178,11 +188,11 @@ template <class T>
         plain::weightTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
                          {1, size.height}, w, maxSample);
 }
-template <class T>
+template <class T, bool oneSource = false>
 [[gnu::always_inline]] inline void weightTwo(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
                                              const Weighting& w, int maxSample) {
     if constexpr (sizeof(T) == 1)
-        if (Weigh16 narrow; Weigh16::fits(w, narrow) && tileBlock(src1, src2, dst, size, narrow)) return;
+        if (Weigh16<oneSource> narrow; narrow.fits(w, narrow) && tileBlock(src1, src2, dst, size, narrow)) return;
     weightAnyWidth(src1, src2, dst, size, w, maxSample);
 }
 
@@ -191,7 +201,7 @@ template <class T>
 [[gnu::always_inline]] inline void weightOne(Block<T> src, MutableBlock<T> dst, VekiSize size, const Weighting& w,
                                              int maxSample) {
     const std::int64_t half = w.weight1 >> 1;
-    weightTwo(src, src, dst, size, {half, w.weight1 - half, w.round, w.shift, w.offset}, maxSample);
+    weightTwo<T, true>(src, src, dst, size, {half, w.weight1 - half, w.round, w.shift, w.offset}, maxSample);
 }
 
 }  // namespace vekvc::simd
