@@ -9,18 +9,18 @@
 
 namespace vekvc::simd {
 
-// A level and the window behind it; magnitude -1: level_prefix is too long.
+// A level and the reader behind it; magnitude -1: level_prefix is too long. A reader travels in registers, a window
+// would not, and would be kept in memory by all that share a function with the call.
 struct CavlcEscape {
-    WordWindow window;
+    WordReader reader;
     Vek32s magnitude;
     Vek32s value;
 };
 
-[[gnu::noinline, maybe_unused]] static CavlcEscape readEscape(WordWindow window, int suffixLength, bool first) {
-    WordReader reader = window.reader();
+[[gnu::noinline, maybe_unused]] static CavlcEscape readEscape(WordReader reader, int suffixLength, bool first) {
     plain::CavlcLevel level;
-    if (!plain::readLevel(reader, suffixLength, first, level)) return {window, -1, 0};
-    return {WordWindow(reader), level.magnitude, level.value()};
+    if (!plain::readLevel(reader, suffixLength, first, level)) return {reader, -1, 0};
+    return {reader, level.magnitude, level.value()};
 }
 
 // Reads one level into value and returns its magnitude, or -1. `first` (0 or 1) raises the magnitude by one.
@@ -29,8 +29,8 @@ struct CavlcEscape {
     const std::uint64_t bits = window.bits();
     const int levelPrefix = std::countl_zero(bits | 1);
     if (levelPrefix >= (suffixLength == 0 ? 14 : 15)) [[unlikely]] {
-        const CavlcEscape escape = readEscape(window, suffixLength, first != 0);
-        window = escape.window;
+        const CavlcEscape escape = readEscape(window.reader(), suffixLength, first != 0);
+        window = WordWindow(escape.reader);
         value = escape.value;
         return escape.magnitude;
     }

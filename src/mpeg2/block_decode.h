@@ -27,12 +27,6 @@ struct BlockDc {
 
 inline constexpr int kMaxDcSize = 32;  // what one read takes
 
-// dct_dc_differential of s bits (ISO 13818-2 7.2.1): a first bit of 0 makes it negative.
-constexpr Vek32s dcDifference(Vek32u bits, int s) {
-    if (s == 0 || bits >> (s - 1) != 0) return static_cast<Vek32s>(bits);
-    return static_cast<Vek32s>(bits - (~Vek32u{0} >> (32 - s)));
-}
-
 // Stores the DC of an intra block and its prediction.
 template <Standard standard>
 inline void storeDc(const BlockDc& dc, Vek32s difference, Vek16s* pDstBlock) {
@@ -49,7 +43,7 @@ inline void storeDc(const BlockDc& dc, Vek32s difference, Vek16s* pDstBlock) {
 // Flips the last bit of the last coefficient if the sum is even (ISO 13818-2 7.4.4).
 inline void controlMismatch(Vek32u sum, Vek16s* pDstBlock) {
     const Vek16s last = load<Vek16s>(pDstBlock + 63);
-    store<Vek16s>(pDstBlock + 63, static_cast<Vek16s>(last ^ (~sum & 1)));
+    store<Vek16s>(pDstBlock + 63, wrap16(last ^ static_cast<Vek32s>(~sum & 1)));
 }
 
 }  // namespace vekvc

@@ -94,6 +94,12 @@ VekStatus decodeCoefficients(WordReader& reader, const Vek32s* pFirstCoefTable, 
     return vekStsOk;
 }
 
+// dct_dc_differential of s bits (ISO 13818-2 7.2.1): a first bit of 0 makes it negative.
+constexpr Vek32s dcDifference(Vek32u bits, int s) {
+    if (s == 0 || bits >> (s - 1) != 0) return static_cast<Vek32s>(bits);
+    return static_cast<Vek32s>(bits - (~Vek32u{0} >> (32 - s)));
+}
+
 template <Standard standard>
 VekStatus reconstructBlock(Vek32u** ppBitStream, Vek32s* pBitOffset, const Vek32s* pFirstCoefTable,
                            const Vek32s* pACTable, const BlockTarget& target) {

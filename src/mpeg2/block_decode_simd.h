@@ -37,9 +37,12 @@ template <Standard standard, bool intra>
     const Vek32s sign = (level > 0) - (level < 0);
     const Vek32s product = wrapMul(2 * level + (intra ? 0 : sign), wrapMul(weight, QP));
     if constexpr (standard == Standard::mpeg2) return wrap16(product / 32);
-    const Vek32s c = product / 16;
-    const Vek32s towardZero = ((c > 0) - (c < 0)) & ((c & 1) - 1);  // for an even c
-    return static_cast<Vek16s>(clip3(-2048, 2047, c - towardZero));
+    const Vek32s negative = product >> 31;
+    const Vek32u size = magnitude(product) >> 4;
+    const Vek32u any = size != 0 ? 1 : 0;
+    const auto odd = static_cast<Vek32s>((size - any) | any);  // an even size loses 1
+    const Vek32s limit = 2047 - negative;
+    return static_cast<Vek16s>(((odd < limit ? odd : limit) ^ negative) - negative);
 }
 
 template <Standard standard>
@@ -51,7 +54,7 @@ template <Standard standard>
 template <Standard standard, bool intra>
 [[gnu::always_inline]] inline VekStatus decodeCoefficients(WordWindow window, Vek32u** ppBitStream, Vek32s* pBitOffset,
                                                            const Vek32s* pFirstCoefTable, const Vek32s* pACTable,
-                                                           const BlockTarget& target) {
+                                                           BlockTarget target) {
     int i = intra ? 0 : -1;
     Vek32u sum = intra ? static_cast<Vek32u>(load<Vek16s>(target.pDstBlock)) : 0;
     const auto put = [&](Vek32s level) {
@@ -76,7 +79,13 @@ template <Standard standard, bool intra>
         const VlcLook code = look(window, table);
         const int length = code.lengthHere();
         const int run = code.run();
-        if (run >= kRunEndOfBlock) [[unlikely]] {
+        i += run + 1;
+        if (i > 63) [[unlikely]] {  // so too for the reserved runs
+            if (run < kRunEndOfBlock) {
+                window.commit(ppBitStream, pBitOffset, -length);
+                return vekStsErrVlcData;
+            }
+            i -= run + 1;
             if (run == kRunEndOfBlock) {
                 window.commit(ppBitStream, pBitOffset, -length);
                 break;
@@ -91,11 +100,6 @@ template <Standard standard, bool intra>
             }
             put(pair.level);
         } else {
-            i += run + 1;
-            if (i > 63) [[unlikely]] {
-                window.commit(ppBitStream, pBitOffset, -length);
-                return vekStsErrVlcData;
-            }
             window.drop(length);
             put(code.byteLevel());
         }
@@ -104,6 +108,13 @@ template <Standard standard, bool intra>
     store<Vek32s>(target.pDstSize, i < 0 ? 0 : i);
     if constexpr (standard == Standard::mpeg2) controlMismatch(sum, target.pDstBlock);
     return vekStsOk;
+}
+
+// The definition's difference without a branch: of s bits those numbers are negative whose double is below 2^s - 1.
+inline Vek32s dcDifference(Vek32u bits, int s) {
+    const std::uint64_t ones = (std::uint64_t{1} << s) - 1;
+    const std::uint64_t negative = std::uint64_t{2} * bits < ones ? 1 : 0;
+    return wrap32(bits - (ones & (0 - negative)));
 }
 
 template <Standard standard>

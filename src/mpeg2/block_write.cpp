@@ -60,7 +60,7 @@ VekStatus vekiPutIntraBlock(Vek32u** ppBitStream, Vek32s* pBitOffset, const Vek1
     const Vek32s dc = load<Vek16s>(pSrcBlock);
     const Vek32s difference = wrapSub(dc, load<Vek32s>(pDCPred));
     store<Vek32s>(pDCPred, dc);
-    const int size = std::bit_width(magnitude(difference));
+    const int size = static_cast<int>(std::bit_width(magnitude(difference)));
     out.writer.put(load<Vek32u>(pDCSizeCodes + 2 * size), load<Vek32s>(pDCSizeCodes + 2 * size + 1));
     // A negative difference is written as difference + 2^size - 1: its low bits less one.
     out.writer.put(static_cast<Vek32u>(difference) - (difference < 0 ? 1 : 0), size);

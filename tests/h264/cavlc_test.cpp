@@ -97,7 +97,9 @@ TYPED_TEST_SUITE(Cavlc, Elements);
 TYPED_TEST(Cavlc, RoundTrip) {
     using T = TypeParam;
     std::mt19937 random(7);
-    const auto uniform = [&](int low, int high) { return low + static_cast<int>(random() % (high - low + 1u)); };
+    const auto uniform = [&](int low, int high) {
+        return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
+    };
     struct Case {
         CavlcBlock kind;
         int size, nC;
@@ -191,13 +193,13 @@ TYPED_TEST(Cavlc, AnalysisCorners) {
     T least[16] = {};
     least[0] = std::numeric_limits<T>::min();
     EXPECT_EQ(analyze(CavlcBlock::k4x4, least).levels[0], std::numeric_limits<T>::min());
-    for (const auto& [first, last] : {std::pair{0, 16}, {5, 4}, {16, 16}, {0, 255}}) {
+    for (const auto& walk : {std::pair{0, 16}, {5, 4}, {16, 16}, {0, 255}}) {
         Vek8u out[4];
         T levels[16];
         Vek8u runs[16];
         const auto status = [&](auto function) {
-            return function(least, static_cast<Vek8u>(first), kZigzag4x4, static_cast<Vek8u>(last), out, out + 1,
-                            out + 2, out + 3, levels, runs);
+            return function(least, static_cast<Vek8u>(walk.first), kZigzag4x4, static_cast<Vek8u>(walk.second), out,
+                            out + 1, out + 2, out + 3, levels, runs);
         };
         if constexpr (sizeof(T) == 2)
             EXPECT_EQ(status(vekiEncodeCoeffsCAVLC_H264_16s), vekStsErrOutOfRange);

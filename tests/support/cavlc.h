@@ -64,7 +64,7 @@ inline void putLevelCode(BitWriter& out, Vek32u levelCode, int suffixLength) {
         out.put(levelCode & ((1u << suffixLength) - 1), suffixLength);
     } else {
         const Vek32u rest = levelCode - escape + 4096;
-        const int suffixSize = std::bit_width(rest) - 1;
+        const int suffixSize = static_cast<int>(std::bit_width(rest)) - 1;
         out.put(1, suffixSize + 4);
         out.put(rest & ((1u << suffixSize) - 1), suffixSize);
     }

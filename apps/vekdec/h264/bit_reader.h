@@ -1,0 +1,65 @@
+// The bits of one NAL unit behind the library's word cursor, and the descriptors of H.264 7.2 and 9.1.
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "vekvc.h"
+
+namespace vekdec::h264 {
+
+// The syntax holds something that the standard forbids or that the stream's end cuts off.
+struct BadSyntax : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+// The stream uses a part of the standard that this decoder does not do; the sentence names it.
+struct NotSupported : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// The raw byte sequence payload of a NAL unit: emulation prevention bytes removed, gathered into native 32-bit words,
+// and followed by words of zeros, so that no export that reads on behind a broken end leaves the memory. Reused for all
+// units.
+class Payload {
+  public:
+    static constexpr std::size_t kSlackWords = 128;  // more than the longest single block of coefficients can take
+    void assign(const std::uint8_t* nal, std::size_t bytes);  // without the NAL unit header bytes
+    const std::vector<Vek32u>& words() const { return words_; }
+    std::size_t bits() const { return bits_; }  // up to rbsp_stop_one_bit, without it
+
+  private:
+    std::vector<Vek32u> words_;
+    std::size_t bits_ = 0;
+};
+
+class BitReader {
+  public:
+    explicit BitReader(const Payload& payload);
+
+    std::uint32_t u(int n);  // n up to 32
+    bool flag() { return u(1) != 0; }
+    std::uint32_t ue();
+    std::int32_t se();
+    // ue(v) or se(v) within limits; BadSyntax names the element otherwise.
+    int ue(const char* element, std::uint32_t most);
+    int se(const char* element, int least, int most);
+
+    bool moreRbspData() const { return position() < end_; }
+    std::size_t position() const;  // bits read
+    bool beyondEnd() const { return position() > end_; }
+
+    // The cursor itself, for the exports that decode coefficients.
+    Vek32u** word() { return &word_; }
+    Vek32s* offset() { return &offset_; }
+    void skip(std::size_t bits);
+
+  private:
+    Vek32u* base_;
+    Vek32u* word_;
+    Vek32s offset_ = 31;
+    std::size_t end_;
+};
+
+}  // namespace vekdec::h264

@@ -1,0 +1,82 @@
+// Sequence and picture parameter sets (H.264 7.3.2.1, 7.3.2.2): what the syntax says, and what follows from it alone.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "bit_reader.h"
+
+namespace vekdec::h264 {
+
+// Scaling lists as they stand after the fall-back rules (7.4.2.1.1.1, 7.4.2.2), in zigzag order (frame or field scan is
+// applied by the user): 4x4 lists Intra Y, Cb, Cr, Inter Y, Cb, Cr; 8x8 lists Intra Y, Inter Y, (4:4:4 only: more).
+struct ScalingLists {
+    std::array<std::array<std::uint8_t, 16>, 6> list4x4;
+    std::array<std::array<std::uint8_t, 64>, 2> list8x8;
+};
+
+struct SequenceParameterSet {
+    int id = 0;
+    int profileIdc = 0, constraintFlags = 0, levelIdc = 0;
+    int chromaFormatIdc = 1;  // 0 monochrome, 1 4:2:0, 2 4:2:2, 3 4:4:4
+    bool separateColourPlanes = false;
+    int bitDepthLuma = 8, bitDepthChroma = 8;
+    bool losslessQpprime = false;  // qpprime_y_zero_transform_bypass_flag
+    bool scalingMatrixPresent = false;
+    ScalingLists scaling;  // flat if not present
+    int log2MaxFrameNum = 4;
+    int pocType = 0;
+    int log2MaxPocLsb = 4;
+    bool deltaPicOrderAlwaysZero = false;
+    int offsetForNonRefPic = 0, offsetForTopToBottomField = 0;
+    std::vector<int> offsetForRefFrame;
+    int maxNumRefFrames = 0;
+    bool gapsInFrameNumAllowed = false;
+    int widthInMbs = 0;        // PicWidthInMbs
+    int heightInMapUnits = 0;  // PicHeightInMapUnits
+    bool frameMbsOnly = true;
+    bool mbAdaptiveFrameField = false;
+    bool direct8x8Inference = false;
+    int cropLeft = 0, cropRight = 0, cropTop = 0, cropBottom = 0;  // luma samples of the frame
+    bool bitstreamRestriction = false;
+    int maxNumReorderFrames = -1, maxDecFrameBuffering = -1;  // -1: not given
+
+    int heightInMbs() const { return heightInMapUnits * (frameMbsOnly ? 1 : 2); }  // FrameHeightInMbs
+    int bitDepth() const { return bitDepthLuma > bitDepthChroma ? bitDepthLuma : bitDepthChroma; }
+    int chromaWidthMb() const { return chromaFormatIdc == 0 ? 0 : chromaFormatIdc == 3 ? 16 : 8; }   // MbWidthC
+    int chromaHeightMb() const { return chromaFormatIdc == 0 ? 0 : chromaFormatIdc == 1 ? 8 : 16; }  // MbHeightC
+};
+
+struct PictureParameterSet {
+    int id = 0, spsId = 0;
+    bool entropyCodingMode = false;  // CABAC
+    bool bottomFieldPicOrderInFramePresent = false;
+    // Slice groups (7.4.2.2); the map itself depends on the slice header.
+    int numSliceGroups = 1;
+    int sliceGroupMapType = 0;
+    std::array<int, 8> runLength{};               // type 0: run_length_minus1 + 1
+    std::array<int, 8> topLeft{}, bottomRight{};  // type 2
+    bool sliceGroupChangeDirection = false;       // types 3 to 5
+    int sliceGroupChangeRate = 0;
+    std::vector<std::uint8_t> sliceGroupId;  // type 6
+    std::array<int, 2> numRefIdxDefault{1, 1};
+    bool weightedPred = false;
+    int weightedBipredIdc = 0;
+    int picInitQp = 26, picInitQs = 26;
+    std::array<int, 2> chromaQpIndexOffset{0, 0};  // Cb, Cr
+    bool deblockingControlPresent = false;
+    bool constrainedIntraPred = false;
+    bool redundantPicCntPresent = false;
+    bool transform8x8Mode = false;
+    bool scalingMatrixPresent = false;
+    ScalingLists scaling;  // what holds for pictures of this PPS: its own lists or those of its SPS
+};
+
+// Parse one NAL unit's payload. They throw BadSyntax with a sentence (see bit_reader.h) and change nothing then.
+SequenceParameterSet parseSequenceParameterSet(BitReader& bits);
+// The PPS needs its SPS for chroma_format_idc and the scaling lists: `spsById` holds 32 pointers, null where none came.
+PictureParameterSet parsePictureParameterSet(BitReader& bits,
+                                             const std::array<const SequenceParameterSet*, 32>& spsById);
+
+}  // namespace vekdec::h264

@@ -1,0 +1,425 @@
+#include "picture_buffer.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+namespace vekdec::h264 {
+namespace {
+
+// MaxDpbMbs, Table A-1.
+int maxDpbMbs(const SequenceParameterSet& sps) {
+    struct Level {
+        int idc, mbs;
+    };
+    constexpr Level kLevels[] = {{9, 396},    {10, 396},   {11, 900},    {12, 2376},   {13, 2376},  {20, 2376},
+                                 {21, 4752},  {22, 8100},  {30, 8100},   {31, 18000},  {32, 20480}, {40, 32768},
+                                 {41, 32768}, {42, 34816}, {50, 110400}, {51, 184320}, {52, 184320}};
+    const bool level1b = sps.levelIdc == 11 && (sps.constraintFlags & 0x10) != 0 && sps.profileIdc <= 88;
+    if (level1b) return 396;
+    for (const Level& level : kLevels)
+        if (sps.levelIdc <= level.idc) return level.mbs;
+    return 696320;
+}
+
+bool sameFormat(const SequenceParameterSet& a, const SequenceParameterSet& b) {
+    return a.widthInMbs == b.widthInMbs && a.heightInMbs() == b.heightInMbs() &&
+           a.chromaFormatIdc == b.chromaFormatIdc && a.bitDepthLuma == b.bitDepthLuma &&
+           a.bitDepthChroma == b.bitDepthChroma;
+}
+
+bool isReference(const Picture& p) { return (p.shortTerm | p.longTerm) != 0; }
+int structureOf(const SliceHeader& slice) {
+    return !slice.fieldPic ? kFrame : slice.bottomField ? kBottomField : kTopField;
+}
+int outputPoc(const Picture& p) { return p.decoded == kFrame ? p.pocOf(kFrame) : p.pocOf(p.decoded); }
+
+// A field that never came shows the lines of the other one.
+void completeFields(Picture& p) {
+    if (p.decoded == kFrame || p.decoded == 0) return;
+    for (auto& plane : p.plane)
+        for (int y = p.decoded == kTopField ? 0 : 1; y < plane.height; y += 2) {
+            const int other = p.decoded == kTopField ? y + 1 : y - 1;
+            std::memcpy(plane.data + plane.stride * other, plane.data + plane.stride * y,
+                        static_cast<std::size_t>(plane.width * p.bytesPerSample));
+        }
+}
+
+}  // namespace
+
+void PictureBuffer::activate(const SequenceParameterSet& sps) {
+    if (active_ != nullptr && !sameFormat(*active_, sps)) {
+        flush();
+        pictures_.clear();
+        spare_.clear();
+        current_ = previous_ = nullptr;
+    }
+    active_ = std::make_unique<SequenceParameterSet>(sps);
+    dpbSize_ = std::min(maxDpbMbs(sps) / (sps.widthInMbs * sps.heightInMbs()), 16);
+    if (sps.bitstreamRestriction) dpbSize_ = sps.maxDecFrameBuffering;
+    dpbSize_ = std::max({dpbSize_, sps.maxNumRefFrames, 1});
+    reorderDepth_ = sps.bitstreamRestriction ? sps.maxNumReorderFrames : dpbSize_;
+}
+
+Picture& PictureBuffer::allocate(const SequenceParameterSet& sps) {
+    std::unique_ptr<Picture> picture;
+    if (!spare_.empty()) {
+        picture = std::move(spare_.back());
+        spare_.pop_back();
+    } else {
+        picture = std::make_unique<Picture>();
+        picture->bytesPerSample = sps.bitDepth() > 8 ? 2 : 1;
+        picture->widthInMbs = sps.widthInMbs;
+        picture->heightInMbs = sps.heightInMbs();
+        for (int i = 0; i < (sps.chromaFormatIdc == 0 ? 1 : 3); ++i) {
+            PlaneMemory& plane = picture->plane[i];
+            plane.width = sps.widthInMbs * (i == 0 ? 16 : sps.chromaWidthMb());
+            plane.height = sps.heightInMbs() * (i == 0 ? 16 : sps.chromaHeightMb());
+            plane.stride = plane.width * picture->bytesPerSample;
+            picture->memory[i] = std::make_unique<SampleMemory>(static_cast<std::size_t>(plane.stride) *
+                                                                static_cast<std::size_t>(plane.height));
+            plane.data = picture->memory[i]->data();
+        }
+        picture->mbs.resize(static_cast<std::size_t>(sps.widthInMbs * sps.heightInMbs()));
+    }
+    picture->slices.clear();
+    picture->decoded = picture->shortTerm = picture->longTerm = 0;
+    picture->nonExisting = picture->neededForOutput = picture->codedAsFields = picture->mbaff = picture->idr = false;
+    picture->poc[0] = picture->poc[1] = INT_MAX;
+    for (picture->id = 0;; ++picture->id)
+        if (std::none_of(pictures_.begin(), pictures_.end(), [&](const auto& p) { return p->id == picture->id; }))
+            break;
+    pictures_.push_back(std::move(picture));
+    return *pictures_.back();
+}
+
+Picture& PictureBuffer::begin(const SliceHeader& slice) {
+    const int structure = structureOf(slice);
+    if (current_ != nullptr) {
+        const bool secondField = slice.fieldPic && current_->codedAsFields && current_->decoded == kFrame - structure &&
+                                 current_->frameNum == slice.frameNum && !slice.idr;
+        if (secondField) {
+            decodePicOrderCount(slice, *current_);
+            return *current_;
+        }
+        storeCurrent();  // an unpaired field
+    }
+    if (slice.idr || active_ == nullptr) {
+        if (active_ != nullptr) {
+            unmarkAll();
+            flush();
+        }
+        activate(*slice.sps);
+        prevRefFrameNum_ = prevFrameNum_ = 0;
+    } else if (!sameFormat(*active_, *slice.sps)) {
+        activate(*slice.sps);
+    } else if (slice.frameNum != prevRefFrameNum_) {
+        fillFrameNumGap(slice);
+    }
+    Picture& picture = allocate(*slice.sps);
+    current_ = &picture;
+    picture.frameNum = slice.frameNum;
+    picture.idr = slice.idr;
+    picture.codedAsFields = slice.fieldPic;
+    picture.mbaff = slice.mbaff();
+    decodePicOrderCount(slice, picture);
+    return picture;
+}
+
+// 8.2.5.2: frames for the missing values of frame_num, which take part in the sliding window but are never shown.
+void PictureBuffer::fillFrameNumGap(const SliceHeader& slice) {
+    const int maxFrameNum = 1 << slice.sps->log2MaxFrameNum;
+    int missing = (prevRefFrameNum_ + 1) % maxFrameNum;
+    if (slice.frameNum == missing) return;
+    // More than the buffer holds push one another out: only the last ones count.
+    const int count = (slice.frameNum - missing + maxFrameNum) % maxFrameNum;
+    const int kept = std::min(count, std::max(active_->maxNumRefFrames, 1));
+    if (count > kept) missing = (slice.frameNum - kept + maxFrameNum) % maxFrameNum;
+    for (; missing != slice.frameNum; missing = (missing + 1) % maxFrameNum) {
+        SliceHeader gap;
+        gap.sps = slice.sps;
+        gap.pps = slice.pps;
+        gap.nalRefIdc = 1;
+        gap.frameNum = missing;
+        slidingWindow();
+        const Picture* like = previous_;
+        Picture& picture = allocate(*slice.sps);
+        picture.frameNum = missing;
+        picture.nonExisting = true;
+        picture.decoded = kFrame;
+        if (slice.sps->pocType != 0)
+            decodePicOrderCount(gap, picture);
+        else
+            picture.poc[0] = picture.poc[1] = 0;
+        picture.shortTerm = kFrame;
+        for (auto& mb : picture.mbs) mb = Macroblock{};
+        if (like != nullptr)  // seen only by a stream with losses
+            for (int i = 0; i < 3; ++i)
+                if (picture.plane[i].data != nullptr)
+                    std::memcpy(picture.plane[i].data, like->plane[i].data,
+                                static_cast<std::size_t>(picture.plane[i].stride * picture.plane[i].height));
+        prevRefFrameNum_ = prevFrameNum_ = missing;
+        current_ = &picture;
+        makeRoom();
+        current_ = nullptr;
+    }
+}
+
+// 8.2.1.
+void PictureBuffer::decodePicOrderCount(const SliceHeader& slice, Picture& picture) {
+    const SequenceParameterSet& sps = *slice.sps;
+    const int structure = structureOf(slice);
+    const int maxFrameNum = 1 << sps.log2MaxFrameNum;
+    int top = 0, bottom = 0;
+    if (sps.pocType == 0) {
+        if (slice.idr) prevPocMsb_ = prevPocLsb_ = 0;
+        const int maxLsb = 1 << sps.log2MaxPocLsb;
+        int msb = prevPocMsb_;
+        if (slice.pocLsb < prevPocLsb_ && prevPocLsb_ - slice.pocLsb >= maxLsb / 2)
+            msb += maxLsb;
+        else if (slice.pocLsb > prevPocLsb_ && slice.pocLsb - prevPocLsb_ > maxLsb / 2)
+            msb -= maxLsb;
+        top = msb + slice.pocLsb;
+        bottom = slice.fieldPic ? top : top + slice.deltaPocBottom;
+        if (slice.nalRefIdc != 0) {
+            prevPocMsb_ = msb;
+            prevPocLsb_ = slice.pocLsb;
+        }
+    } else {
+        int frameNumOffset = slice.idr ? 0 : prevFrameNumOffset_;
+        if (!slice.idr && prevFrameNum_ > slice.frameNum) frameNumOffset += maxFrameNum;
+        if (sps.pocType == 1) {
+            const int cycle = static_cast<int>(sps.offsetForRefFrame.size());
+            int absFrameNum = cycle != 0 ? frameNumOffset + slice.frameNum : 0;
+            if (slice.nalRefIdc == 0 && absFrameNum > 0) --absFrameNum;
+            std::int64_t expected = 0;
+            if (absFrameNum > 0) {
+                std::int64_t perCycle = 0;
+                for (const int offset : sps.offsetForRefFrame) perCycle += offset;
+                expected = (absFrameNum - 1) / cycle * perCycle;
+                for (int i = 0; i <= (absFrameNum - 1) % cycle; ++i)
+                    expected += sps.offsetForRefFrame[static_cast<std::size_t>(i)];
+            }
+            if (slice.nalRefIdc == 0) expected += sps.offsetForNonRefPic;
+            top = static_cast<int>(expected + slice.deltaPoc[0]);
+            bottom = static_cast<int>(expected + sps.offsetForTopToBottomField + slice.deltaPoc[0] +
+                                      (slice.fieldPic ? 0 : slice.deltaPoc[1]));
+        } else {
+            top = bottom = 2 * (frameNumOffset + slice.frameNum) - (slice.nalRefIdc == 0 ? 1 : 0);
+            if (slice.idr) top = bottom = 0;
+        }
+        prevFrameNumOffset_ = frameNumOffset;
+        prevFrameNum_ = slice.frameNum;
+    }
+    if (structure & kTopField) picture.poc[0] = top;
+    if (structure & kBottomField) picture.poc[1] = bottom;
+}
+
+void deriveFrameNumWrap(const std::vector<std::unique_ptr<Picture>>& pictures, const SliceHeader& slice) {
+    const int maxFrameNum = 1 << slice.sps->log2MaxFrameNum;
+    for (const auto& p : pictures)
+        if (p->shortTerm != 0) p->frameNumWrap = p->frameNum > slice.frameNum ? p->frameNum - maxFrameNum : p->frameNum;
+}
+
+void PictureBuffer::unmarkAll() {
+    for (const auto& p : pictures_)
+        if (p.get() != current_) p->shortTerm = p->longTerm = 0;
+}
+
+// 8.2.5.3. Frames and pairs count once; the current picture, of which a field may already be marked, does not.
+void PictureBuffer::slidingWindow() {
+    int references = 0;
+    Picture* oldest = nullptr;
+    for (const auto& p : pictures_) {
+        if (p.get() == current_ || !isReference(*p)) continue;
+        ++references;
+        if (p->shortTerm != 0 && (oldest == nullptr || p->frameNumWrap < oldest->frameNumWrap)) oldest = p.get();
+    }
+    if (references >= std::max(active_->maxNumRefFrames, 1) && oldest != nullptr) oldest->shortTerm = 0;
+}
+
+// 8.2.5.4.
+void PictureBuffer::adaptiveMarking(const SliceHeader& slice) {
+    const int structure = structureOf(slice);
+    const int currPicNum = slice.fieldPic ? 2 * slice.frameNum + 1 : slice.frameNum;
+    // Calls use(picture, structure) for the frame or field with this number among those marked in `marks`.
+    const auto withNumber = [&](int number, int Picture::*marks, const auto& numberOf, const auto& use) {
+        for (const auto& p : pictures_) {
+            if (!slice.fieldPic) {
+                if ((*p).*marks == kFrame && numberOf(*p) == number && p.get() != current_)
+                    return use(*p, static_cast<int>(kFrame));
+            } else {
+                for (const int field : {static_cast<int>(kTopField), static_cast<int>(kBottomField)})
+                    if (((*p).*marks & field) && 2 * numberOf(*p) + (field == structure) == number)
+                        return use(*p, field);
+            }
+        }
+    };
+    const auto wrapOf = [](const Picture& p) { return p.frameNumWrap; };
+    const auto longIdxOf = [](const Picture& p) { return p.longTermFrameIdx; };
+    const auto freeLongTermIdx = [&](int idx, const Picture* except) {
+        for (const auto& p : pictures_)
+            if (p->longTerm != 0 && p->longTermFrameIdx == idx && p.get() != except) p->longTerm = 0;
+    };
+    for (const MemoryManagement& m : slice.memoryManagement) {
+        switch (m.operation) {
+            case 1:
+                withNumber(currPicNum - m.differenceOfPicNums, &Picture::shortTerm, wrapOf,
+                           [](Picture& p, int s) { p.shortTerm &= ~s; });
+                break;
+            case 2:
+                withNumber(m.longTermPicNum, &Picture::longTerm, longIdxOf,
+                           [](Picture& p, int s) { p.longTerm &= ~s; });
+                break;
+            case 3:
+                withNumber(currPicNum - m.differenceOfPicNums, &Picture::shortTerm, wrapOf, [&](Picture& p, int s) {
+                    // The index stays with this picture only if its other field has it already.
+                    freeLongTermIdx(m.longTermFrameIdx, &p);
+                    if (p.longTerm != 0 && p.longTermFrameIdx != m.longTermFrameIdx) p.longTerm = 0;
+                    p.shortTerm &= ~s;
+                    p.longTerm |= s;
+                    p.longTermFrameIdx = m.longTermFrameIdx;
+                });
+                break;
+            case 4:
+                maxLongTermFrameIdx_ = m.maxLongTermFrameIdxPlus1 - 1;
+                for (const auto& p : pictures_)
+                    if (p->longTerm != 0 && p->longTermFrameIdx > maxLongTermFrameIdx_) p->longTerm = 0;
+                break;
+            case 5:
+                for (const auto& p : pictures_) p->shortTerm = p->longTerm = 0;
+                maxLongTermFrameIdx_ = -1;
+                lastHadMmco5_ = true;
+                break;
+            case 6:
+                freeLongTermIdx(m.longTermFrameIdx, current_);
+                if (current_->longTerm != 0 && current_->longTermFrameIdx != m.longTermFrameIdx) current_->longTerm = 0;
+                current_->longTerm |= structure;
+                current_->longTermFrameIdx = m.longTermFrameIdx;
+                break;
+        }
+    }
+}
+
+void PictureBuffer::end(const SliceHeader& slice) {
+    Picture& picture = *current_;
+    const int structure = structureOf(slice);
+    lastHadMmco5_ = false;
+    if (slice.nalRefIdc != 0) {
+        deriveFrameNumWrap(pictures_, slice);
+        if (slice.idr) {
+            unmarkAll();
+            maxLongTermFrameIdx_ = slice.longTermReference ? 0 : -1;
+            if (slice.longTermReference) {
+                picture.longTerm |= structure;
+                picture.longTermFrameIdx = 0;
+            }
+        } else if (slice.adaptiveRefPicMarking) {
+            adaptiveMarking(slice);
+        } else if (!(picture.decoded != 0 &&
+                     picture.shortTerm != 0)) {  // not for the second field of a short-term pair
+            slidingWindow();
+        }
+        if (!(picture.longTerm & structure)) picture.shortTerm |= structure;
+        prevRefFrameNum_ = slice.frameNum;
+    }
+    picture.decoded |= structure;
+    if (lastHadMmco5_) {  // 8.2.1: the picture counts from 0 from here on
+        const int base = !slice.fieldPic ? picture.pocOf(kFrame) : picture.pocOf(structure);
+        if (structure & kTopField) picture.poc[0] -= base;
+        if (structure & kBottomField) picture.poc[1] -= base;
+        picture.frameNum = 0;
+        prevRefFrameNum_ = prevFrameNum_ = prevFrameNumOffset_ = 0;
+        prevPocMsb_ = 0;
+        prevPocLsb_ = structure == kBottomField ? 0 : picture.poc[0];
+    }
+    if (picture.decoded == kFrame) storeCurrent();
+}
+
+void PictureBuffer::storeCurrent() {
+    Picture& picture = *current_;
+    completeFields(picture);
+    picture.neededForOutput = true;
+    makeRoom();
+    previous_ = current_;
+    current_ = nullptr;
+}
+
+// C.4.5.3: output until the current picture finds a free place, and no more pictures wait than the stream reorders.
+void PictureBuffer::makeRoom() {
+    if (lastHadMmco5_ || (current_->idr && current_->neededForOutput)) {
+        const bool wanted = current_->neededForOutput;
+        current_->neededForOutput = false;
+        while (bump()) {
+        }
+        current_->neededForOutput = wanted;
+        lastHadMmco5_ = false;
+    }
+    const auto drop = [&] {
+        for (auto it = pictures_.begin(); it != pictures_.end();) {
+            Picture& p = **it;
+            if (&p != current_ && &p != previous_ && !p.neededForOutput && !isReference(p)) {
+                spare_.push_back(std::move(*it));
+                it = pictures_.erase(it);
+            } else {
+                ++it;
+            }
+        }
+    };
+    // Places taken by pictures other than the current one; one kept only for concealment takes none.
+    const auto taken = [&] {
+        return std::count_if(pictures_.begin(), pictures_.end(), [&](const auto& p) {
+            return p.get() != current_ && (p->neededForOutput || isReference(*p));
+        });
+    };
+    const auto waiting = [&] {
+        return std::count_if(pictures_.begin(), pictures_.end(), [](const auto& p) { return p->neededForOutput; });
+    };
+    while (taken() >= dpbSize_) {
+        const bool wasWaiting = current_->neededForOutput;
+        if (wasWaiting && !isReference(*current_)) {  // C.4.5.2: shown at once if it is the next one
+            const bool next = std::none_of(pictures_.begin(), pictures_.end(), [&](const auto& p) {
+                return p.get() != current_ && p->neededForOutput && outputPoc(*p) < outputPoc(*current_);
+            });
+            if (next) {
+                output_(*current_, *active_);
+                current_->neededForOutput = false;
+                break;
+            }
+        }
+        current_->neededForOutput = false;
+        const bool bumped = bump();
+        current_->neededForOutput = wasWaiting;
+        if (!bumped) {  // only a broken stream marks more references than there are places
+            Picture* oldest = nullptr;
+            for (const auto& p : pictures_)
+                if (p.get() != current_ && isReference(*p)) {
+                    oldest = p.get();
+                    break;
+                }
+            if (oldest == nullptr) break;
+            oldest->shortTerm = oldest->longTerm = 0;
+        }
+    }
+    while (waiting() > reorderDepth_ && bump()) {
+    }
+    drop();
+}
+
+bool PictureBuffer::bump() {
+    Picture* first = nullptr;
+    for (const auto& p : pictures_)
+        if (p->neededForOutput && (first == nullptr || outputPoc(*p) < outputPoc(*first))) first = p.get();
+    if (first == nullptr) return false;
+    output_(*first, *active_);
+    first->neededForOutput = false;
+    return true;
+}
+
+void PictureBuffer::flush() {
+    if (current_ != nullptr && current_->decoded != 0) storeCurrent();
+    while (bump()) {
+    }
+}
+
+}  // namespace vekdec::h264

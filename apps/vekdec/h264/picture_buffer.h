@@ -1,0 +1,62 @@
+// The decoded picture buffer (H.264 8.2.1, 8.2.5, C.4): picture order counts, reference marking, output order.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "picture.h"
+#include "slice_header.h"
+
+namespace vekdec::h264 {
+
+class PictureBuffer {
+  public:
+    using Output = std::function<void(const Picture&, const SequenceParameterSet&)>;
+    explicit PictureBuffer(Output output) : output_(std::move(output)) {}
+
+    // Begins the picture (or the second field) to which the slice belongs: gaps in frame_num are filled, an IDR picture
+    // empties the buffer, and there is room. Returns the frame to decode into.
+    Picture& begin(const SliceHeader& slice);
+    // Ends it: reference marking, output of what is due.
+    void end(const SliceHeader& slice);
+    // Gives out all that is left, at the end of the stream.
+    void flush();
+
+    Picture* current() { return current_; }
+    // All frames of the buffer, the current one with its first field included; for the reference lists.
+    const std::vector<std::unique_ptr<Picture>>& pictures() const { return pictures_; }
+    // The last picture given a place before the current one, for concealment; null if there is none.
+    const Picture* previous() const { return previous_; }
+
+  private:
+    void activate(const SequenceParameterSet& sps);
+    Picture& allocate(const SequenceParameterSet& sps);
+    void decodePicOrderCount(const SliceHeader& slice, Picture& picture);
+    void fillFrameNumGap(const SliceHeader& slice);
+    void slidingWindow();
+    void adaptiveMarking(const SliceHeader& slice);
+    void unmarkAll();
+    void storeCurrent();
+    void makeRoom();
+    bool bump();
+
+    Output output_;
+    std::vector<std::unique_ptr<Picture>> pictures_;  // in decoding order
+    std::vector<std::unique_ptr<Picture>> spare_;     // memory to use again
+    std::unique_ptr<SequenceParameterSet> active_;    // the SPS that the pictures in the buffer follow
+    Picture* current_ = nullptr;
+    Picture* previous_ = nullptr;
+    int dpbSize_ = 1, reorderDepth_ = 0;
+    int maxLongTermFrameIdx_ = -1;  // "no long-term frame indices"
+    // The state that picture order counts and gaps need of the picture before (8.2.1).
+    int prevRefFrameNum_ = 0, prevFrameNum_ = 0, prevFrameNumOffset_ = 0;
+    int prevPocMsb_ = 0, prevPocLsb_ = 0;
+    bool lastHadMmco5_ = false;
+};
+
+// FrameNumWrap of all short-term frames against the current frame_num (8.2.4.1).
+void deriveFrameNumWrap(const std::vector<std::unique_ptr<Picture>>& pictures, const SliceHeader& slice);
+
+}  // namespace vekdec::h264
