@@ -15,7 +15,7 @@ template <int W, class Op>
 [[gnu::always_inline]] inline void tileColumn(const Vek8u* a, const Vek8u* b, Vek8u* out, std::ptrdiff_t aStep,
                                               std::ptrdiff_t bStep, std::ptrdiff_t outStep, int height, Op op) {
     const auto rows = [&]<int R>(std::integral_constant<int, R>) {
-#pragma GCC unroll 1
+#pragma GCC unroll 2
         for (; height >= R; height -= R) {
             const auto first = Tile<W, R>::load(a, aStep);
             if constexpr (Op::kOneSource) {
@@ -133,7 +133,7 @@ struct Weigh16 {
         if (!isByte(twice1) || !isByte(twice2) || shift > 14) return false;
         if (w.offset < -32768 || w.offset > 32767) return false;
         const int w1 = static_cast<int>(twice1), w2 = static_cast<int>(twice2);
-        const int most = (w1 > 0 ? w1 : 0) + (w2 > 0 ? w2 : 0), least = (w1 < 0 ? w1 : 0) + (w2 < 0 ? w2 : 0);
+        const int most = (w1 > 0 ? w1 : 0) + (w2 > 0 ? w2 : 0), least = w1 + w2 - most;
         if (most > 128 || least < -128) return false;  // 255 * 128 = 32640
         result = {(w1 & 255) | w2 * 256, 1 << (15 - shift), static_cast<int>(w.offset)};
         return true;
