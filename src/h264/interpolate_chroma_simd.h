@@ -14,6 +14,12 @@ constexpr std::uint32_t chromaWeights(int dx, int dy) {
     const auto across = static_cast<std::uint32_t>((8 - dx) | dx << 8);
     return across * static_cast<std::uint32_t>((8 - dy) | dy << 16);
 }
+// For every position: 8 * dy + dx.
+inline constexpr auto kChromaWeights = [] {
+    std::array<std::uint32_t, 64> all = {};
+    for (int i = 0; i < 64; ++i) all[static_cast<std::size_t>(i)] = chromaWeights(i % 8, i / 8);
+    return all;
+}();
 // The weights of A and B, of C and D, and of A and C where B and D weigh nothing.
 constexpr std::int16_t weightsAB(std::uint32_t w) { return static_cast<std::int16_t>(w); }
 constexpr std::int16_t weightsCD(std::uint32_t w) { return static_cast<std::int16_t>(w >> 16); }
@@ -122,7 +128,7 @@ inline constexpr std::array<ChromaKernel, 4> kChromaKernels[3] = {chromaKernels<
 [[gnu::always_inline]] inline VekStatus interpolateChroma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
                                                           Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize size) {
     const std::size_t fractions = static_cast<std::size_t>((dx != 0) + 2 * (dy != 0));
-    const std::uint32_t w = chromaWeights(dx, dy);
+    const std::uint32_t w = kChromaWeights[static_cast<std::size_t>(8 * dy + dx)];
     if (size.width == 0 || (size.width & (size.width - 1)) != 0)
         return chromaColumns(pSrc, srcStep, pDst, dstStep, size, fractions, w);
     return kChromaKernels[size.width / 4][fractions](pSrc, srcStep, pDst, dstStep, size.height, w);
