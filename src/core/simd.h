@@ -166,6 +166,29 @@ VEKVC_SIMD_FN void storeMasked(void* p, i32x4 mask, Vec<T, N> v) {
 #endif
 }
 
+// The eight 16-bit lanes from (to) eight places: at(0) to at(7).
+template <class At>
+VEKVC_SIMD_INLINE u16x8 loadLanes16(At at) {
+    const auto lane = [&](int i) {
+        short value;
+        std::memcpy(&value, at(i), 2);
+        return value;
+    };
+    return {_mm_setr_epi16(lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(7))};
+}
+template <class At>
+VEKVC_SIMD_INLINE void storeLanes16(At at, u16x8 v) {
+    const auto put = [&](int i, int value) { std::memcpy(at(i), &value, 2); };
+    put(0, _mm_extract_epi16(v.raw, 0));
+    put(1, _mm_extract_epi16(v.raw, 1));
+    put(2, _mm_extract_epi16(v.raw, 2));
+    put(3, _mm_extract_epi16(v.raw, 3));
+    put(4, _mm_extract_epi16(v.raw, 4));
+    put(5, _mm_extract_epi16(v.raw, 5));
+    put(6, _mm_extract_epi16(v.raw, 6));
+    put(7, _mm_extract_epi16(v.raw, 7));
+}
+
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
@@ -616,7 +639,8 @@ VEKVC_SIMD_INLINE T lane(Vec<T, N> a) {
     static_assert(is128<Vec<T, N>>);
     VEKVC_SIZE(1) return static_cast<T>(_mm_extract_epi8(a.raw, i));
     else VEKVC_SIZE(2) return static_cast<T>(_mm_extract_epi16(a.raw, i));
-    else return static_cast<T>(_mm_extract_epi32(a.raw, i));
+    else VEKVC_SIZE(4) return static_cast<T>(_mm_extract_epi32(a.raw, i));
+    else return static_cast<T>(_mm_extract_epi64(a.raw, i));
 }
 
 // ---- widening and narrowing

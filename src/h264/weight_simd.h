@@ -8,17 +8,23 @@
 
 namespace vekvc::simd {
 
-// ---- walking over a block: op(a, b) makes the samples of the result
+// ---- walking over a block: op(a, b) makes the samples of the result; where Op::kOneSource is set, b is a
 
 // One column of a block, R rows at a time, then the rows left over one by one.
 template <int W, class Op>
 [[gnu::always_inline]] inline void tileColumn(const Vek8u* a, const Vek8u* b, Vek8u* out, std::ptrdiff_t aStep,
                                               std::ptrdiff_t bStep, std::ptrdiff_t outStep, int height, Op op) {
     const auto rows = [&]<int R>(std::integral_constant<int, R>) {
-#pragma GCC unroll 1
+#pragma GCC unroll 2
         for (; height >= R; height -= R) {
-            Tile<W, R>::store(out, outStep, op(Tile<W, R>::load(a, aStep), Tile<W, R>::load(b, bStep)));
-            a += R * aStep, b += R * bStep, out += R * outStep;
+            const auto first = Tile<W, R>::load(a, aStep);
+            if constexpr (Op::kOneSource) {
+                Tile<W, R>::store(out, outStep, op(first, first));
+            } else {
+                Tile<W, R>::store(out, outStep, op(first, Tile<W, R>::load(b, bStep)));
+                b += R * bStep;
+            }
+            a += R * aStep, out += R * outStep;
         }
     };
     rows(std::integral_constant<int, kTileRows<W, 4>>());
@@ -26,10 +32,24 @@ template <int W, class Op>
         if (height > 0) [[unlikely]]
             rows(std::integral_constant<int, 1>());
 }
-// The parts of a block that are no usual width. The last odd column is the plain form's: onlyColumn(x).
-template <class Op, class Odd>
-[[gnu::noinline]] void tileOdd(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size, Op op,
-                               Odd onlyColumn) {
+// Blocks 16, 8 and 4 wide; false for others.
+template <class Op>
+[[gnu::always_inline]] inline bool tileBlock(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size,
+                                             Op op) {
+    if (size.width == 16)
+        tileColumn<16>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else if (size.width == 8)
+        tileColumn<8>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else if (size.width == 4)
+        tileColumn<4>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else
+        return false;
+    return true;
+}
+
+// Blocks of any width, in columns of usual ones: gives the columns that are left over (0 or 1).
+template <class Op>
+int tileColumns(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size, Op op) {
     int x = 0;
     const auto columns = [&]<int W>(std::integral_constant<int, W>) {
         for (; x + W <= size.width; x += W)
@@ -39,24 +59,10 @@ template <class Op, class Odd>
     columns(std::integral_constant<int, 8>());
     columns(std::integral_constant<int, 4>());
     columns(std::integral_constant<int, 2>());
-    if (x < size.width) onlyColumn(x);
+    return size.width - x;
 }
-template <class Op, class Odd>
-[[gnu::always_inline]] inline void tileBlock(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size,
-                                             Op op, Odd onlyColumn) {
-    if (size.width == 16)
-        tileColumn<16>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else if (size.width == 8)
-        tileColumn<8>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else if (size.width == 4)
-        tileColumn<4>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else
-        tileOdd(a, b, out, size, op, onlyColumn);
-}
-
-// 16-bit samples: eight, four or two of a row at a time.
-template <class Op, class Odd>
-void tileBlock(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiSize size, Op op, Odd onlyColumn) {
+template <class Op>
+int tileColumns(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiSize size, Op op) {
     int x = 0;
     const auto columns = [&]<int W>(std::integral_constant<int, W>) {
         for (; x + W <= size.width; x += W)
@@ -67,30 +73,43 @@ void tileBlock(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiS
     columns(std::integral_constant<int, 8>());
     columns(std::integral_constant<int, 4>());
     columns(std::integral_constant<int, 2>());
-    if (x < size.width) onlyColumn(x);
+    return size.width - x;
 }
-
-// The block from column x on.
+// The last column of a block alone, for the plain form.
 template <class B>
-B fromColumn(const B& block, int x) {
-    return {block.at(x, 0), static_cast<Vek32s>(block.step)};
+B lastColumn(const B& block, int width) {
+    return {block.at(width - 1, 0), static_cast<Vek32s>(block.step)};
 }
 
 // ---- averages
 
+struct Average {
+    static constexpr bool kOneSource = false;
+    template <class U>
+    [[gnu::always_inline]] U operator()(U a, U b) const {
+        return average(a, b);
+    }
+};
+
+template <class T>
+[[gnu::noinline]] void averageAnyWidth(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
+    if (tileColumns(src1, src2, dst, size, Average()) > 0)
+        plain::averageBlocks(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
+                             {1, size.height});
+}
 template <class T>
 [[gnu::always_inline]] inline void averageBlocks(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
-    tileBlock(
-        src1, src2, dst, size, [](auto a, auto b) { return average(a, b); },
-        [&](int x) {
-            plain::averageBlocks(fromColumn(src1, x), fromColumn(src2, x), fromColumn(dst, x), {1, size.height});
-        });
+    if constexpr (sizeof(T) == 1)
+        if (tileBlock(src1, src2, dst, size, Average())) return;
+    averageAnyWidth(src1, src2, dst, size);
 }
 
 // ---- weights
 
 // Sums in 16 bits. Where round is half of 2^shift, (sum + round) >> shift = (sum * 2^(15 - shift) + 2^14) >> 15.
+template <bool oneSource>
 struct Weigh16 {
+    static constexpr bool kOneSource = oneSource;
     int weights;  // weight1 and weight2, a byte each
     int factor;   // 2^(15 - shift)
     int offset;
@@ -114,7 +133,7 @@ struct Weigh16 {
         if (!isByte(twice1) || !isByte(twice2) || shift > 14) return false;
         if (w.offset < -32768 || w.offset > 32767) return false;
         const int w1 = static_cast<int>(twice1), w2 = static_cast<int>(twice2);
-        const int most = (w1 > 0 ? w1 : 0) + (w2 > 0 ? w2 : 0), least = (w1 < 0 ? w1 : 0) + (w2 < 0 ? w2 : 0);
+        const int most = (w1 > 0 ? w1 : 0) + (w2 > 0 ? w2 : 0), least = w1 + w2 - most;
         if (most > 128 || least < -128) return false;  // 255 * 128 = 32640
         result = {(w1 & 255) | w2 * 256, 1 << (15 - shift), static_cast<int>(w.offset)};
         return true;
@@ -123,6 +142,7 @@ struct Weigh16 {
 
 // Sums in 32 bits, of samples of at most 14 bits.
 struct Weigh32 {
+    static constexpr bool kOneSource = false;
     int weights;  // 16 bits each
     int round, shift, offset;
     int maxSample;
@@ -159,27 +179,21 @@ struct Weigh32 {
     }
 };
 
-// The column x of a block alone.
 template <class T>
-auto weightColumn(Block<T> src1, Block<T> src2, MutableBlock<T> dst, int height, const Weighting& w, int maxSample) {
-    return [=](int x) {
-        plain::weightTwo(fromColumn(src1, x), fromColumn(src2, x), fromColumn(dst, x), {1, height}, w, maxSample);
-    };
-}
-template <class T>
-[[gnu::noinline]] void weightTwoWide(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
-                                     const Weighting& w, int maxSample) {
+[[gnu::noinline]] void weightAnyWidth(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
+                                      const Weighting& w, int maxSample) {
     Weigh32 wide;
     if (!Weigh32::fits(w, maxSample, wide)) return plain::weightTwo(src1, src2, dst, size, w, maxSample);
-    tileBlock(src1, src2, dst, size, wide, weightColumn(src1, src2, dst, size.height, w, maxSample));
+    if (tileColumns(src1, src2, dst, size, wide) > 0)
+        plain::weightTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
+                         {1, size.height}, w, maxSample);
 }
-template <class T>
+template <class T, bool oneSource = false>
 [[gnu::always_inline]] inline void weightTwo(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
                                              const Weighting& w, int maxSample) {
     if constexpr (sizeof(T) == 1)
-        if (Weigh16 narrow; Weigh16::fits(w, narrow)) [[likely]]
-            return tileBlock(src1, src2, dst, size, narrow, weightColumn(src1, src2, dst, size.height, w, maxSample));
-    weightTwoWide(src1, src2, dst, size, w, maxSample);
+        if (Weigh16<oneSource> narrow; narrow.fits(w, narrow) && tileBlock(src1, src2, dst, size, narrow)) return;
+    weightAnyWidth(src1, src2, dst, size, w, maxSample);
 }
 
 // One prediction is two halves of itself: a weight of 128 has room in two bytes.
@@ -187,7 +201,7 @@ template <class T>
 [[gnu::always_inline]] inline void weightOne(Block<T> src, MutableBlock<T> dst, VekiSize size, const Weighting& w,
                                              int maxSample) {
     const std::int64_t half = w.weight1 >> 1;
-    weightTwo(src, src, dst, size, {half, w.weight1 - half, w.round, w.shift, w.offset}, maxSample);
+    weightTwo<T, true>(src, src, dst, size, {half, w.weight1 - half, w.round, w.shift, w.offset}, maxSample);
 }
 
 }  // namespace vekvc::simd
