@@ -633,6 +633,12 @@ template <int N>
 VEKVC_SIMD_INLINE Vec<std::uint16_t, 2 * N> narrowU16(Vec<std::int32_t, N> a, Vec<std::int32_t, N> b) {
     VEKVC_BOTH(a, b, packus_epi32)
 }
+// The same with wrap-around: the low 16 bits of each lane.
+template <int N>
+VEKVC_SIMD_INLINE Vec<std::int16_t, 2 * N> narrowWrap(Vec<std::int32_t, N> a, Vec<std::int32_t, N> b) {
+    const Vec<std::int32_t, N> low = splat<Vec<std::int32_t, N>>(0xFFFF);
+    return as<Vec<std::int16_t, 2 * N>>(narrowU16(a & low, b & low));
+}
 
 // ---- sums and searches
 
