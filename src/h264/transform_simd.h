@@ -376,9 +376,8 @@ inline void inverseLumaDC(Vek16s* pSrcDst, int qp, int levelScale) {
     const int right = rightShift(qp / 6, 6);
     storeRows(pSrcDst, transposed(Rows<i16x8>{scaled(f.top, m, right), scaled(f.bottom, m, right)}));
 }
-inline void inverseLumaDC(Vek32s* pSrcDst, int qp, int levelScale) {
-    i32x4 w[4];
-    for (int i = 0; i < 4; ++i) w[i] = load<i32x4>(pSrcDst + 4 * i);
+// Both dimensions, on 32-bit values.
+VEKVC_SIMD_INLINE void hadamard4(i32x4 (&w)[4]) {
     for (int dimension = 0; dimension < 2; ++dimension) {
         transpose4x4(w[0], w[1], w[2], w[3]);
         const i32x4 a = w[0] + w[1], b = w[2] + w[3], c = w[0] - w[1], d = w[2] - w[3];
@@ -387,33 +386,51 @@ inline void inverseLumaDC(Vek32s* pSrcDst, int qp, int levelScale) {
         w[2] = c - d;
         w[3] = c + d;
     }
+}
+
+inline void inverseLumaDC(Vek32s* pSrcDst, int qp, int levelScale) {
+    i32x4 w[4];
+    for (int i = 0; i < 4; ++i) w[i] = load<i32x4>(pSrcDst + 4 * i);
+    hadamard4(w);
     const i32x4 m = multiplier(splat<i32x4>(levelScale), qp / 6, 6);
     for (int i = 0; i < 4; ++i) store(pSrcDst + 4 * i, scaled32(w[i], m, rightShift(qp / 6, 6)));
 }
 
+// The Hadamard transforms of chroma DC blocks, with wrap-around.
 template <class C>
-void inverseChromaDC2x2(C* pSrcDst, int qp, int levelScale) {
-    const Values<4, C> c = plain::loadValues<4>(pSrcDst);
+Values<4, C> hadamard(const Values<4, C>& c) {
     const Vek32s s01 = wrapAdd(c[0], c[1]), d01 = wrapSub(c[0], c[1]);
     const Vek32s s23 = wrapAdd(c[2], c[3]), d23 = wrapSub(c[2], c[3]);
-    const auto scale = [&](Vek32s f) {
-        return static_cast<C>(wrapShl(wrapMul(static_cast<C>(f), levelScale), qp / 6) >> 5);
-    };
-    store(pSrcDst, Values<4, C>{{scale(wrapAdd(s01, s23)), scale(wrapAdd(d01, d23)), scale(wrapSub(s01, s23)),
-                                 scale(wrapSub(d01, d23))}});
+    return {{static_cast<C>(wrapAdd(s01, s23)), static_cast<C>(wrapAdd(d01, d23)), static_cast<C>(wrapSub(s01, s23)),
+             static_cast<C>(wrapSub(d01, d23))}};
 }
-
 template <class C>
-void inverseChromaDC2x4(C* pSrcDst, int qpDC, int levelScale) {
-    const Values<8, C> c = plain::loadValues<8>(pSrcDst);
+Values<8, C> hadamard(const Values<8, C>& c) {
     Values<8, C> f;
     for (int j = 0; j < 2; ++j) {
         Vek32s v[4];
         for (int i = 0; i < 4; ++i) v[i] = j == 0 ? wrapAdd(c[2 * i], c[2 * i + 1]) : wrapSub(c[2 * i], c[2 * i + 1]);
         const Vek32s a = wrapAdd(v[0], v[1]), b = wrapAdd(v[2], v[3]), s = wrapSub(v[0], v[1]), t = wrapSub(v[2], v[3]);
-        const Vek32s rows[4] = {wrapAdd(a, b), wrapSub(a, b), wrapSub(s, t), wrapAdd(s, t)};
-        for (int i = 0; i < 4; ++i) f[2 * i + j] = plain::scaled(static_cast<C>(rows[i]), levelScale, qpDC / 6, 6);
+        f[j] = static_cast<C>(wrapAdd(a, b));
+        f[2 + j] = static_cast<C>(wrapSub(a, b));
+        f[4 + j] = static_cast<C>(wrapSub(s, t));
+        f[6 + j] = static_cast<C>(wrapAdd(s, t));
     }
+    return f;
+}
+
+template <class C>
+void inverseChromaDC2x2(C* pSrcDst, int qp, int levelScale) {
+    Values<4, C> f = hadamard(plain::loadValues<4>(pSrcDst));
+    const int left = qp / 6;
+    for (C& x : f) x = static_cast<C>(wrapShl(wrapMul(x, levelScale), left) >> 5);
+    store(pSrcDst, f);
+}
+
+template <class C>
+void inverseChromaDC2x4(C* pSrcDst, int qpDC, int levelScale) {
+    Values<8, C> f = hadamard(plain::loadValues<8>(pSrcDst));
+    for (C& x : f) x = plain::scaled(x, levelScale, qpDC / 6, 6);
     store(pSrcDst, f);
 }
 
