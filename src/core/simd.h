@@ -204,6 +204,13 @@ VEKVC_SIMD_INLINE V splat(std::int64_t x) {
 #endif
 #undef VEKVC_SPLAT
 }
+// Every lane the value at p.
+template <class V>
+VEKVC_SIMD_INLINE V splatFrom(const void* p) {
+    typename V::Lane value;
+    std::memcpy(&value, p, sizeof value);
+    return splat<V>(value);
+}
 // The given lanes, first at the lowest address.
 template <class V, class... X>
 VEKVC_SIMD_INLINE V lanes(X... x) {

@@ -51,11 +51,9 @@ inline bool predictIntra4x4(MutableBlock<Vek8u> block, int mode, Vek32u availabl
             for (int y = 0; y < 4; ++y) putRow4(block, y, row);
             return lacking;
         }
-        case horizontal: {
-            const Vek32u column = leftColumn();
-            for (int y = 0; y < 4; ++y) putRow4(block, y, fourTimes(static_cast<int>(column >> 8 * y & 255)));
+        case horizontal:
+            for (int y = 0; y < 4; ++y) putRow4(block, y, fourTimes(available & left ? block(-1, y) : 128));
             return lacking;
-        }
         case dc: {
             const Vek32u both = available & (above | left);
             int value = 128;
@@ -287,10 +285,10 @@ struct SampleRow {
         r.part[0] = loadBytes < u8x16, bytes == 8 ? 8 : 16 > (p);
         return r;
     }
-    static SampleRow all(int sample) {
+    static SampleRow allLike(const P* p) {
         using V = std::conditional_t<sizeof(P) == 1, u8x16, u16x8>;
         SampleRow r;
-        for (u8x16& v : r.part) v = as<u8x16>(splat<V>(sample));
+        for (u8x16& v : r.part) v = as<u8x16>(splatFrom<V>(p));
         return r;
     }
     void write(P* p) const {
@@ -307,7 +305,7 @@ void predictVertical(MutableBlock<P> block) {
 
 template <int width, int height, class P>
 void predictHorizontal(MutableBlock<P> block) {
-    for (int y = 0; y < height; ++y) SampleRow<width, P>::all(block(-1, y)).write(block.at(0, y));
+    for (int y = 0; y < height; ++y) SampleRow<width, P>::allLike(block.at(-1, y)).write(block.at(0, y));
 }
 
 // 8-bit samples. Every value stays within 16 bits: |b| and |c| are at most 1354 with 4 columns or rows from the middle,
@@ -316,8 +314,11 @@ template <int width, int height>
 void predictPlane(MutableBlock<Vek8u> block, int) {
     constexpr int xMiddle = width / 2 - 1, yMiddle = height / 2 - 1;
     const auto weighted = [](int n, auto sample) {
-        int sum = 0;
-        for (int k = 0; k < n / 2; ++k) sum += (k + 1) * (sample(n / 2 + k) - sample(n / 2 - 2 - k));
+        int sum = 0, outer = 0;  // a difference joins `sum` once for each step towards the middle
+        for (int k = n / 2 - 1; k >= 0; --k) {
+            outer += sample(n / 2 + k) - sample(n / 2 - 2 - k);
+            sum += outer;
+        }
         return ((n == 16 ? 5 : 34) * sum + 32) >> 6;
     };
     int b;
@@ -337,13 +338,10 @@ void predictPlane(MutableBlock<Vek8u> block, int) {
     i16x8 row = slope + splat<i16x8>(a - b * xMiddle - c * yMiddle + 16);
     if constexpr (width == 16) {
 #if VEKVC_VECTOR256
-        i16x16 both = join(row, row + splat<i16x8>(8 * b));
-        const i16x16 downBoth = splat<i16x16>(c);
-        for (int y = 0; y < height; y += 2) {
-            const i16x16 lower = both + downBoth;
-            storePair16(block.at(0, y), block.at(0, y + 1), swapMiddleQuarters(narrowU8(both >> 5, lower >> 5)));
-            both = lower + downBoth;
-        }
+        i16x16 near = join(row, row + down), far = near + splat<i16x16>(8 * b);  // two rows, columns 0 to 7 and 8 to 15
+        const i16x16 downTwo = splat<i16x16>(2 * c);
+        for (int y = 0; y < height; y += 2, near += downTwo, far += downTwo)
+            storePair16(block.at(0, y), block.at(0, y + 1), narrowU8(near >> 5, far >> 5));
 #else
         const i16x8 right = splat<i16x8>(8 * b);
         for (int y = 0; y < height; ++y, row += down) store(block.at(0, y), narrowU8(row >> 5, (row + right) >> 5));
@@ -397,7 +395,8 @@ void predictIntra16x16(MutableBlock<P> block, h264::Intra16x16Mode mode, Vek32u 
         value = (sumAbove<16>(block, 0) + 8) >> 4;
     else if (hasLeft)
         value = (sumLeft<16>(block, 0) + 8) >> 4;
-    const auto row = SampleRow<16, P>::all(value);
+    const P sample = static_cast<P>(value);
+    const auto row = SampleRow<16, P>::allLike(&sample);
     for (int y = 0; y < 16; ++y) row.write(block.at(0, y));
 }
 

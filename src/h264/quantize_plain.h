@@ -13,7 +13,9 @@ struct QuantRounding {
 };
 
 // f = floor(2^qbits / 3) for intra, floor(2^qbits / 6) for inter.
-constexpr QuantRounding quantRounding(int qbits, bool isIntra) { return {qbits, (1 << qbits) / (isIntra ? 3 : 6)}; }
+constexpr QuantRounding quantRounding(int qbits, bool isIntra) {
+    return {qbits, isIntra ? (1 << qbits) / 3 : (1 << qbits) / 6};
+}
 
 // sign(c) * ((|c| * multiplier + f) >> qbits), the sum in 32 bits.
 inline Vek32s quantized(Vek32s c, Vek32s multiplier, QuantRounding rounding) {

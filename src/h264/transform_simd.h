@@ -69,13 +69,23 @@ VEKVC_SIMD_INLINE Rows<V> swapBottom(Rows<V> r) {
     return {r.top, swapHalves(r.bottom)};
 }
 
-// The residual of scaled coefficients; its bottom is row 3, row 2.
+// Scaled coefficients to the residual before its rounding; the bottom is row 3, row 2.
 template <class V>
 VEKVC_SIMD_INLINE Rows<V> inverse4x4(Rows<V> w) {
     w = inverse4(transposed(w));
-    w = inverse4(transposed(swapBottom(w)));
-    const V half = splat<V>(32);
-    return {sum(w.top, half) >> 6, sum(w.bottom, half) >> 6};
+    return inverse4(transposed(swapBottom(w)));
+}
+
+// (x + 32) >> 6, the sum limited to 16 bits.
+template <class V>
+VEKVC_SIMD_INLINE V rounded(V x) {
+    return addSat(x, splat<V>(32)) >> 6;
+}
+// The same where the result is added to 8-bit samples: without the limit it is at most 512 instead of 511, and either
+// makes any sample 255.
+template <class V>
+VEKVC_SIMD_INLINE V roundedForSamples(V x) {
+    return mulHighRound(x, splat<V>(512));
 }
 
 // Scaling of 16-bit values: the low 16 bits of c * multiplier, or of (c * multiplier + 2^(right - 1)) >> right.
@@ -113,20 +123,13 @@ VEKVC_SIMD_INLINE Scaler<i16x8> makeScaler(const Vek16s* pLevelScale, int qp) {
 
 // ---- adding to 8-bit samples
 
-// Four rows of four samples in one vector, and back.
+// Four rows of four samples in one vector.
 VEKVC_SIMD_INLINE u8x16 loadBlock4x4(Block<Vek8u> b) {
     return joinLow(loadPair4<u8x16>(b.at(0, 0), b.at(0, 1)), loadPair4<u8x16>(b.at(0, 2), b.at(0, 3)));
 }
-VEKVC_SIMD_INLINE void storeBlock4x4(MutableBlock<Vek8u> b, u8x16 rows) {
-    const u32x4 v = as<u32x4>(rows);
-    storeBytes<4>(b.at(0, 0), v);
-    store<Vek32u>(b.at(0, 1), lane<1>(v));
-    store<Vek32u>(b.at(0, 2), lane<2>(v));
-    store<Vek32u>(b.at(0, 3), lane<3>(v));
-}
-
-// Adds a residual whose bottom is row 3, row 2.
+// Adds a residual before its rounding, the bottom being row 3, row 2.
 VEKVC_SIMD_INLINE void addRows(Rows<i16x8> r, Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
+    r = {roundedForSamples(r.top), roundedForSamples(r.bottom)};
     const u8x16 top = loadPair4<u8x16>(pred.at(0, 0), pred.at(0, 1));
     const u8x16 bottom = loadPair4<u8x16>(pred.at(0, 3), pred.at(0, 2));
     const u32x4 rows = as<u32x4>(narrowU8(addSat(r.top, widenLow(top)), addSat(r.bottom, widenLow(bottom))));
@@ -134,15 +137,6 @@ VEKVC_SIMD_INLINE void addRows(Rows<i16x8> r, Block<Vek8u> pred, MutableBlock<Ve
     store<Vek32u>(dst.at(0, 1), lane<1>(rows));
     store<Vek32u>(dst.at(0, 3), lane<2>(rows));
     store<Vek32u>(dst.at(0, 2), lane<3>(rows));
-}
-
-// (d + 32) >> 6 of a DC that stands alone.
-inline int dcResidual(Vek16s d) { return saturate16(d + 32) >> 6; }
-inline int dcResidual(Vek32s d) { return wrapAdd(d, 32) >> 6; }
-
-VEKVC_SIMD_INLINE void addDC4x4(int r, Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
-    const u8x16 up = splat<u8x16>(clip255(r)), down = splat<u8x16>(clip255(-r));
-    storeBlock4x4(dst, subSat(addSat(loadBlock4x4(pred), up), down));
 }
 
 // ---- 4x4 blocks of 32-bit values
@@ -199,7 +193,8 @@ VEKVC_SIMD_INLINE void addRows(const i32x4 (&r)[4], Block<Vek16u> pred, MutableB
 // ---- the exports' kernels on single blocks
 
 inline void transformResidual4x4Inv(const Vek16s* pSrc, Vek16s* pDst) {
-    storeRows(pDst, swapBottom(inverse4x4(loadRows(pSrc))));
+    const Rows<i16x8> r = swapBottom(inverse4x4(loadRows(pSrc)));
+    storeRows(pDst, {rounded(r.top), rounded(r.bottom)});
 }
 inline void transformResidual4x4Inv(const Vek32s* pSrc, Vek32s* pDst) {
     i32x4 w[4];
@@ -218,7 +213,8 @@ void transformQuantInvAddPred4x4(Block<P> pred, const C* pCoeffs, const C* pDC, 
     if constexpr (sizeof(C) == 2) {
         if (!hasAC) {
             const Vek16s d = pDC ? load<C>(pDC) : plain::scaled(load<C>(pCoeffs), load<Vek16s>(pLevelScale), qp / 6, 4);
-            return addDC4x4(dcResidual(d), pred, dst);
+            const i16x8 everywhere = splat<i16x8>(d);
+            return addRows(Rows<i16x8>{everywhere, everywhere}, pred, dst);
         }
         const Scaler<i16x8> scaler = makeScaler(pLevelScale, qp);
         Rows<i16x8> w = loadRows(pCoeffs);
@@ -234,7 +230,7 @@ void transformQuantInvAddPred4x4(Block<P> pred, const C* pCoeffs, const C* pDC, 
             inverse4x4(w);
         } else {
             const Vek32s d = pDC ? load<C>(pDC) : plain::scaled(load<C>(pCoeffs), load<Vek16s>(pLevelScale), qp / 6, 4);
-            for (i32x4& row : w) row = splat<i32x4>(dcResidual(d));
+            for (i32x4& row : w) row = splat<i32x4>(wrapAdd(d, 32) >> 6);
         }
         addRows(w, pred, dst, bitDepth);
     }
@@ -271,13 +267,13 @@ VEKVC_SIMD_INLINE void inverse8x8(V (&w)[8]) {
     inverse8(w);
     transpose8x8(w);
     inverse8(w);
-    for (V& row : w) row = sum(row, splat<V>(32)) >> 6;
 }
 
+// Adds a residual before its rounding.
 VEKVC_SIMD_INLINE void addRows(const i16x8 (&r)[8], Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
     for (int y = 0; y < 8; y += 2) {
-        const i16x8 a = addSat(r[y], widenLow(loadBytes<u8x16, 8>(pred.at(0, y))));
-        const i16x8 b = addSat(r[y + 1], widenLow(loadBytes<u8x16, 8>(pred.at(0, y + 1))));
+        const i16x8 a = addSat(roundedForSamples(r[y]), widenLow(loadBytes<u8x16, 8>(pred.at(0, y))));
+        const i16x8 b = addSat(roundedForSamples(r[y + 1]), widenLow(loadBytes<u8x16, 8>(pred.at(0, y + 1))));
         storePair8(dst.at(0, y), dst.at(0, y + 1), narrowU8(a, b));
     }
 }
@@ -288,7 +284,10 @@ struct Rows8 {
     i32x8 w[8];
 
     void put(int y, i32x4 left, i32x4 right) { w[y] = join(left, right); }
-    void inverse() { inverse8x8(w); }
+    void inverse() {
+        inverse8x8(w);
+        for (i32x8& row : w) row = (row + splat<i32x8>(32)) >> 6;
+    }
     u16x8 row(int y, u16x8 pred) const {
         const i32x8 r = w[y] + widen(pred);
         return narrowU16(lowHalf(r), highHalf(r));
@@ -357,8 +356,8 @@ inline void dequantTransformResidual(MutableBlock<Vek16s> block, const Vek16s* p
     w = {scaler.top(w.top), scaler.bottom(w.bottom)};
     if (pDC) w = withDC(w, load<Vek16s>(pDC));
     const Rows<i16x8> r = inverse4x4(w);
-    storePair8(block.at(0, 0), block.at(0, 1), r.top);
-    storePair8(block.at(0, 3), block.at(0, 2), r.bottom);
+    storePair8(block.at(0, 0), block.at(0, 1), rounded(r.top));
+    storePair8(block.at(0, 3), block.at(0, 2), rounded(r.bottom));
 }
 
 // ---- DC blocks
@@ -427,6 +426,16 @@ void inverseChromaDC2x2(C* pSrcDst, int qp, int levelScale) {
     store(pSrcDst, f);
 }
 
+// The same in vectors: each lane's pair of products holds one of the two rows, then the value and its scale.
+inline void inverseChromaDC2x2(Vek16s* pSrcDst, int qp, int levelScale) {
+    const i16x8 c = loadBytes<i16x8, 8>(pSrcDst);
+    const i32x4 f = mulAddPairs(shuffle32<0, 0, 0, 0>(c), lanes<i16x8>(1, 1, 1, -1, 1, 1, 1, -1)) +
+                    mulAddPairs(shuffle32<1, 1, 1, 1>(c), lanes<i16x8>(1, 1, 1, -1, -1, -1, -1, 1));
+    const i32x4 product = mulAddPairs(as<i16x8>(f), as<i16x8>(splat<i32x4>(levelScale & 0xFFFF)));
+    const i32x4 dc = (product << qp / 6) >> 5;
+    storeBytes<8>(pSrcDst, narrowWrap(dc, dc));
+}
+
 template <class C>
 void inverseChromaDC2x4(C* pSrcDst, int qpDC, int levelScale) {
     Values<8, C> f = hadamard(plain::loadValues<8>(pSrcDst));
@@ -441,8 +450,8 @@ VEKVC_SIMD_INLINE Rows<i16x8> forward4(Rows<i16x8> w) {
     const i16x8 w32 = swapHalves(w.bottom);
     const i16x8 s = w.top + w32, d = w.top - w32;       // s03, s12 and d03, d12
     const i16x8 a = joinLow(s, d), b = joinHigh(s, d);  // s03, d03 and s12, d12
-    const i16x8 none = zero<i16x8>();
-    return {a + blend16<0xF0>(none, a) + b, a - b - blend16<0xF0>(none, b)};
+    const i16x8 weights = lanes<i16x8>(1, 1, 1, 1, 2, 2, 2, 2);
+    return {a * weights + b, a - b * weights};
 }
 VEKVC_SIMD_INLINE Rows<i16x8> forward4x4(Rows<i16x8> w) { return forward4(transposed(forward4(transposed(w)))); }
 
