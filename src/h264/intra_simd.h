@@ -12,7 +12,7 @@ namespace vekvc::simd {
 
 // (a + 2 b + c + 2) >> 2: the mean of a and c rounded down, then that with b rounded up.
 VEKVC_SIMD_INLINE u8x16 average3(u8x16 a, u8x16 b, u8x16 c) {
-    return average(average(a, c) - ((a ^ c) & splat<u8x16>(1)), b);
+    return average(average(a, c) - ((a ^ c) & constant<u8x16, 1>()), b);
 }
 
 inline Vek32u fourTimes(int sample) { return static_cast<Vek32u>(sample) * 0x01010101u; }
@@ -105,9 +105,14 @@ inline bool predictIntra4x4(MutableBlock<Vek8u> block, int mode, Vek32u availabl
             break;
     }
     // The line L K J I M A B C D.
+    const auto leftUpwards = [&]() -> std::uint64_t {
+        if (!(available & left)) return missing;
+        return static_cast<Vek32u>(block(-1, 3) | block(-1, 2) << 8 | block(-1, 1) << 16) |
+               static_cast<Vek32u>(block(-1, 0)) << 24;
+    };
     const Vek32u row = aboveRow();
     const std::uint64_t corner = available & aboveLeft ? block(-1, -1) : 128;
-    const std::uint64_t first = __builtin_bswap32(leftColumn()) | corner << 32 | std::uint64_t{row} << 40;
+    const std::uint64_t first = leftUpwards() | corner << 32 | std::uint64_t{row} << 40;
     const std::uint64_t last = row >> 24;
     const u8x16 line = joinLow(loadBytes<u8x16, 8>(&first), loadBytes<u8x16, 8>(&last));
     const u8x16 next = bytesRight<1>(line);
@@ -164,7 +169,7 @@ VEKVC_SIMD_INLINE void putRows8(MutableBlock<Vek8u> b, u8x16 row) {
 
 // The filtered above row and left column (8.3.2.2.1); 128 where they are not available.
 VEKVC_SIMD_INLINE u8x16 filteredAbove(MutableBlock<Vek8u> b, Vek32u available) {
-    if (!(available & h264::above)) return splat<u8x16>(128);
+    if (!(available & h264::above)) return constant<u8x16, 128>();
     u8x16 row;
     if (available & h264::aboveRight)
         row = load<u8x16>(b.at(0, -1));
@@ -172,11 +177,11 @@ VEKVC_SIMD_INLINE u8x16 filteredAbove(MutableBlock<Vek8u> b, Vek32u available) {
         row = shuffleBytes(loadBytes<u8x16, 8>(b.at(0, -1)),
                            lanes<u8x16>(0, 1, 2, 3, 4, 5, 6, 7, 7, 7, 7, 7, 7, 7, 7, 7));
     const u8x16 before = splat<u8x16>(available & h264::aboveLeft ? b(-1, -1) : b(0, -1));
-    const u8x16 last = shuffleBytes(row, splat<u8x16>(15));
+    const u8x16 last = shuffleBytes(row, constant<u8x16, 15>());
     return average3(alignRight<15>(row, before), row, alignRight<1>(last, row));
 }
 VEKVC_SIMD_INLINE u8x16 filteredLeft(MutableBlock<Vek8u> b, Vek32u available) {
-    if (!(available & h264::left)) return splat<u8x16>(128);
+    if (!(available & h264::left)) return constant<u8x16, 128>();
     const std::uint64_t samples = leftColumn8(b, 0);
     const u8x16 column =
         shuffleBytes(loadBytes<u8x16, 8>(&samples), lanes<u8x16>(0, 1, 2, 3, 4, 5, 6, 7, 7, 7, 7, 7, 7, 7, 7, 7));
@@ -223,7 +228,7 @@ inline bool predictIntra8x8(MutableBlock<Vek8u> block, int mode, Vek32u availabl
         case diagonalDownLeft:
         case verticalLeft: {
             const u8x16 line = filteredAbove(block, available);
-            const u8x16 end = shuffleBytes(line, splat<u8x16>(15));
+            const u8x16 end = shuffleBytes(line, constant<u8x16, 15>());
             const u8x16 next = alignRight<1>(end, line);
             const u8x16 mean3 = average3(line, next, alignRight<2>(end, line));
             if (mode == diagonalDownLeft)
@@ -234,7 +239,7 @@ inline bool predictIntra8x8(MutableBlock<Vek8u> block, int mode, Vek32u availabl
         }
         case horizontalUp: {
             const u8x16 line = repeatLast(filteredLeft(block, available));
-            const u8x16 end = shuffleBytes(line, splat<u8x16>(15));
+            const u8x16 end = shuffleBytes(line, constant<u8x16, 15>());
             const u8x16 next = bytesRight<1>(line);
             putWindows<0, 2>(block, interleaveLow(average(line, next), average3(line, next, bytesRight<2>(line))), end);
             return lacking;

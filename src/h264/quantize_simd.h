@@ -40,7 +40,7 @@ class LevelCounter {
         else
 #endif
             last = last_;
-        const auto ones = splat<u16x8>(-1);
+        const auto ones = zero<u16x8>() == zero<u16x8>();
         return {lanes - zeros_, minimum(as<u16x8>(last) ^ ones).value ^ 0xFFFF};
     }
 

@@ -206,6 +206,7 @@ void reconstructInter4x4(C*& coeffs, MutableBlock<P> mb, Vek32u coded, const Sca
     if (s.bypass) return plain::reconstructInter4x4(coeffs, mb, coded, s, bitDepth);
     const BlockAdder<C, P> adder(s, bitDepth);
     C* next = coeffs;  // a copy that stays in a register
+#pragma GCC unroll 8
     for (int k = 0; k < 16; k += 2) {
         const Vek32u pair = coded >> k & 3;
         if (pair == 0) continue;

@@ -79,13 +79,13 @@ VEKVC_SIMD_INLINE Rows<V> inverse4x4(Rows<V> w) {
 // (x + 32) >> 6, the sum limited to 16 bits.
 template <class V>
 VEKVC_SIMD_INLINE V rounded(V x) {
-    return addSat(x, splat<V>(32)) >> 6;
+    return addSat(x, constant<V, 32>()) >> 6;
 }
 // The same where the result is added to 8-bit samples: without the limit it is at most 512 instead of 511, and either
 // makes any sample 255.
 template <class V>
 VEKVC_SIMD_INLINE V roundedForSamples(V x) {
-    return mulHighRound(x, splat<V>(512));
+    return mulHighRound(x, constant<V, 512>());
 }
 
 // Scaling of 16-bit values: the low 16 bits of c * multiplier, or of (c * multiplier + 2^(right - 1)) >> right.
@@ -96,7 +96,7 @@ VEKVC_SIMD_INLINE V scaled(V c, V multiplier, int right) {
     if (right == 0) return low;
     // The rounding adds bit right - 1 of the product to the shifted product.
     const V shifted = mulHigh(c, multiplier) << (16 - right) | as<V>(as<U>(low) >> right);
-    return shifted + (as<V>(as<U>(low) >> (right - 1)) & splat<V>(1));
+    return shifted + (as<V>(as<U>(low) >> (right - 1)) & constant<V, 1>());
 }
 
 // The multiplier and shift of `fraction` (4 or 6, see plain::scaled) for one vector of level scales.
@@ -156,7 +156,7 @@ VEKVC_SIMD_INLINE void inverse4x4(V (&w)[4]) {
     inverse4(w);
     transpose4x4(w[0], w[1], w[2], w[3]);
     inverse4(w);
-    for (V& row : w) row = (row + splat<V>(32)) >> 6;
+    for (V& row : w) row = (row + constant<V, 32>()) >> 6;
 }
 
 template <class V>
@@ -286,7 +286,7 @@ struct Rows8 {
     void put(int y, i32x4 left, i32x4 right) { w[y] = join(left, right); }
     void inverse() {
         inverse8x8(w);
-        for (i32x8& row : w) row = (row + splat<i32x8>(32)) >> 6;
+        for (i32x8& row : w) row = (row + constant<i32x8, 32>()) >> 6;
     }
     u16x8 row(int y, u16x8 pred) const {
         const i32x8 r = w[y] + widen(pred);
@@ -306,8 +306,8 @@ struct Rows8 {
             inverse8(right);
         }
         for (int y = 0; y < 8; ++y) {
-            left[y] = (left[y] + splat<i32x4>(32)) >> 6;
-            right[y] = (right[y] + splat<i32x4>(32)) >> 6;
+            left[y] = (left[y] + constant<i32x4, 32>()) >> 6;
+            right[y] = (right[y] + constant<i32x4, 32>()) >> 6;
         }
     }
     u16x8 row(int y, u16x8 pred) const { return narrowU16(left[y] + widenLow(pred), right[y] + widenHigh(pred)); }
