@@ -112,7 +112,7 @@ inline void dequantTransformResidualSISP(Vek16s* pSrcDst, const Vek16s* pPred, c
     Values<16, Vek16s> c = loadValues<16>(pSrcDst);
     const auto pred = loadValues<16>(pPred);
     for (int k = 0; k < 16; ++k) c[k] = keep<Vek16s>(requantized(c[k], pred[k], k, q, 0));
-    c = scaleBlock4x4(c.data(), pDC, h264::flatLevelScale4x4[q.qs % 6].data(), q.qs, true);
+    c = scaleBlock4x4<Vek16s>(c.data(), pDC, nullptr, q.qs, true);
     inverse4x4(c);
     store(pSrcDst, c);
 }

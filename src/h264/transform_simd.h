@@ -116,9 +116,11 @@ struct Scaler {
     V bottom(V c) const { return scaled(c, multipliers.bottom, right); }
 };
 
+// A null pLevelScale stands for flat scaling.
 VEKVC_SIMD_INLINE Scaler<i16x8> makeScaler(const Vek16s* pLevelScale, int qp) {
-    return {{multiplier(load<i16x8>(pLevelScale), qp / 6, 4), multiplier(load<i16x8>(pLevelScale + 8), qp / 6, 4)},
-            rightShift(qp / 6, 4)};
+    if (!pLevelScale) return {loadRows(h264::flatMultipliers4x4[qp].data()), 0};
+    const Rows<i16x8> scale = loadRows(pLevelScale);
+    return {{multiplier(scale.top, qp / 6, 4), multiplier(scale.bottom, qp / 6, 4)}, rightShift(qp / 6, 4)};
 }
 
 // ---- adding to 8-bit samples
@@ -177,6 +179,7 @@ struct Scaler32 {
 };
 VEKVC_SIMD_INLINE Scaler32<i32x4> makeScaler32(const Vek16s* pLevelScale, int qp) {
     Scaler32<i32x4> s{{}, rightShift(qp / 6, 4)};
+    pLevelScale = plain::levelScaleOrFlat(pLevelScale, qp);
     for (int i = 0; i < 4; ++i) s.multipliers[i] = multiplier(loadWide4(pLevelScale + 4 * i), qp / 6, 4);
     return s;
 }
@@ -210,17 +213,25 @@ VEKVC_SIMD_INLINE Rows<i16x8> withDC(Rows<i16x8> w, Vek16s dc) {
 template <class C, class P>
 void transformQuantInvAddPred4x4(Block<P> pred, const C* pCoeffs, const C* pDC, MutableBlock<P> dst, int qp, bool hasAC,
                                  const Vek16s* pLevelScale, int bitDepth) {
+    const auto dc = [&] {
+        if (pDC) return load<C>(pDC);
+        return plain::scaled(load<C>(pCoeffs), load<Vek16s>(plain::levelScaleOrFlat(pLevelScale, qp)), qp / 6, 4);
+    };
     if constexpr (sizeof(C) == 2) {
         if (!hasAC) {
-            const Vek16s d = pDC ? load<C>(pDC) : plain::scaled(load<C>(pCoeffs), load<Vek16s>(pLevelScale), qp / 6, 4);
-            const i16x8 everywhere = splat<i16x8>(d);
+            const i16x8 everywhere = splat<i16x8>(dc());
             return addRows(Rows<i16x8>{everywhere, everywhere}, pred, dst);
         }
-        const Scaler<i16x8> scaler = makeScaler(pLevelScale, qp);
-        Rows<i16x8> w = loadRows(pCoeffs);
-        w = {scaler.top(w.top), scaler.bottom(w.bottom)};
-        if (pDC) w = withDC(w, load<C>(pDC));
-        addRows(inverse4x4(w), pred, dst);
+        const auto add = [&](Scaler<i16x8> scaler) {
+            Rows<i16x8> w = loadRows(pCoeffs);
+            w = {scaler.top(w.top), scaler.bottom(w.bottom)};
+            if (pDC) w = withDC(w, load<C>(pDC));
+            addRows(inverse4x4(w), pred, dst);
+        };
+        if (pLevelScale)
+            add(makeScaler(pLevelScale, qp));
+        else
+            add(makeScaler(nullptr, qp));  // a product and nothing else
     } else {
         i32x4 w[4];
         if (hasAC) {
@@ -229,8 +240,7 @@ void transformQuantInvAddPred4x4(Block<P> pred, const C* pCoeffs, const C* pDC, 
             if (pDC) w[0] = blend16<3>(w[0], loadBytes<i32x4, 4>(pDC));
             inverse4x4(w);
         } else {
-            const Vek32s d = pDC ? load<C>(pDC) : plain::scaled(load<C>(pCoeffs), load<Vek16s>(pLevelScale), qp / 6, 4);
-            for (i32x4& row : w) row = splat<i32x4>(wrapAdd(d, 32) >> 6);
+            for (i32x4& row : w) row = splat<i32x4>(wrapAdd(dc(), 32) >> 6);
         }
         addRows(w, pred, dst, bitDepth);
     }
@@ -347,7 +357,7 @@ inline void scaleBlock8x8(Vek32s* pSrcDst, const Vek16s* pLevelScale, int qpDiv6
 }
 
 inline void dequantTransformResidual(MutableBlock<Vek16s> block, const Vek16s* pDC, int qp, bool hasAC) {
-    const Scaler<i16x8> scaler = makeScaler(h264::flatLevelScale4x4[qp % 6].data(), qp);
+    const Scaler<i16x8> scaler = makeScaler(nullptr, qp);
     Rows<i16x8> w{zero<i16x8>(), zero<i16x8>()};
     if (hasAC)
         w = {loadPair8<i16x8>(block.at(0, 0), block.at(0, 1)), loadPair8<i16x8>(block.at(0, 2), block.at(0, 3))};
