@@ -204,8 +204,8 @@ VEKVC_SIMD_INLINE V splat(std::int64_t x) {
 #endif
 #undef VEKVC_SPLAT
 }
-// The same for a value that is known when the code is compiled, always loaded from memory: GCC 12 builds splats in three
-// instructions through a general register, which short kernels feel. Weak, so that no compiler looks at the content.
+// The same for a value that is known when the code is compiled, loaded from memory: GCC 12 builds such splats in three
+// instructions through a general register, which short kernels feel. It does not see what the pointer points at.
 template <class T>
 struct alignas(32) Filled {
     T lane[32 / sizeof(T)];
@@ -215,15 +215,13 @@ struct alignas(32) Filled {
     }
 };
 template <class T, T x>
-struct FilledWith {
-    [[gnu::weak]] static const Filled<T> value;
-};
-template <class T, T x>
-constinit const Filled<T> FilledWith<T, x>::value{x};
+inline constexpr Filled<T> kFilled{x};
 template <class V, std::int64_t x>
 VEKVC_SIMD_INLINE V constant() {
     using T = typename V::Lane;
-    return load<V>(FilledWith<T, static_cast<T>(x)>::value.lane);
+    const T* p = kFilled<T, static_cast<T>(x)>.lane;
+    asm("" : "+r"(p));
+    return load<V>(p);
 }
 // Every lane the value at p.
 template <class V>

@@ -381,7 +381,8 @@ int sumLeft(MutableBlock<P> block, int y) {
 }
 
 template <class P>
-void predictIntra16x16(MutableBlock<P> block, h264::Intra16x16Mode mode, Vek32u available, int bitDepth) {
+VEKVC_SIMD_INLINE void predictIntra16x16(MutableBlock<P> block, h264::Intra16x16Mode mode, Vek32u available,
+                                         int bitDepth) {
     switch (mode) {
         case h264::Intra16x16Mode::vertical:
             return predictVertical<16, 16>(block);
@@ -406,7 +407,8 @@ void predictIntra16x16(MutableBlock<P> block, h264::Intra16x16Mode mode, Vek32u 
 }
 
 template <int height, class P>
-void predictIntraChroma(MutableBlock<P> block, h264::ChromaMode mode, Vek32u available, int bitDepth) {
+VEKVC_SIMD_INLINE void predictIntraChroma(MutableBlock<P> block, h264::ChromaMode mode, Vek32u available,
+                                          int bitDepth) {
     switch (mode) {
         case h264::ChromaMode::vertical:
             return predictVertical<8, height>(block);
@@ -420,7 +422,18 @@ void predictIntraChroma(MutableBlock<P> block, h264::ChromaMode mode, Vek32u ava
     // 8.3.4.1 to 8.3.4.3: where one edge is preferred, the other stands in if it is missing.
     const int missing = 1 << (bitDepth - 1);
     const bool hasAbove = available & h264::above;
-    const int above0 = hasAbove ? sumAbove<4>(block, 0) : 0, above1 = hasAbove ? sumAbove<4>(block, 4) : 0;
+    int above0 = 0, above1 = 0;
+    if (hasAbove) {
+        if constexpr (sizeof(P) == 1) {
+            const u8x16 row = loadBytes<u8x16, 8>(block.at(0, -1));
+            const u64x2 sums = sumAbsDiff(as<u8x16>(interleaveLow(as<u32x4>(row), zero<u32x4>())), zero<u8x16>());
+            above0 = lane<0>(as<i32x4>(sums));
+            above1 = lane<2>(as<i32x4>(sums));
+        } else {
+            above0 = sumAbove<4>(block, 0);
+            above1 = sumAbove<4>(block, 4);
+        }
+    }
     const auto one = [](int sum) { return (sum + 2) >> 2; };
     for (int y = 0; y < height; y += 4) {
         const bool hasLeft = available & (y < height / 2 ? h264::left : h264::leftLower);
