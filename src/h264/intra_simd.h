@@ -28,6 +28,72 @@ VEKVC_SIMD_INLINE std::uint64_t leftColumn8(MutableBlock<Vek8u> b, int y) {
 
 inline int sumOf4(Vek32u samples) { return sumLanes(sumAbsDiff(loadBytes<u8x16, 4>(&samples), zero<u8x16>())); }
 
+// ---- n x n blocks of 16-bit samples
+
+// Rows 0, step .. of a block: windows of n samples on `sequence`, the first at `first`, the others `stride` apart.
+template <int n>
+VEKVC_SIMD_INLINE void putWindows(MutableBlock<Vek16u> b, const Vek16u* sequence, int first, int stride, int y0 = 0,
+                                  int step = 1) {
+    for (int y = y0; y < n; y += step, first += stride)
+        storeBytes<2 * n>(b.at(0, y), loadBytes<u16x8, 2 * n>(sequence + first));
+}
+
+template <int n>
+void putDirectional(const plain::Reference<n>& p, int mode, Vek32u available, int missing, MutableBlock<Vek16u> block) {
+    using namespace h264;
+    if (mode == dc || mode == horizontal) {
+        for (int y = 0; y < n; ++y)
+            storeBytes<2 * n>(block.at(0, y),
+                              splat<u16x8>(mode == dc ? plain::dcValue(p, available, missing) : p.left(y)));
+        return;
+    }
+    // The line of reference samples, its last one repeated; sample k of Reference::line is line[n + k]. mean2[i] is the
+    // mean of line[i] and its successor, mean3[i] that of line[i .. i + 2].
+    constexpr int length = 3 * n + 1, room = (length + 7) / 8 * 8;
+    Vek16u line[room + 8], mean2[room], mean3[room], sequence[3 * n];
+    for (int i = 0; i < room + 8; ++i) line[i] = static_cast<Vek16u>(p.samples[i < length ? i : length - 1]);
+    for (int i = 0; i < room; i += 8) {
+        const u16x8 a = load<u16x8>(line + i), b = load<u16x8>(line + i + 1), c = load<u16x8>(line + i + 2);
+        store(mean2 + i, average(a, b));
+        store(mean3 + i, average(average(a, c) - ((a ^ c) & constant<u16x8, 1>()), b));
+    }
+    switch (mode) {
+        case vertical:
+            return putWindows<n>(block, line, n + 1, 0);
+        case diagonalDownLeft:
+            return putWindows<n>(block, mean3, n + 1, 1);
+        case diagonalDownRight:
+            return putWindows<n>(block, mean3, n - 1, -1);
+        case verticalLeft:
+            putWindows<n>(block, mean2, n + 1, 1, 0, 2);
+            return putWindows<n>(block, mean3, n + 1, 1, 1, 2);
+        case verticalRight:
+            // Left of the means along the above row come every other mean along the left column.
+            for (const int odd : {0, 1}) {
+                constexpr int more = n / 2 - 1;
+                for (int i = 0; i < more; ++i) sequence[i] = mean3[2 * i + 2 - odd];
+                for (int x = 0; x < n; ++x) sequence[more + x] = odd ? mean3[n - 1 + x] : mean2[n + x];
+                putWindows<n>(block, sequence, more, -1, odd, 2);
+            }
+            return;
+        case horizontalDown:
+            for (int i = 0; i < n; ++i) {
+                sequence[2 * i] = mean2[i];
+                sequence[2 * i + 1] = mean3[i];
+            }
+            for (int x = 0; x < n; ++x) sequence[2 * n + x] = mean3[n + x];
+            return putWindows<n>(block, sequence, 2 * n - 2, -2);
+        default:  // horizontalUp
+            for (int i = 0; i < n - 1; ++i) {
+                sequence[2 * i] = mean2[n - 2 - i];
+                sequence[2 * i + 1] =
+                    i < n - 2 ? mean3[n - 3 - i] : static_cast<Vek16u>((line[1] + 3 * line[0] + 2) >> 2);
+            }
+            for (int i = 2 * n - 2; i < 3 * n; ++i) sequence[i] = line[0];
+            return putWindows<n>(block, sequence, 0, 2);
+    }
+}
+
 // ---- 4x4
 
 VEKVC_SIMD_INLINE void putRow4(MutableBlock<Vek8u> b, int y, std::uint64_t row) {
@@ -137,7 +203,9 @@ inline bool predictIntra4x4(MutableBlock<Vek8u> block, int mode, Vek32u availabl
 }
 
 inline bool predictIntra4x4(MutableBlock<Vek16u> block, int mode, Vek32u available, int bitDepth) {
-    return plain::predictIntra4x4(block, mode, available, bitDepth);
+    const int missing = 1 << (bitDepth - 1);
+    putDirectional(plain::readReference<4>(block, mode, available, missing), mode, available, missing, block);
+    return (h264::neededNeighbours[mode] & ~available) != 0;
 }
 
 // ---- 8x8
@@ -273,7 +341,9 @@ inline bool predictIntra8x8(MutableBlock<Vek8u> block, int mode, Vek32u availabl
 }
 
 inline bool predictIntra8x8(MutableBlock<Vek16u> block, int mode, Vek32u available, int bitDepth) {
-    return plain::predictIntra8x8(block, mode, available, bitDepth);
+    const int missing = 1 << (bitDepth - 1);
+    putDirectional(plain::filteredReference(block, mode, available, missing), mode, available, missing, block);
+    return (h264::neededNeighbours[mode] & ~available) != 0;
 }
 
 // ---- 16x16 and chroma
