@@ -1,6 +1,6 @@
 // The benchmark: core cycles per call of every export in every variant, and how many times faster than px.
 //
-//     vekvc_bench [--csv] [WORD ...]        only rows whose name contains one of the words
+//     vekvc_bench [--version] [--csv] [WORD ...]        only rows whose name contains one of the words
 //
 // Each row draws 64 different calls from the catalogue (operands on ordinary positive steps, random content and modes)
 // and times rounds over all of them; the number is the lower quartile of the rounds, variants taking turns, less the
@@ -103,8 +103,13 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--csv") == 0)
             csv = true;
-        else if (argv[i][0] == '-') {
-            std::fprintf(stderr, "usage: %s [--csv] [WORD ...]\n", argv[0]);
+        else if (std::strcmp(argv[i], "--version") == 0) {
+            const VekLibraryVersion* v = vekvcGetLibVersion();
+            std::printf("%s, version %s; the loader chose it by the name libvekvc.so.6\n", v->libraryName,
+                        v->versionText);
+            return 0;
+        } else if (argv[i][0] == '-') {
+            std::fprintf(stderr, "usage: %s [--version] [--csv] [WORD ...]\n", argv[0]);
             return 2;
         } else
             words.emplace_back(argv[i]);

@@ -1,1 +1,38 @@
-# filled in with the install step
+# Installation: headers, libraries, the links that the loader follows, and the packages for CMake and pkg-config.
+include(CMakePackageConfigHelpers)
+
+set(vekvc_installed_targets vekcore vekvc-${vekvc_default})
+foreach(code ${vekvc_variants})
+  if(NOT code STREQUAL "px" AND NOT code STREQUAL vekvc_default)
+    list(APPEND vekvc_installed_targets vekvc-${code})
+  endif()
+endforeach()
+if(VEKVC_STATIC_VARIANT)
+  list(APPEND vekvc_installed_targets vekvc_static)
+endif()
+
+install(TARGETS ${vekvc_installed_targets}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+# libvekvc.so -> libvekvc.so.6 -> the default variant, and the better ones where the loader looks for them.
+install(FILES ${lib}/libvekvc.so.6 ${lib}/libvekvc.so DESTINATION ${CMAKE_INSTALL_LIBDIR})
+foreach(code ${vekvc_variants})
+  if(NOT code STREQUAL vekvc_default AND DEFINED vekvc_arch_${code})
+    install(FILES ${lib}/glibc-hwcaps/${vekvc_arch_${code}}/libvekvc.so.6
+      DESTINATION ${CMAKE_INSTALL_LIBDIR}/glibc-hwcaps/${vekvc_arch_${code}})
+  endif()
+endforeach()
+
+configure_package_config_file(cmake/vekvc-config.cmake.in ${PROJECT_BINARY_DIR}/vekvc-config.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekvc-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/vekvc-config.cmake ${PROJECT_BINARY_DIR}/vekvc-config-version.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc)
+
+# Relative to the .pc file, so that an installed tree can be moved.
+file(RELATIVE_PATH vekvc_pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+foreach(package vekvc vekcore)
+  configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

@@ -10,7 +10,8 @@ namespace vekvc {
 // The word form: the next bit is bit `offset` (31 down to 0) of the native 32-bit word at `word`.
 class WordReader {
   public:
-    WordReader(Vek32u* const* ppBitStream, const Vek32s* pBitOffset) : word_(*ppBitStream), offset_(*pBitOffset) {}
+    WordReader(Vek32u* const* ppBitStream, const Vek32s* pBitOffset)
+        : word_(load<Vek32u*>(ppBitStream)), offset_(load<Vek32s>(pBitOffset)) {}
 
     // The next n bits (0 to 32), the first one most significant, without moving on. Touches the next word only if the
     // bits reach into it.
@@ -44,8 +45,8 @@ class WordReader {
     }
 
     void commit(Vek32u** ppBitStream, Vek32s* pBitOffset) const {
-        *ppBitStream = word_;
-        *pBitOffset = offset_;
+        store(ppBitStream, word_);
+        store(pBitOffset, offset_);
     }
 
   private:
@@ -56,11 +57,83 @@ class WordReader {
     Vek32s offset_;
 };
 
+// The word form for fast readers: the coming bits lie left-aligned in a 64-bit register, some of them true,
+// zeros behind those. It reads ahead at most to the word that follows the one holding the next bit to be consumed;
+// therefore call need() only when at least one more bit is sure to be consumed.
+class WordWindow {
+  public:
+    WordWindow(Vek32u* const* ppBitStream, const Vek32s* pBitOffset) {
+        const Vek32u* word = load<Vek32u*>(ppBitStream);
+        const Vek32s used = 31 - load<Vek32s>(pBitOffset);
+        bits_ = (std::uint64_t{load<Vek32u>(word)} << 32 | load<Vek32u>(word + 1)) << used;
+        valid_ = 64 - used;
+        next_ = word + 2;
+    }
+
+    // Goes on where a reader stands, whether or not more bits will be consumed.
+    explicit WordWindow(const WordReader& reader) {
+        Vek32u* word;
+        Vek32s offset;
+        reader.commit(&word, &offset);
+        valid_ = offset + 1;
+        if (valid_ == 32) valid_ = 0;
+        bits_ = valid_ == 0 ? 0 : std::uint64_t{load<Vek32u>(word)} << (64 - valid_);
+        next_ = valid_ == 0 ? word : word + 1;
+    }
+
+    // A reader that stands at the window's next bit.
+    WordReader reader() const {
+        Vek32u* word;
+        Vek32s offset;
+        commit(&word, &offset);
+        return WordReader(&word, &offset);
+    }
+
+    std::uint64_t bits() const { return bits_; }
+
+    // Makes at least n bits (0 to 32) true.
+    void need(int n) {
+        if (valid_ < n) [[unlikely]] {
+            bits_ |= std::uint64_t{load<Vek32u>(next_++)} << (32 - valid_);
+            valid_ += 32;
+        }
+    }
+
+    // The first n bits (0 to 32) of those that need() made true.
+    Vek32u top(int n) const { return static_cast<Vek32u>(bits_ >> 1 >> (63 - n)); }
+
+    // Moves on by n bits (0 to 63, all true).
+    void drop(int n) {
+        bits_ <<= n;
+        valid_ -= n;
+    }
+
+    Vek32u read(int n) {
+        need(n);
+        const Vek32u value = top(n);
+        drop(n);
+        return value;
+    }
+
+    // Writes the cursor back, n bits (0 to 255) before the next one.
+    void commit(Vek32u** ppBitStream, Vek32s* pBitOffset, int n = 0) const {
+        const int ahead = valid_ + n;
+        store(ppBitStream, const_cast<Vek32u*>(next_ - ((ahead + 31) >> 5)));
+        store<Vek32s>(pBitOffset, (ahead - 1) & 31);
+    }
+
+  private:
+    std::uint64_t bits_;
+    const Vek32u* next_;  // the word that follows those in bits_
+    int valid_;
+};
+
 // Writing through the word form: bits go in at the cursor, most significant first; all other bits keep their values,
 // and no word beyond the one that holds the last written bit is touched.
 class WordWriter {
   public:
-    WordWriter(Vek32u* const* ppBitStream, const Vek32s* pBitOffset) : word_(*ppBitStream), offset_(*pBitOffset) {}
+    WordWriter(Vek32u* const* ppBitStream, const Vek32s* pBitOffset)
+        : word_(load<Vek32u*>(ppBitStream)), offset_(load<Vek32s>(pBitOffset)) {}
 
     // Appends the low n bits (0 to 32) of value.
     void put(Vek32u value, int n) {
@@ -81,8 +154,8 @@ class WordWriter {
     }
 
     void commit(Vek32u** ppBitStream, Vek32s* pBitOffset) const {
-        *ppBitStream = word_;
-        *pBitOffset = offset_;
+        store(ppBitStream, word_);
+        store(pBitOffset, offset_);
     }
 
   private:

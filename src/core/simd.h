@@ -96,6 +96,10 @@ VEKVC_SIMD_FN void store(void* p, Vec<T, N> v) {
 #endif
 }
 
+// Past the caches, to an address that is a multiple of 16; other threads see it after finishStreaming().
+VEKVC_SIMD_INLINE void storeStreaming(void* p, u8x16 v) { _mm_stream_si128(static_cast<__m128i*>(p), v.raw); }
+VEKVC_SIMD_INLINE void finishStreaming() { _mm_sfence(); }
+
 // n bytes (2, 4, 8, 12 or 16) into the low lanes; the other lanes become 0.
 template <class V, int n>
 VEKVC_SIMD_INLINE V loadBytes(const void* p) {
@@ -137,6 +141,31 @@ VEKVC_SIMD_INLINE void storeBytes(void* p, Vec<T, N> v) {
     }
 }
 
+// The 32-bit lanes whose mask is all ones, zero in the others; only the bytes of these lanes are touched.
+template <class V>
+VEKVC_SIMD_INLINE V loadMasked(const void* p, i32x4 mask) {
+#if VEKVC_VECTOR256
+    return {_mm_maskload_epi32(static_cast<const int*>(p), mask.raw)};
+#else
+    alignas(16) int values[4] = {};
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(values + i, static_cast<const char*>(p) + 4 * i, 4);
+    return {_mm_load_si128(reinterpret_cast<const __m128i*>(values))};
+#endif
+}
+VEKVC_SIMD_FN void storeMasked(void* p, i32x4 mask, Vec<T, N> v) {
+#if VEKVC_VECTOR256
+    _mm_maskstore_epi32(static_cast<int*>(p), mask.raw, v.raw);
+#else
+    alignas(16) int values[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(values), v.raw);
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(static_cast<char*>(p) + 4 * i, values + i, 4);
+#endif
+}
+
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
@@ -161,6 +190,15 @@ VEKVC_SIMD_FN auto join(Vec<T, N> low, Vec<T, N> high) -> Vec<T, 2 * N> {
 }
 VEKVC_SIMD_FN auto lowHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_castsi256_si128(v.raw)}; }
 VEKVC_SIMD_FN auto highHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_extracti128_si256(v.raw, 1)}; }
+// The high half of a and the low half of b as one vector.
+VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
+    return {_mm256_permute2x128_si256(a.raw, b.raw, 0x21)};
+}
+// 64-bit quarters in the order i0 i1 i2 i3.
+template <int i0, int i1, int i2, int i3, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> shuffle64(Vec<T, N> a) {
+    return {_mm256_permute4x64_epi64(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
+}
 // Two runs of 16 bytes into the halves of one vector: two rows of 16 samples.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair16(const void* low, const void* high) {
@@ -721,6 +759,35 @@ VEKVC_SIMD_INLINE Minimum minimum(u16x8 a) {
             static_cast<std::uint16_t>(_mm_extract_epi16(found, 1))};
 }
 
+// ---- single precision: every operation rounds by itself
+
+using f32x4 = Vec<float, 4>;
+
+VEKVC_SIMD_INLINE f32x4 splatFloat(float x) { return {_mm_castps_si128(_mm_set1_ps(x))}; }
+VEKVC_SIMD_INLINE f32x4 toFloat(i32x4 a) { return {_mm_castps_si128(_mm_cvtepi32_ps(a.raw))}; }
+// Toward zero; what does not fit becomes -2^31.
+VEKVC_SIMD_INLINE i32x4 truncate(f32x4 a) { return {_mm_cvttps_epi32(_mm_castsi128_ps(a.raw))}; }
+VEKVC_SIMD_INLINE f32x4 operator*(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_mul_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+// b where one of the two is not a number.
+VEKVC_SIMD_INLINE f32x4 min(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_min_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+VEKVC_SIMD_INLINE f32x4 max(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_max_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
+
+// ---- bits of general registers
+
+#if defined(__BMI2__)
+#define VEKVC_BIT_GATHER 1
+// The bits of x that stand under ones of the mask, moved together at the low end; and the reverse.
+VEKVC_SIMD_INLINE std::uint64_t gatherBits(std::uint64_t x, std::uint64_t mask) { return _pext_u64(x, mask); }
+VEKVC_SIMD_INLINE std::uint64_t scatterBits(std::uint64_t x, std::uint64_t mask) { return _pdep_u64(x, mask); }
+#else
+#define VEKVC_BIT_GATHER 0
+#endif
 // `bits` without its n lowest ones (n up to 63).
 VEKVC_SIMD_INLINE std::uint64_t withoutLowestBits(std::uint64_t bits, int n) {
 #if defined(__BMI2__)
@@ -786,6 +853,18 @@ VEKVC_SIMD_INLINE void transpose8x8(i32x8 (&r)[8]) {
     }
 }
 #endif
+
+// One step of a perfect shuffle of n vectors, byte by byte: the address of each byte (its vector, then its place in the
+// vector) is rotated left by one bit. n = 2^k rows of 2^c bytes are transposed by k steps, and transposed back by c.
+template <class T, int N, std::size_t n>
+VEKVC_SIMD_INLINE void interleaveBytes(Vec<T, N> (&x)[n]) {
+    Vec<T, N> y[n];
+    for (std::size_t i = 0; i < n / 2; ++i) {
+        y[2 * i] = interleaveLow(x[i], x[i + n / 2]);
+        y[2 * i + 1] = interleaveHigh(x[i], x[i + n / 2]);
+    }
+    for (std::size_t i = 0; i < n; ++i) x[i] = y[i];
+}
 
 #undef VEKVC_BOTH
 #undef VEKVC_BITS

@@ -60,8 +60,11 @@ struct Argument {
     Extent written;  // all that may be written; `touched` if it is not set
     Choice element;  // content of one sample; varied random content if it is not set
     std::function<void(Random&, const Call&, void* samples, int count)> fill;  // all samples of a single row at once
-    bool running = false;  // the argument is a pointer to this pointer, which the export moves on
-    bool mayBeNull = false;
+    bool running = false;        // the argument is a pointer to this pointer, which the export moves on
+    bool mayBeNull = false;      // null is no error; whether the row passes it is its own affair
+    bool sometimesNull = false;  // and the engine passes it now and then
+    bool cursor = false;         // goes back with the running pointers before each call of a benchmark
+    std::string seed;  // a random number of this name is drawn before all operands; content and extents may follow it
 
     // Step: of these operands.
     std::vector<std::string> planes;
@@ -69,6 +72,7 @@ struct Argument {
     bool stepChecked = false;  // must be at least the width: shorter ones are vekStsErrStep
     Extent stepWidth;          // the block or region whose width the check uses; the operand's extent if it is not set
     int stepLeast = 0;         // > 0: must be at least this instead
+    bool rowsApart = false;    // rows that are only read do not overlap either: samples keep the values they were given
 
     // Integer, Size: valid and invalid values.
     Choice value;
@@ -95,8 +99,17 @@ struct Argument {
     Argument movedOn() const {
         return with([](Argument& a) { a.running = true; });
     }
+    Argument goesBack() const {
+        return with([](Argument& a) { a.cursor = true; });
+    }
+    Argument seeded(std::string itsName) const {
+        return with([&](Argument& a) { a.seed = std::move(itsName); });
+    }
     Argument nullable() const {
         return with([](Argument& a) { a.mayBeNull = true; });
+    }
+    Argument optional() const {
+        return with([](Argument& a) { a.mayBeNull = a.sometimesNull = true; });
     }
     Argument inUnitsOf(int bytes) const {
         return with([=](Argument& a) { a.stepUnit = bytes; });
@@ -115,6 +128,9 @@ struct Argument {
             a.stepChecked = true;
             a.stepLeast = least;
         });
+    }
+    Argument apart() const {
+        return with([](Argument& a) { a.rowsApart = true; });
     }
     Argument bad(std::vector<std::int64_t> values, VekStatus status) const {
         return with([&](Argument& a) {

@@ -165,7 +165,7 @@ Instance::Instance(const Row& row, Layout layout, Random& random) : row_(row), l
         mark(operand, operand.touched, kTouched);
         if (a.use != Use::In) mark(operand, a.written ? a.written(call_) : operand.touched, kWritten);
         fillContent(operand, random);
-        slots_[operand.argument].pointer = operand.pointer;
+        slots_[operand.argument].pointer = a.sometimesNull && random() % 4 == 0 ? nullptr : operand.pointer;
         if (a.running)
             slots_[operand.argument].pointer = &cells_[static_cast<std::size_t>(&operand - operands_.data())];
     }
@@ -174,6 +174,7 @@ Instance::Instance(const Row& row, Layout layout, Random& random) : row_(row), l
 
 void Instance::drawValues(Random& random) {
     for (const auto& a : row_.arguments) {
+        if (!a.seed.empty()) call_.values.push_back({a.seed, static_cast<std::int64_t>(random() >> 1), {}});
         Slot slot = {};
         if (a.kind == Kind::Integer) {
             slot.integer = a.value(random, call_);
@@ -200,7 +201,7 @@ void Instance::chooseSteps(Random& random) {
         const Argument& a = row_.arguments[i];
         if (a.kind != Kind::Step) continue;
         std::ptrdiff_t widest = 1;
-        bool onlyRead = true;
+        bool onlyRead = !a.rowsApart;
         for (const auto& name : a.planes) {
             const Operand& operand = *operandOf(name);
             const Argument& plane = row_.arguments[operand.argument];
@@ -323,6 +324,10 @@ void Instance::scramble(Random& random) {
 void Instance::resetCells() {
     for (std::size_t i = 0; i < operands_.size(); ++i) cells_[i] = operands_[i].pointer;
     for (const std::size_t i : innerNulls_) cells_[i] = nullptr;
+    for (const auto& operand : operands_) {
+        if (!row_.arguments[operand.argument].cursor) continue;
+        for (const auto& span : operand.spans) std::memcpy(span.start, span.initial.data(), span.initial.size());
+    }
 }
 
 void Instance::restore() {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -63,6 +64,39 @@ TEST(WordReader, ReachingTheEndOfAWordReadsNoFurther) {
     reader.commit(&cursor, &offset);
     EXPECT_EQ(cursor, words.data() + 1);
     EXPECT_EQ(offset, 31);
+}
+
+// The window reads what the reader reads, and no word that the contract does not allow: the sanitizers see any other.
+TEST(WordWindow, ReadsLikeTheReader) {
+    std::mt19937 random(4);
+    const auto source = randomWords(random, 64);
+    for (Vek32s start = 31; start >= 0; --start) {
+        Vek32s offset = start;
+        int left = 200 + static_cast<int>(random() % 64);  // bits to read
+        auto words = std::vector<Vek32u>(source.begin(), source.begin() + (31 - start + left - 1) / 32 + 2);
+        Vek32u* cursor = words.data();
+        WordReader reader(&cursor, &offset);
+        WordWindow window(&cursor, &offset);
+        while (left > 0) {
+            const int n = std::min(left, 1 + static_cast<int>(random() % 32));
+            left -= n;
+            ASSERT_EQ(window.read(n), reader.read(n));
+            Vek32u* expected;
+            Vek32s expectedOffset;
+            reader.commit(&expected, &expectedOffset);
+            window.commit(&cursor, &offset);
+            ASSERT_EQ(cursor, expected);
+            ASSERT_EQ(offset, expectedOffset);
+            if (random() % 4 == 0) window = WordWindow(window.reader());
+            const int back = static_cast<int>(random() % 8);
+            window.commit(&cursor, &offset, back);
+            WordReader earlier = reader;
+            earlier.giveBack(back);
+            earlier.commit(&expected, &expectedOffset);
+            ASSERT_EQ(cursor, expected);
+            ASSERT_EQ(offset, expectedOffset);
+        }
+    }
 }
 
 TEST(WordWriter, WritesAtEveryPositionAndKeepsAllOtherBits) {

@@ -33,6 +33,12 @@ std::vector<Argument> varMean() {
     row("vekiVarSum8x8_16s32s_C1R", &vekiVarSum8x8_16s32s_C1R, varMean<Vek16s>()),
     row("vekiVariance16x16_8u32s", &vekiVariance16x16_8u32s,
         {in<Vek8u>("pSrc", block(16, 16)), step("pSrc"), out<Vek32s>("pVar", count(1))}),
+    row("vekiFilterDenoiseSmooth_8u_C1R", &vekiFilterDenoiseSmooth_8u_C1R,
+        {in<Vek8u>("pSrc", region("roiSize")), step("pSrc").atLeastWidth(), out<Vek8u>("pDst", region("roiSize")),
+         step("pDst").atLeastWidth(),
+         size("roiSize", {{1, 3}, {2, 4}, {9, 3}, {10, 5}, {17, 7}, {31, 20}, {40, 40}, {64, 16}, {75, 9}})
+             .badSize({{0, 4}, {-5, 4}, {16, 0}, {16, -4}}, vekStsErrSize)
+             .badSize({{1, 2}, {1, 1}}, vekStsErrUnsupported)}),
 };
 
 }  // namespace

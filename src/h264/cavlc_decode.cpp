@@ -1,0 +1,118 @@
+#include "core/check.h"
+#include "core/kernel.h"
+#include "h264/cavlc_decode_plain.h"
+#if VEKVC_SIMD
+#include "h264/cavlc_decode_simd.h"
+#endif
+#include "vekvc/h264_cavlc.h"
+
+namespace vekvc {
+namespace {
+
+template <class T>
+VekStatus decode4x4(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff, T** ppCoeffs, Vek32s nC,
+                    Vek16s maxNumCoeff, const Vek32s** ppCoeffTokenTables, const Vek32s** ppTotalZerosTables,
+                    const Vek32s** ppRunBeforeTables, const Vek32s* pScan) {
+    if (anyNull(ppBitStream, pBitOffset, ppCoeffs, pTotalCoeff, ppCoeffTokenTables, ppTotalZerosTables,
+                ppRunBeforeTables, pScan)) {
+        return vekStsErrNullPtr;
+    }
+    if (anyNull(load<Vek32u*>(ppBitStream), load<T*>(ppCoeffs))) return vekStsErrNullPtr;
+    if (outside(maxNumCoeff, 15, 16)) return vekStsErrOutOfRange;
+    if (nC < 0) return vekStsErrOutOfRange;
+    return kernel::decodeCavlc4x4<T>(ppBitStream, pBitOffset, {pTotalCoeff, ppCoeffs}, nC, ppCoeffTokenTables,
+                                     {ppTotalZerosTables, ppRunBeforeTables}, {maxNumCoeff, pScan});
+}
+
+// The codes "1" and "01" of the 2x2 block (Table 9-5, nC = -1) with the rest of their blocks. False for any other code.
+bool shortChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff, Vek16s** ppCoeffs) {
+    WordReader reader(ppBitStream, pBitOffset);
+    const Vek32u bits = reader.peek(5);
+    if ((bits & 0x10) != 0) {  // TotalCoeff 1: 1, sign, total_zeros (Table 9-9 a: 1, 01, 001, 000)
+        const int totalZeros = (bits & 4) != 0 ? 0 : (bits & 2) != 0 ? 1 : (bits & 1) != 0 ? 2 : 3;
+        Vek16s* const block = load<Vek16s*>(ppCoeffs);
+        for (int i = 0; i < 4; ++i) {
+            const int one = (bits & 8) != 0 ? -1 : 1;
+            store<Vek16s>(block + i, static_cast<Vek16s>(i == totalZeros ? one : 0));
+        }
+        reader.skip(totalZeros == 0 ? 3 : totalZeros == 1 ? 4 : 5);
+        store(ppCoeffs, block + 4);
+        store<Vek16s>(pTotalCoeff, 1);
+    } else if ((bits & 0x08) != 0) {  // TotalCoeff 0
+        reader.skip(2);
+        store<Vek16s>(pTotalCoeff, 0);
+    } else {
+        return false;
+    }
+    reader.commit(ppBitStream, pBitOffset);
+    return true;
+}
+
+template <class T, class Layout>
+VekStatus decodeChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff, T** ppCoeffs,
+                         const Vek32s* pCoeffTokenTable, const Vek32s** ppTotalZerosTables,
+                         const Vek32s** ppRunBeforeTables, Layout layout) {
+    if (anyNull(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs, pCoeffTokenTable, ppTotalZerosTables,
+                ppRunBeforeTables)) {
+        return vekStsErrNullPtr;
+    }
+    if (anyNull(load<Vek32u*>(ppBitStream), load<T*>(ppCoeffs))) return vekStsErrNullPtr;
+    if constexpr (std::is_same_v<T, Vek16s> && Layout::kSize == 4) {
+        if (shortChromaDc(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs)) return vekStsOk;
+    }
+    return kernel::decodeCavlcChromaDc<T>(ppBitStream, pBitOffset, {pTotalCoeff, ppCoeffs}, pCoeffTokenTable,
+                                          {ppTotalZerosTables, ppRunBeforeTables}, layout);
+}
+
+}  // namespace
+}  // namespace vekvc
+
+using namespace vekvc;
+
+VekStatus vekiDecodeCAVLCCoeffs_H264_1u16s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff,
+                                           Vek16s** ppCoeffs, Vek32s nC, Vek16s maxNumCoeff,
+                                           const Vek32s** ppCoeffTokenTables, const Vek32s** ppTotalZerosTables,
+                                           const Vek32s** ppRunBeforeTables, const Vek32s* pScan) {
+    return decode4x4(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs, nC, maxNumCoeff, ppCoeffTokenTables,
+                     ppTotalZerosTables, ppRunBeforeTables, pScan);
+}
+
+VekStatus vekiDecodeCAVLCCoeffs_H264_1u32s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff,
+                                           Vek32s** ppCoeffs, Vek32s nC, Vek16s maxNumCoeff,
+                                           const Vek32s** ppCoeffTokenTables, const Vek32s** ppTotalZerosTables,
+                                           const Vek32s** ppRunBeforeTables, const Vek32s* pScan) {
+    return decode4x4(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs, nC, maxNumCoeff, ppCoeffTokenTables,
+                     ppTotalZerosTables, ppRunBeforeTables, pScan);
+}
+
+VekStatus vekiDecodeCAVLCChromaDcCoeffs_H264_1u16s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff,
+                                                   Vek16s** ppCoeffs, const Vek32s* pCoeffTokenTable,
+                                                   const Vek32s** ppTotalZerosTables,
+                                                   const Vek32s** ppRunBeforeTables) {
+    return decodeChromaDc(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs, pCoeffTokenTable, ppTotalZerosTables,
+                          ppRunBeforeTables, CavlcLayout2x2{});
+}
+
+VekStatus vekiDecodeCAVLCChromaDcCoeffs_H264_1u32s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff,
+                                                   Vek32s** ppCoeffs, const Vek32s* pCoeffTokenTable,
+                                                   const Vek32s** ppTotalZerosTables,
+                                                   const Vek32s** ppRunBeforeTables) {
+    return decodeChromaDc(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs, pCoeffTokenTable, ppTotalZerosTables,
+                          ppRunBeforeTables, CavlcLayout2x2{});
+}
+
+VekStatus vekiDecodeCAVLCChroma422DcCoeffs_H264_1u16s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff,
+                                                      Vek16s** ppCoeffs, const Vek32s* pCoeffTokenTable,
+                                                      const Vek32s** ppTotalZerosTables,
+                                                      const Vek32s** ppRunBeforeTables) {
+    return decodeChromaDc(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs, pCoeffTokenTable, ppTotalZerosTables,
+                          ppRunBeforeTables, CavlcLayout2x4{});
+}
+
+VekStatus vekiDecodeCAVLCChroma422DcCoeffs_H264_1u32s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff,
+                                                      Vek32s** ppCoeffs, const Vek32s* pCoeffTokenTable,
+                                                      const Vek32s** ppTotalZerosTables,
+                                                      const Vek32s** ppRunBeforeTables) {
+    return decodeChromaDc(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs, pCoeffTokenTable, ppTotalZerosTables,
+                          ppRunBeforeTables, CavlcLayout2x4{});
+}

@@ -1,0 +1,171 @@
+// CAVLC block decoding on a 64-bit window of the stream that stays in registers. A level's bits are read as one number,
+// (level_prefix << suffixLength) + level_suffix, which is levelCode itself; the rare escapes go through the definition.
+#ifndef VEKVC_H264_CAVLC_DECODE_SIMD_H
+#define VEKVC_H264_CAVLC_DECODE_SIMD_H
+
+#include <bit>
+
+#include "h264/cavlc_decode_plain.h"
+
+namespace vekvc::simd {
+
+// A level and the window behind it; magnitude -1: level_prefix is too long.
+struct CavlcEscape {
+    WordWindow window;
+    Vek32s magnitude;
+    Vek32s value;
+};
+
+[[gnu::noinline, maybe_unused]] static CavlcEscape readEscape(WordWindow window, int suffixLength, bool first) {
+    WordReader reader = window.reader();
+    plain::CavlcLevel level;
+    if (!plain::readLevel(reader, suffixLength, first, level)) return {window, -1, 0};
+    return {WordWindow(reader), level.magnitude, level.value()};
+}
+
+// Reads one level into value and returns its magnitude, or -1. `first` (0 or 1) raises the magnitude by one.
+[[gnu::always_inline]] inline Vek32s readLevel(WordWindow& window, int suffixLength, Vek32u first, Vek32s& value) {
+    window.need(21);  // level_prefix up to 14, its end, six bits of suffix
+    const std::uint64_t bits = window.bits();
+    const int levelPrefix = std::countl_zero(bits | 1);
+    if (levelPrefix >= (suffixLength == 0 ? 14 : 15)) [[unlikely]] {
+        const CavlcEscape escape = readEscape(window, suffixLength, first != 0);
+        window = escape.window;
+        value = escape.value;
+        return escape.magnitude;
+    }
+    const Vek32u suffix = static_cast<Vek32u>(bits << levelPrefix << 1 >> 1 >> (63 - suffixLength));
+    window.drop(levelPrefix + 1 + suffixLength);
+    // levelCode 2n is the level n + 1, 2n + 1 is -(n + 1).
+    const Vek32u levelCode = (static_cast<Vek32u>(levelPrefix) << suffixLength) + suffix + 2 * first;
+    const Vek32s magnitude = static_cast<Vek32s>(levelCode >> 1) + 1;
+    const Vek32s sign = -static_cast<Vek32s>(levelCode & 1);
+    value = (magnitude ^ sign) - sign;
+    return magnitude;
+}
+
+// The levels behind the trailing ones (9.2.2.1). False where a level_prefix is too long.
+[[gnu::always_inline]] inline bool readLevels(WordWindow& window, CavlcToken token, Vek32s* levels) {
+    int left = token.totalCoeff - token.trailingOnes;
+    if (left <= 0) return true;
+    Vek32s* next = levels + token.trailingOnes;
+    const Vek32u first = token.trailingOnes < 3 ? 1 : 0;
+    const int startLength = token.totalCoeff > 10 ? static_cast<int>(first) : 0;
+    Vek32s magnitude = readLevel(window, startLength, first, *next);
+    if (magnitude < 0) return false;
+    // The first level always raises suffixLength, to 2 if it is above 3: 1 + (magnitude > 3) for both start values.
+    int suffixLength = magnitude > 3 ? 2 : 1;
+    while (--left > 0) {
+        static constexpr Vek32s kThresholds[7] = {0, 3, 6, 12, 24, 48, INT32_MAX};
+        const Vek32s threshold = kThresholds[suffixLength];
+        magnitude = readLevel(window, suffixLength, 0, *++next);
+        if (magnitude < 0) return false;
+        suffixLength += magnitude > threshold ? 1 : 0;
+    }
+    return true;
+}
+
+// Everything behind coeff_token. Commits the cursor on success and where a table is missing.
+template <class T, class Layout>
+[[gnu::always_inline]] inline VekStatus decodeBlock(WordWindow window, CavlcToken token, Vek32u** ppBitStream,
+                                                    Vek32s* pBitOffset, const CavlcTarget<T>& target,
+                                                    const CavlcTables& tables, const Layout& layout) {
+    const int total = token.totalCoeff;
+    const int ones = token.trailingOnes;
+    store<Vek16s>(target.pTotalCoeff, static_cast<Vek16s>(total));
+    if (total == 0) {
+        if (ones > 3) return vekStsErrVlcData;
+        if (ones > 0) window.read(ones);
+        window.commit(ppBitStream, pBitOffset);
+        return vekStsOk;
+    }
+    if (total > layout.maxNumCoeff || ones > 3) [[unlikely]]
+        return vekStsErrVlcData;
+
+    Vek32s levels[16 + 3];
+    window.need(3);
+    const Vek32s signs = static_cast<Vek32s>(window.top(3));
+    levels[0] = 1 - (signs >> 1 & 2);
+    levels[1] = 1 - (signs & 2);
+    levels[2] = 1 - (signs << 1 & 2);
+    window.drop(ones);
+
+    T* const block = load<T*>(target.ppCoeffs);
+    std::memset(block, 0, Layout::kSize * sizeof(T));
+    if (!readLevels(window, token, levels)) [[unlikely]]
+        return vekStsErrVlcData;
+
+    int zerosLeft = 0;
+    if (total < layout.maxNumCoeff) {
+        const Vek32s* const table = load<const Vek32s*>(tables.ppTotalZeros + total);
+        if (table == nullptr) [[unlikely]] {
+            window.commit(ppBitStream, pBitOffset);
+            return vekStsErrNullPtr;
+        }
+        const VlcLook code = look(window, table);
+        if (code.noCode() || cavlcNumber(code) > layout.maxNumCoeff - total) [[unlikely]]
+            return vekStsErrVlcData;
+        window.drop(code.lengthHere());
+        zerosLeft = cavlcNumber(code);
+    }
+    int index = total - 1 + zerosLeft;
+    int i = 0;
+    for (; zerosLeft > 0 && i < total - 1; ++i) {
+        const Vek32s* const table = load<const Vek32s*>(tables.ppRunBefore + zerosLeft);
+        if (table == nullptr) [[unlikely]] {
+            window.commit(ppBitStream, pBitOffset);
+            return vekStsErrNullPtr;
+        }
+        const VlcLook code = look(window, table);
+        if (code.noCode()) [[unlikely]]
+            return vekStsErrVlcData;
+        window.drop(code.lengthHere());
+        store<T>(block + layout.position(index), static_cast<T>(levels[i]));
+        const int runBefore = cavlcNumber(code) < zerosLeft ? cavlcNumber(code) : zerosLeft;
+        zerosLeft -= runBefore;
+        index -= runBefore + 1;
+    }
+    for (; i < total; ++i) store<T>(block + layout.position(index--), static_cast<T>(levels[i]));
+    store(target.ppCoeffs, block + Layout::kSize);
+    window.commit(ppBitStream, pBitOffset);
+    return vekStsOk;
+}
+
+template <class T>
+VekStatus decodeCavlc4x4(Vek32u** ppBitStream, Vek32s* pBitOffset, const CavlcTarget<T>& target, Vek32s nC,
+                         const Vek32s* const* ppCoeffTokenTables, const CavlcTables& tables,
+                         const CavlcLayout4x4& layout) {
+    WordWindow window(ppBitStream, pBitOffset);
+    CavlcToken token;
+    if (nC < 8) {
+        static constexpr Vek8u kTable[8] = {0, 0, 1, 1, 2, 2, 2, 2};
+        const Vek32s* const table = load<const Vek32s*>(ppCoeffTokenTables + kTable[nC]);
+        if (table == nullptr) [[unlikely]]
+            return vekStsErrNullPtr;
+        const VlcLook code = look(window, table);
+        if (code.noCode()) [[unlikely]]
+            return vekStsErrVlcData;
+        window.drop(code.lengthHere());
+        token = cavlcToken(code);
+    } else {
+        const int bits = static_cast<int>(window.top(6));
+        window.drop(6);
+        token = bits == 3 ? CavlcToken{0, 0} : CavlcToken{bits & 3, (bits >> 2) + 1};
+    }
+    return decodeBlock(window, token, ppBitStream, pBitOffset, target, tables, layout);
+}
+
+template <class T, class Layout>
+VekStatus decodeCavlcChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, const CavlcTarget<T>& target,
+                              const Vek32s* pCoeffTokenTable, const CavlcTables& tables, const Layout& layout) {
+    WordWindow window(ppBitStream, pBitOffset);
+    const VlcLook code = look(window, pCoeffTokenTable);
+    if (code.noCode()) [[unlikely]]
+        return vekStsErrVlcData;
+    window.drop(code.lengthHere());
+    return decodeBlock(window, cavlcToken(code), ppBitStream, pBitOffset, target, tables, layout);
+}
+
+}  // namespace vekvc::simd
+
+#endif

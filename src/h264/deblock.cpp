@@ -1,0 +1,167 @@
+// H.264 deblocking: the edges of one macroblock.
+#include "core/check.h"
+#include "core/kernel.h"
+#include "h264/deblock_plain.h"
+#include "vekvc/h264_deblock.h"
+#if VEKVC_SIMD
+#include "h264/deblock_simd.h"
+#endif
+
+using namespace vekvc;
+
+// ---- 8-bit samples
+
+namespace {
+
+using Filter8u = void (*)(const DeblockOperands<Vek8u>&);
+
+template <Filter8u filter>
+VekStatus deblock(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha, const Vek8u* pBeta, const Vek8u* pThresholds,
+                  const Vek8u* pBs) {
+    if (anyNull(pSrcDst, pAlpha, pBeta, pThresholds, pBs)) return vekStsErrNullPtr;
+    filter({pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs, 255});
+    return vekStsOk;
+}
+
+template <Filter8u filter>
+VekStatus deblock(const VekDeblockingParams8u* p) {
+    if (anyNull(p)) return vekStsErrNullPtr;
+    return deblock<filter>(p->pSrcDstPlane, p->srcDstStep, p->pAlpha, p->pBeta, p->pThresholds, p->pBs);
+}
+
+// An edge that nothing can cross: no difference is below 0, or no strength is set.
+bool isOff(std::int64_t alpha, const Vek8u* pBs) { return alpha == 0 || load<Vek32u>(pBs) == 0; }
+
+}  // namespace
+
+VekStatus vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
+                                                        const Vek8u* pBeta, const Vek8u* pThresholds,
+                                                        const Vek8u* pBs) {
+    return deblock<kernel::deblockLumaVertical<Vek8u>>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+}
+
+VekStatus vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
+                                                        const Vek8u* pBeta, const Vek8u* pThresholds,
+                                                        const Vek8u* pBs) {
+    return deblock<kernel::deblockLumaHorizontal<Vek8u>>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+}
+
+VekStatus vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
+                                                          const Vek8u* pBeta, const Vek8u* pThresholds,
+                                                          const Vek8u* pBs) {
+    return deblock<kernel::deblockChromaVertical<Vek8u>>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+}
+
+VekStatus vekiFilterDeblockingChroma_HorEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
+                                                          const Vek8u* pBeta, const Vek8u* pThresholds,
+                                                          const Vek8u* pBs) {
+    return deblock<kernel::deblockChromaHorizontal<Vek8u>>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+}
+
+VekStatus vekiFilterDeblockingChroma_VerEdge_H264_8u_C2IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
+                                                          const Vek8u* pBeta, const Vek8u* pThresholds,
+                                                          const Vek8u* pBs) {
+    return deblock<kernel::deblockChromaPairsVertical>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+}
+
+VekStatus vekiFilterDeblockingChroma_HorEdge_H264_8u_C2IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
+                                                          const Vek8u* pBeta, const Vek8u* pThresholds,
+                                                          const Vek8u* pBs) {
+    return deblock<kernel::deblockChromaPairsHorizontal>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+}
+
+VekStatus vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR(const VekDeblockingParams8u* pParams) {
+    return deblock<kernel::deblockChroma422Vertical<Vek8u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingChroma422HorEdge_H264_8u_C1IR(const VekDeblockingParams8u* pParams) {
+    return deblock<kernel::deblockChroma422Horizontal<Vek8u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u alpha,
+                                                              Vek32u beta, const Vek8u* pThresholds, const Vek8u* pBs) {
+    if (anyNull(pSrcDst, pThresholds, pBs)) return vekStsErrNullPtr;
+    if (isOff(alpha, pBs)) return vekStsOk;
+    kernel::deblockLumaLeftMbaff<Vek8u>(pSrcDst, srcDstStep, {alpha, beta, 255}, pThresholds, pBs);
+    return vekStsOk;
+}
+
+VekStatus vekiFilterDeblockingChroma_VerEdge_MBAFF_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u alpha,
+                                                                Vek32u beta, const Vek8u* pThresholds,
+                                                                const Vek8u* pBs) {
+    if (anyNull(pSrcDst, pThresholds, pBs)) return vekStsErrNullPtr;
+    if (isOff(alpha, pBs)) return vekStsOk;
+    kernel::deblockChromaLeftMbaff<Vek8u>(pSrcDst, srcDstStep, {alpha, beta, 255}, pThresholds, pBs);
+    return vekStsOk;
+}
+
+// ---- 16-bit samples
+
+namespace {
+
+bool anyNullIn(const VekDeblockingParams16u* p) {
+    return anyNull(p) || anyNull(p->pSrcDstPlane, p->pAlpha, p->pBeta, p->pThresholds, p->pBs);
+}
+
+// The record's step counts samples.
+std::ptrdiff_t stepOf(const VekDeblockingParams16u& p) { return std::ptrdiff_t{p.srcDstStep} * 2; }
+int maxSampleOf(const VekDeblockingParams16u& p) { return (1 << (p.bitDepth & 15)) - 1; }
+
+template <void (*filter)(const DeblockOperands<Vek16u>&)>
+VekStatus deblock(const VekDeblockingParams16u* p) {
+    if (anyNullIn(p)) return vekStsErrNullPtr;
+    filter({p->pSrcDstPlane, stepOf(*p), p->pAlpha, p->pBeta, p->pThresholds, p->pBs, maxSampleOf(*p)});
+    return vekStsOk;
+}
+
+template <void (*filter)(Vek16u*, std::ptrdiff_t, const EdgeLimits&, const Vek16u*, const Vek8u*)>
+VekStatus deblockMbaff(const VekDeblockingParams16u* p) {
+    if (anyNullIn(p)) return vekStsErrNullPtr;
+    const EdgeLimits limits{load<Vek16u>(p->pAlpha), load<Vek16u>(p->pBeta), maxSampleOf(*p)};
+    if (!isOff(limits.alpha, p->pBs)) filter(p->pSrcDstPlane, stepOf(*p), limits, p->pThresholds, p->pBs);
+    return vekStsOk;
+}
+
+}  // namespace
+
+VekStatus vekiFilterDeblockingLumaVerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
+    return deblock<kernel::deblockLumaVertical<Vek16u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingLumaHorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
+    return deblock<kernel::deblockLumaHorizontal<Vek16u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingChromaVerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
+    return deblock<kernel::deblockChromaVertical<Vek16u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingChromaHorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
+    return deblock<kernel::deblockChromaHorizontal<Vek16u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingChroma422VerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
+    return deblock<kernel::deblockChroma422Vertical<Vek16u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingChroma422HorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
+    return deblock<kernel::deblockChroma422Horizontal<Vek16u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingLumaVerEdgeMBAFF_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
+    return deblockMbaff<kernel::deblockLumaLeftMbaff<Vek16u>>(pParams);
+}
+
+VekStatus vekiFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
+    return deblockMbaff<kernel::deblockChromaLeftMbaff<Vek16u>>(pParams);
+}
+
+// ---- not provided: the argument is not looked at
+
+VekStatus vekiFilterDeblockingChroma422VerEdgeMBAFF_H264_8u_C1IR(const VekDeblockingParams8u*) {
+    return vekStsErrUnsupported;
+}
+
+VekStatus vekiFilterDeblockingChroma422VerEdgeMBAFF_H264_16u_C1IR(const VekDeblockingParams16u*) {
+    return vekStsErrUnsupported;
+}

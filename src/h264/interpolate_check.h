@@ -1,0 +1,37 @@
+// The argument checks that the H.264 interpolation exports share.
+#ifndef VEKVC_H264_INTERPOLATE_CHECK_H
+#define VEKVC_H264_INTERPOLATE_CHECK_H
+
+#include "core/check.h"
+
+namespace vekvc {
+
+// No bits in a width but those of the block widths (negative widths have others), whole groups of rows.
+constexpr bool validLumaSize(VekiSize size) { return (size.width & ~28) == 0 && (size.height & 3) == 0; }
+constexpr bool validChromaSize(VekiSize size) { return (size.width & ~14) == 0 && (size.height & 1) == 0; }
+
+constexpr bool validDepth(Vek32s bitDepth) { return !outside(bitDepth, 8, 14); }
+constexpr int maxOfDepth(Vek32s bitDepth) { return (1 << bitDepth) - 1; }
+
+template <class T>
+constexpr VekStatus checkLuma(const T* pSrc, const T* pDst, Vek32s dx, Vek32s dy, VekiSize size, Vek32s bitDepth = 8) {
+    if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
+    if (outside(dx, 0, 3) || outside(dy, 0, 3)) return vekStsErrBadArg;
+    if (!validLumaSize(size)) return vekStsErrSize;
+    if (!validDepth(bitDepth)) return vekStsErrOutOfRange;
+    return vekStsOk;
+}
+
+template <class T>
+constexpr VekStatus checkChroma(const T* pSrc, const T* pDst, Vek32s dx, Vek32s dy, VekiSize size,
+                                Vek32s bitDepth = 8) {
+    if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
+    if (outside(dx, 0, 7) || outside(dy, 0, 7)) return vekStsErrBadArg;
+    if (!validChromaSize(size)) return vekStsErrSize;
+    if (!validDepth(bitDepth)) return vekStsErrOutOfRange;
+    return vekStsOk;
+}
+
+}  // namespace vekvc
+
+#endif

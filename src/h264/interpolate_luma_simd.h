@@ -1,0 +1,440 @@
+// Luma interpolation of 8-bit samples, H.264 8.4.2.2.1: the half-sample values b, h and j of whole rows in vectors, and
+// the quarter-sample values as their averages.
+//
+// A shape says how the rows of a block lie in vectors. V holds the 16-bit sums of kRows rows; U holds the samples of a
+// group of 2 * kRows rows, in an order of the shape's own that its load, pack and store share. Its class Vertical gives
+// the half samples h of one group after the other.
+#ifndef VEKVC_H264_INTERPOLATE_LUMA_SIMD_H
+#define VEKVC_H264_INTERPOLATE_LUMA_SIMD_H
+
+#include <array>
+#include <utility>
+
+#include "core/memory.h"
+#include "core/simd.h"
+#include "h264/interpolate_luma16_simd.h"
+
+namespace vekvc::simd {
+
+// The taps (1, -5, 20, 20, -5, 1) on samples that come in pairs of neighbours. The sum of 8-bit samples lies in
+// -10 * 255 .. 42 * 255: 16 bits hold it.
+template <class U>
+[[gnu::always_inline]] inline auto sixTaps(U first, U second, U third) {
+    using V = Vec<std::int16_t, U::kBytes / 2>;
+    using Pairs = Vec<std::int8_t, U::kBytes>;
+    return mulAddPairs(first, as<Pairs>(splat<V>(0xFB01))) + mulAddPairs(second, as<Pairs>(splat<V>(0x1414))) +
+           mulAddPairs(third, as<Pairs>(splat<V>(0x01FB)));
+}
+
+// (x + 16) >> 5
+template <class V>
+[[gnu::always_inline]] inline V roundOnce(V x) {
+    return mulHighRound(x, splat<V>(1024));
+}
+
+// (r0 - 5 r1 + 20 r2 + 20 r3 - 5 r4 + r5 + 512) >> 10 of sums r, short of the final clipping to 0..255. With a, b, c
+// the sums of the outer, middle and inner pair, floor((a - 5b + 20c) / 16) = ((((a - b) >> 2) - b + c) >> 2) + c. All
+// of it fits 16 bits but for "- b + c", which may reach +-33150; where it saturates the result is outside 0..255 all
+// the same.
+template <class V>
+[[gnu::always_inline]] inline V roundTwice(V r0, V r1, V r2, V r3, V r4, V r5) {
+    const V a = r0 + r5, b = r1 + r4, c = r2 + r3;
+    const V sixteenth = (addSat(((a - b) >> 2) - b, c) >> 2) + c;
+    return mulHighRound(sixteenth, splat<V>(512));
+}
+
+// The bytes of a shuffle that puts two neighbours into each 16-bit lane; at(k) is the byte that holds the left one of
+// output k, and the right one is at(k + 1).
+using ByteOrder = std::array<std::uint8_t, 32>;
+template <class At>
+constexpr ByteOrder pairsOf(At at) {
+    ByteOrder order = {};
+    for (int i = 0; i < 32; ++i) order[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(at(i / 2, i % 2));
+    return order;
+}
+template <class U>
+[[gnu::always_inline]] inline U shuffled(U v, const ByteOrder& order) {
+    return shuffleBytes(v, load<U>(order.data()));
+}
+
+// ---- 4 wide: two rows in a vector of 128 bits, groups of four rows
+
+struct Luma4 {
+    static constexpr int kWidth = 4, kRows = 2;
+    using V = i16x8;
+    using U = u8x16;
+
+    [[gnu::always_inline]] static V horizontal(const Vek8u* row0, const Vek8u* row1) {
+        static constexpr auto order = [](int first) {
+            return pairsOf([=](int k, int right) { return k % 8 / 4 * 8 + k % 4 + first + right; });
+        };
+        static constexpr ByteOrder k0 = order(0), k2 = order(2), k3 = order(3);
+        const U s = loadPair8<U>(row0 - 2, row1 - 2), next = loadPair8<U>(row0 - 1, row1 - 1);
+        return sixTaps(shuffled(s, k0), shuffled(s, k2), shuffled(next, k3));
+    }
+    [[gnu::always_inline]] static V between(V a, V b) { return alignRight<8>(b, a); }
+    [[gnu::always_inline]] static U pack(V a, V b) { return narrowU8(a, b); }
+    [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) {
+        return as<U>(
+            interleaveLow(as<u64x2>(loadPair4<U>(p, p + step)), as<u64x2>(loadPair4<U>(p + 2 * step, p + 3 * step))));
+    }
+    [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) {
+        storeBytes<4>(p, v);
+        storeBytes<4>(p + step, bytesRight<4>(v));
+        storeBytes<4>(p + 2 * step, bytesRight<8>(v));
+        storeBytes<4>(p + 3 * step, bytesRight<12>(v));
+    }
+
+    class Vertical {
+      public:
+        Vertical(const Vek8u* p, std::ptrdiff_t step)
+            : next_(p + 2 * step), step_(step), above_(Luma4::load(p - 2 * step, step)) {}
+        [[gnu::always_inline]] U group() {
+            const U below = Luma4::load(next_, step_), last = loadBytes<U, 4>(next_ + 4 * step_);
+            const U r1 = alignRight<4>(below, above_), r2 = alignRight<8>(below, above_);
+            const U r3 = alignRight<12>(below, above_), r5 = alignRight<4>(last, below);
+            const V top = sixTaps(interleaveLow(above_, r1), interleaveLow(r2, r3), interleaveLow(below, r5));
+            const V low = sixTaps(interleaveHigh(above_, r1), interleaveHigh(r2, r3), interleaveHigh(below, r5));
+            next_ += 4 * step_;
+            above_ = below;
+            return pack(roundOnce(top), roundOnce(low));
+        }
+
+      private:
+        const Vek8u* next_;
+        std::ptrdiff_t step_;
+        U above_;  // the four rows from two above the group
+    };
+};
+
+// ---- 8 wide: one row in a vector of 128 bits, groups of two rows; or two rows in 256 bits, groups of four
+
+// The 13 samples around a row, as -2..5 and 3..10, and the pairs of them that begin with the samples from `first` - 2
+// on.
+constexpr ByteOrder pairsOf8(int first) {
+    return pairsOf([=](int k, int right) {
+        const int sample = k % 8 + first + right;
+        return sample < 8 ? sample : sample + 3;
+    });
+}
+inline constexpr ByteOrder kPairs8[3] = {pairsOf8(0), pairsOf8(2), pairsOf8(4)};
+
+struct Luma8 {
+#if VEKVC_VECTOR256
+    static constexpr int kWidth = 8, kRows = 2;
+    using V = i16x16;
+    using U = u8x32;  // rows 0, 2, 1, 3
+
+    [[gnu::always_inline]] static V horizontal(const Vek8u* row0, const Vek8u* row1) {
+        const U s = join(loadPair8<u8x16>(row0 - 2, row0 + 3), loadPair8<u8x16>(row1 - 2, row1 + 3));
+        return sixTaps(shuffled(s, kPairs8[0]), shuffled(s, kPairs8[1]), shuffled(s, kPairs8[2]));
+    }
+    [[gnu::always_inline]] static V between(V a, V b) { return highThenLow(a, b); }
+    [[gnu::always_inline]] static U pack(V a, V b) { return narrowU8(a, b); }
+    [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) {
+        return join(loadPair8<u8x16>(p, p + 2 * step), loadPair8<u8x16>(p + step, p + 3 * step));
+    }
+    [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) {
+        storePair8(p, p + 2 * step, lowHalf(v));
+        storePair8(p + step, p + 3 * step, highHalf(v));
+    }
+
+    class Vertical {
+      public:
+        Vertical(const Vek8u* p, std::ptrdiff_t step) : next_(p + step), step_(step) {
+            const u8x16 r0 = row(p - 2 * step), r1 = row(p - step), r2 = row(p);
+            last_ = row(next_);
+            pairs0_ = join(interleaveLow(r0, r1), interleaveLow(r1, r2));
+            const u8x16 r4 = row(p + 2 * step);
+            pairs2_ = join(interleaveLow(r2, last_), interleaveLow(last_, r4));
+            last_ = r4;
+            next_ += 2 * step;
+        }
+        [[gnu::always_inline]] U group() {
+            const V first = two();
+            return pack(first, two());
+        }
+
+      private:
+        [[gnu::always_inline]] static u8x16 row(const Vek8u* p) { return loadBytes<u8x16, 8>(p); }
+        [[gnu::always_inline]] V two() {
+            const u8x16 r5 = row(next_), r6 = row(next_ + step_);
+            const U pairs4 = join(interleaveLow(last_, r5), interleaveLow(r5, r6));
+            const V sum = sixTaps(pairs0_, pairs2_, pairs4);
+            pairs0_ = pairs2_;
+            pairs2_ = pairs4;
+            last_ = r6;
+            next_ += 2 * step_;
+            return roundOnce(sum);
+        }
+        const Vek8u* next_;
+        std::ptrdiff_t step_;
+        u8x16 last_;         // the row before next_
+        U pairs0_, pairs2_;  // rows (-2, -1) and (0, 1) of the next row, in the high half of the row after it
+    };
+#else
+    static constexpr int kWidth = 8, kRows = 1;
+    using V = i16x8;
+    using U = u8x16;
+
+    [[gnu::always_inline]] static V horizontal(const Vek8u* row, const Vek8u*) {
+        const U s = loadPair8<U>(row - 2, row + 3);
+        return sixTaps(shuffled(s, kPairs8[0]), shuffled(s, kPairs8[1]), shuffled(s, kPairs8[2]));
+    }
+    [[gnu::always_inline]] static U pack(V a, V b) { return narrowU8(a, b); }
+    [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) { return loadPair8<U>(p, p + step); }
+    [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) { storePair8(p, p + step, v); }
+
+    class Vertical {
+      public:
+        Vertical(const Vek8u* p, std::ptrdiff_t step) : next_(p + 3 * step), step_(step) {
+            last_ = loadBytes<U, 8>(p - 2 * step);
+            for (int k = 0; k < 4; ++k) pairs_[k] = pairWith(p + (k - 1) * step);
+        }
+        [[gnu::always_inline]] U group() {
+            const V first = one();
+            return pack(first, one());
+        }
+
+      private:
+        [[gnu::always_inline]] U pairWith(const Vek8u* row) {
+            const U above = last_;
+            last_ = loadBytes<U, 8>(row);
+            return interleaveLow(above, last_);
+        }
+        [[gnu::always_inline]] V one() {
+            const U pairs4 = pairWith(next_);
+            const V sum = sixTaps(pairs_[0], pairs_[2], pairs4);
+            for (int k = 0; k < 3; ++k) pairs_[k] = pairs_[k + 1];
+            pairs_[3] = pairs4;
+            next_ += step_;
+            return roundOnce(sum);
+        }
+        const Vek8u* next_;
+        std::ptrdiff_t step_;
+        U last_;      // the row before next_
+        U pairs_[4];  // rows (-2, -1), (-1, 0), (0, 1), (1, 2) of the next row
+    };
+#endif
+};
+
+// ---- 16 wide: one row in a vector of 256 bits, groups of two rows
+
+#if VEKVC_VECTOR256
+struct Luma16 {
+    static constexpr int kWidth = 16, kRows = 1;
+    using V = i16x16;
+    using U = u8x32;
+
+    [[gnu::always_inline]] static V horizontal(const Vek8u* row, const Vek8u*) {
+        // Samples -2..13 for the outputs of the low half, 3..18 for those of the high half.
+        static constexpr auto order = [](int first) {
+            return pairsOf([=](int k, int right) { return k % 8 + k / 8 * 3 + first + right; });
+        };
+        static constexpr ByteOrder k0 = order(0), k2 = order(2), k4 = order(4);
+        const U s = loadPair16<U>(row - 2, row + 3);
+        return sixTaps(shuffled(s, k0), shuffled(s, k2), shuffled(s, k4));
+    }
+    [[gnu::always_inline]] static U pack(V a, V b) { return shuffle64<0, 2, 1, 3>(narrowU8(a, b)); }
+    [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) { return loadPair16<U>(p, p + step); }
+    [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) { storePair16(p, p + step, v); }
+
+    class Vertical {
+      public:
+        Vertical(const Vek8u* p, std::ptrdiff_t step) : next_(p + 2 * step), step_(step) {
+            pairs0_ = pairs(p - 2 * step);
+            pairs2_ = pairs(p);
+        }
+        [[gnu::always_inline]] U group() {
+            const Pairs pairs4 = pairs(next_);
+            const V low = sixTaps(pairs0_.low, pairs2_.low, pairs4.low);
+            const V high = sixTaps(pairs0_.high, pairs2_.high, pairs4.high);
+            pairs0_ = pairs2_;
+            pairs2_ = pairs4;
+            next_ += 2 * step_;
+            return narrowU8(roundOnce(low), roundOnce(high));
+        }
+
+      private:
+        // Rows 0 and 1 side by side, with rows 1 and 2 in the high halves: columns 0 to 7, and 8 to 15.
+        struct Pairs {
+            U low, high;
+        };
+        [[gnu::always_inline]] Pairs pairs(const Vek8u* p) const {
+            const U upper = loadPair16<U>(p, p + step_), lower = loadPair16<U>(p + step_, p + 2 * step_);
+            return {interleaveLow(upper, lower), interleaveHigh(upper, lower)};
+        }
+        const Vek8u* next_;
+        std::ptrdiff_t step_;
+        Pairs pairs0_, pairs2_;
+    };
+};
+#endif
+
+// ---- the half-sample values that need sums of rows
+
+// The half samples b of one group after the other.
+template <class S>
+class LumaHorizontal {
+  public:
+    LumaHorizontal(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    [[gnu::always_inline]] typename S::U group() {
+        const auto first = roundOnce(S::horizontal(p_, p_ + step_));
+        const Vek8u* second = p_ + S::kRows * step_;
+        p_ += 2 * S::kRows * step_;
+        return S::pack(first, roundOnce(S::horizontal(second, second + step_)));
+    }
+
+  private:
+    const Vek8u* p_;
+    std::ptrdiff_t step_;
+};
+
+// The half samples j of one group after the other, with the half samples of its rows: b, or s if `below` is 1.
+template <class S, int below>
+class LumaCentre {
+  public:
+    using V = typename S::V;
+    LumaCentre(const Vek8u* p, std::ptrdiff_t step) : next_(p + 3 * step), step_(step) {
+        if constexpr (S::kRows == 1) {
+            for (int k = 0; k < 5; ++k) r_[k] = rows(p + (k - 2) * step);
+        } else {
+            const Vek8u* top = p - 2 * step;
+            r_[1] = rows(p - step);
+            r_[3] = rows(p + step);
+            r_[0] = S::between(S::horizontal(top, top), r_[1]);
+            r_[2] = S::between(r_[1], r_[3]);
+        }
+    }
+    struct Group {
+        typename S::U centre, rows;
+    };
+    [[gnu::always_inline]] Group group() {
+        if constexpr (S::kRows == 1) {
+            r_[5] = rows(next_);
+            r_[6] = rows(next_ + step_);
+        } else {
+            r_[5] = rows(next_);
+            r_[7] = rows(next_ + 2 * step_);
+            r_[4] = S::between(r_[3], r_[5]);
+            r_[6] = S::between(r_[5], r_[7]);
+        }
+        next_ += kGroup * step_;
+        const V* second = r_ + S::kRows;
+        const Group result{S::pack(roundTwice(r_[0], r_[1], r_[2], r_[3], r_[4], r_[5]),
+                                   roundTwice(second[0], second[1], second[2], second[3], second[4], second[5])),
+                           S::pack(roundOnce(r_[2 + below]), roundOnce(second[2 + below]))};
+        for (int k = 0; k + kGroup < kWindow; ++k) r_[k] = r_[k + kGroup];
+        return result;
+    }
+
+  private:
+    static constexpr int kGroup = 2 * S::kRows, kWindow = 6 + S::kRows;
+    [[gnu::always_inline]] V rows(const Vek8u* p) const { return S::horizontal(p, p + step_); }
+    const Vek8u* next_;
+    std::ptrdiff_t step_;
+    V r_[kWindow];  // sums of the rows from 2 above the group on, each with kRows - 1 more
+};
+
+// ---- the sixteen positions (Table 8-12)
+
+// The kernels take their arguments where the exports have them and return vekStsOk: an export ends in a jump.
+template <class S, int dx, int dy>
+VekStatus lumaColumn(const Vek8u* src, Vek32s srcStep32, Vek8u* dst, Vek32s dstStep32, Vek32s height) {
+    constexpr int kGroup = 2 * S::kRows;
+    constexpr int right = dx == 3, below = dy == 3;  // of the two integer samples or half samples the second one
+    const std::ptrdiff_t srcStep = srcStep32, dstStep = dstStep32;
+    const auto forGroups = [&](auto&& value) {
+#pragma GCC unroll 1
+        for (int y = 0; y < height; y += kGroup) {
+            S::store(dst, dstStep, value());
+            src += kGroup * srcStep;
+            dst += kGroup * dstStep;
+        }
+        return vekStsOk;
+    };
+    if constexpr (dy == 0) {
+        LumaHorizontal<S> b(src, srcStep);
+        return forGroups([&] { return dx == 2 ? b.group() : average(S::load(src + right, srcStep), b.group()); });
+    } else if constexpr (dx == 0) {
+        typename S::Vertical h(src, srcStep);
+        return forGroups(
+            [&] { return dy == 2 ? h.group() : average(S::load(src + below * srcStep, srcStep), h.group()); });
+    } else if constexpr (dx != 2 && dy != 2) {
+        LumaHorizontal<S> b(src + below * srcStep, srcStep);
+        typename S::Vertical h(src + right, srcStep);
+        return forGroups([&] { return average(b.group(), h.group()); });
+    } else if constexpr (dx == 2) {
+        LumaCentre<S, below> j(src, srcStep);
+        return forGroups([&] {
+            const auto group = j.group();
+            return dy == 2 ? group.centre : average(group.centre, group.rows);
+        });
+    } else {
+        LumaCentre<S, 0> j(src, srcStep);
+        typename S::Vertical h(src + right, srcStep);
+        return forGroups([&] { return average(j.group().centre, h.group()); });
+    }
+}
+
+template <int W>
+VekStatus copyColumn(const Vek8u* src, Vek32s srcStep, Vek8u* dst, Vek32s dstStep, Vek32s height) {
+    const Block<Vek8u> in(src, srcStep);
+    const MutableBlock<Vek8u> out(dst, dstStep);
+    for (int y = 0; y < height; y += 4) {
+        u8x16 rows[4];
+        for (int k = 0; k < 4; ++k) rows[k] = loadBytes<u8x16, W>(in.at(0, y + k));
+        for (int k = 0; k < 4; ++k) storeBytes<W>(out.at(0, y + k), rows[k]);
+    }
+    return vekStsOk;
+}
+
+using LumaKernel = VekStatus (*)(const Vek8u*, Vek32s, Vek8u*, Vek32s, Vek32s);
+template <class S, int W, std::size_t... i>
+constexpr std::array<LumaKernel, 16> lumaKernels(std::index_sequence<0, i...>) {
+    return {copyColumn<W>, lumaColumn<S, i % 4, i / 4>...};
+}
+// Two columns of 8 where no vector holds a row of 16.
+template <int position>
+VekStatus lumaTwoColumns(const Vek8u* src, Vek32s srcStep, Vek8u* dst, Vek32s dstStep, Vek32s height) {
+    lumaColumn<Luma8, position % 4, position / 4>(src, srcStep, dst, dstStep, height);
+    return lumaColumn<Luma8, position % 4, position / 4>(src + 8, srcStep, dst + 8, dstStep, height);
+}
+template <std::size_t... i>
+constexpr std::array<LumaKernel, 16> lumaKernels16(std::index_sequence<0, i...> all) {
+#if VEKVC_VECTOR256
+    return lumaKernels<Luma16, 16>(all);
+#else
+    static_cast<void>(all);
+    return {copyColumn<16>, lumaTwoColumns<i>...};
+#endif
+}
+// By width: 4, 8, 16. By position: 4 * dy + dx.
+inline constexpr std::array<LumaKernel, 16> kLumaKernels[3] = {lumaKernels<Luma4, 4>(std::make_index_sequence<16>()),
+                                                               lumaKernels<Luma8, 8>(std::make_index_sequence<16>()),
+                                                               lumaKernels16(std::make_index_sequence<16>())};
+
+// Widths that are no partition's: columns 16, 8 and 4 wide.
+[[gnu::noinline, gnu::cold]] inline VekStatus lumaColumns(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
+                                                          Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize size) {
+    int x = 0;
+    for (int width : {16, 8, 4})
+        if (size.width & width) {
+            kLumaKernels[width / 8][static_cast<std::size_t>(4 * dy + dx)](pSrc + x, srcStep, pDst + x, dstStep,
+                                                                           size.height);
+            x += width;
+        }
+    return vekStsOk;
+}
+
+[[gnu::always_inline]] inline VekStatus interpolateLuma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
+                                                        Vek32s dx, Vek32s dy, VekiSize size, int) {
+    if (size.width == 0 || (size.width & (size.width - 1)) != 0)
+        return lumaColumns(pSrc, srcStep, pDst, dstStep, dx, dy, size);
+    return kLumaKernels[size.width / 8][static_cast<std::size_t>(4 * dy + dx)](pSrc, srcStep, pDst, dstStep,
+                                                                               size.height);
+}
+
+}  // namespace vekvc::simd
+
+#endif

@@ -1,0 +1,135 @@
+// Block decoding on a 64-bit window of the stream: one table step for a common code, inverse quantization without a
+// branch. Escapes, which are rare, are read bit field by bit field.
+#ifndef VEKVC_MPEG2_BLOCK_DECODE_SIMD_H
+#define VEKVC_MPEG2_BLOCK_DECODE_SIMD_H
+
+#include "mpeg2/block_decode_plain.h"
+
+namespace vekvc::simd {
+
+inline VekStatus decodeHuffmanOne(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek32s* pDst, const Vek32s* table) {
+    WordWindow window(ppBitStream, pBitOffset);
+    const VlcLook code = look(window, table);
+    store<Vek32s>(pDst, code.value());
+    if (code.noCode()) [[unlikely]] {
+        window.commit(ppBitStream, pBitOffset, -code.width);
+        return vekStsErrVlcData;
+    }
+    window.commit(ppBitStream, pBitOffset, -code.lengthHere());
+    return vekStsOk;
+}
+
+inline VekStatus decodeHuffmanPair(Vek32u** ppBitStream, Vek32s* pBitOffset, const Vek32s* table, Vek8u* pFirst,
+                                   Vek16s* pSecond) {
+    WordWindow window(ppBitStream, pBitOffset);
+    const VlcLook code = look(window, table);
+    if (code.noCode()) [[unlikely]]
+        return vekStsErrVlcData;
+    window.commit(ppBitStream, pBitOffset, -code.lengthHere());
+    *pFirst = static_cast<Vek8u>(code.run());
+    store<Vek16s>(pSecond, static_cast<Vek16s>(code.level()));
+    return vekStsOk;
+}
+
+// The definition's coefficient without a branch.
+template <Standard standard, bool intra>
+[[gnu::always_inline]] inline Vek16s dequantize(Vek32s level, Vek32s QP, Vek32s weight) {
+    const Vek32s sign = (level > 0) - (level < 0);
+    const Vek32s product = wrapMul(2 * level + (intra ? 0 : sign), wrapMul(weight, QP));
+    if constexpr (standard == Standard::mpeg2) return wrap16(product / 32);
+    const Vek32s c = product / 16;
+    const Vek32s towardZero = ((c > 0) - (c < 0)) & ((c & 1) - 1);  // for an even c
+    return static_cast<Vek16s>(clip3(-2048, 2047, c - towardZero));
+}
+
+template <Standard standard>
+[[gnu::noinline]] WordReader readEscape(WordReader reader, plain::RunLevel& pair) {
+    pair = plain::readEscape<standard>(reader);
+    return reader;
+}
+
+template <Standard standard, bool intra>
+[[gnu::always_inline]] inline VekStatus decodeCoefficients(WordWindow window, Vek32u** ppBitStream, Vek32s* pBitOffset,
+                                                           const Vek32s* pFirstCoefTable, const Vek32s* pACTable,
+                                                           const BlockTarget& target) {
+    int i = intra ? 0 : -1;
+    Vek32u sum = intra ? static_cast<Vek32u>(load<Vek16s>(target.pDstBlock)) : 0;
+    const auto put = [&](Vek32s level) {
+        const Vek32s position = load<Vek32s>(target.pScanMatrix + i);
+        const Vek16s c = dequantize<standard, intra>(level, target.QP, load<Vek16s>(target.pQuantMatrix + position));
+        store<Vek16s>(target.pDstBlock + position, c);
+        sum += static_cast<Vek32u>(c);
+    };
+    const Vek32s* table = intra ? pACTable : pFirstCoefTable;
+    if constexpr (!intra) {
+        window.need(1);
+        if (window.top(1) != 0) {
+            window.need(2);
+            const Vek32s level = 1 - 2 * static_cast<Vek32s>(window.top(2) & 1);
+            window.drop(2);
+            i = 0;
+            put(level);
+            table = pACTable;
+        }
+    }
+    while (true) {
+        const VlcLook code = look(window, table);
+        const int length = code.lengthHere();
+        const int run = code.run();
+        if (run >= kRunEndOfBlock) [[unlikely]] {
+            if (run == kRunEndOfBlock) {
+                window.commit(ppBitStream, pBitOffset, -length);
+                break;
+            }
+            window.drop(length);
+            plain::RunLevel pair;
+            window = WordWindow(readEscape<standard>(window.reader(), pair));
+            i += pair.run + 1;
+            if (i > 63) {
+                window.commit(ppBitStream, pBitOffset);
+                return vekStsErrVlcData;
+            }
+            put(pair.level);
+        } else {
+            i += run + 1;
+            if (i > 63) [[unlikely]] {
+                window.commit(ppBitStream, pBitOffset, -length);
+                return vekStsErrVlcData;
+            }
+            window.drop(length);
+            put(code.byteLevel());
+        }
+        table = pACTable;
+    }
+    store<Vek32s>(target.pDstSize, i < 0 ? 0 : i);
+    if constexpr (standard == Standard::mpeg2) controlMismatch(sum, target.pDstBlock);
+    return vekStsOk;
+}
+
+template <Standard standard>
+VekStatus reconstructBlock(Vek32u** ppBitStream, Vek32s* pBitOffset, const Vek32s* pFirstCoefTable,
+                           const Vek32s* pACTable, const BlockTarget& target) {
+    std::memset(target.pDstBlock, 0, 128);
+    return decodeCoefficients<standard, false>(WordWindow(ppBitStream, pBitOffset), ppBitStream, pBitOffset,
+                                               pFirstCoefTable, pACTable, target);
+}
+
+template <Standard standard>
+VekStatus reconstructBlockIntra(Vek32u** ppBitStream, Vek32s* pBitOffset, const BlockDc& dc, const Vek32s* pACTable,
+                                const BlockTarget& target) {
+    std::memset(target.pDstBlock, 0, 128);
+    WordWindow window(ppBitStream, pBitOffset);
+    const VlcLook code = look(window, dc.pDCSizeTable);
+    const int size = code.byteValue();
+    if (size < 0 || size > kMaxDcSize) [[unlikely]] {
+        window.commit(ppBitStream, pBitOffset, -code.lengthHere());
+        return vekStsErrVlcData;
+    }
+    window.drop(code.lengthHere());
+    storeDc<standard>(dc, dcDifference(window.read(size), size), target.pDstBlock);
+    return decodeCoefficients<standard, true>(window, ppBitStream, pBitOffset, nullptr, pACTable, target);
+}
+
+}  // namespace vekvc::simd
+
+#endif
