@@ -373,14 +373,21 @@ struct SampleRow {
 };
 
 template <int width, int height, class P>
-void predictVertical(MutableBlock<P> block) {
+VEKVC_SIMD_INLINE void predictVertical(MutableBlock<P> block) {
     const auto row = SampleRow<width, P>::read(block.at(0, -1));
     for (int y = 0; y < height; ++y) row.write(block.at(0, y));
 }
 
 template <int width, int height, class P>
-void predictHorizontal(MutableBlock<P> block) {
-    for (int y = 0; y < height; ++y) SampleRow<width, P>::allLike(block.at(-1, y)).write(block.at(0, y));
+VEKVC_SIMD_INLINE void predictHorizontal(MutableBlock<P> block) {
+    for (int y = 0; y < height; ++y) {
+        if constexpr (sizeof(P) == 1 && width == 16) {  // the left sample with three of the block's own
+            const u8x16 row = shuffleBytes(loadBytes<u8x16, 4>(block.at(-1, y)), zero<u8x16>());
+            storeBytes<width>(block.at(0, y), row);
+        } else {
+            SampleRow<width, P>::allLike(block.at(-1, y)).write(block.at(0, y));
+        }
+    }
 }
 
 // 8-bit samples. Every value stays within 16 bits: |b| and |c| are at most 1354 with 4 columns or rows from the middle,
@@ -388,10 +395,14 @@ void predictHorizontal(MutableBlock<P> block) {
 template <int width, int height>
 void predictPlane(MutableBlock<Vek8u> block, int) {
     constexpr int xMiddle = width / 2 - 1, yMiddle = height / 2 - 1;
-    const auto weighted = [](int n, auto sample) {
-        int sum = 0, outer = 0;  // a difference joins `sum` once for each step towards the middle
-        for (int k = n / 2 - 1; k >= 0; --k) {
-            outer += sample(n / 2 + k) - sample(n / 2 - 2 - k);
+    // The sum of k times the difference of the samples k places after and before the middle; each difference joins the
+    // sum once for every place, from the outermost inwards.
+    const auto weighted = [](int n, Block<Vek8u> line) {
+        const Vek8u *before = line.at(0, -1), *after = line.at(0, n - 1);
+        int sum = 0, outer = 0;
+        for (int k = 0; k < n / 2;
+             ++k, before = offsetBytes(before, line.step), after = offsetBytes(after, -line.step)) {
+            outer += *after - *before;
             sum += outer;
         }
         return ((n == 16 ? 5 : 34) * sum + 32) >> 6;
@@ -405,9 +416,11 @@ void predictPlane(MutableBlock<Vek8u> block, int) {
                            mulAddPairs(after, lanes<i16x8>(1, 2, 3, 4, 5, 6, 7, 8));
         b = (5 * sumLanes(sums) + 32) >> 6;
     } else {
-        b = weighted(width, [&](int x) { return int{block(x, -1)}; });
+        b = weighted(width, Block<Vek8u>(block.at(0, -1), 1));
     }
-    const int c = weighted(height, [&](int y) { return int{block(-1, y)}; });
+    Block<Vek8u> leftColumn(block.at(-1, 0), 0);
+    leftColumn.step = block.step;
+    const int c = weighted(height, leftColumn);
     const int a = 16 * (block(-1, height - 1) + block(width - 1, -1));
     const i16x8 slope = splat<i16x8>(b) * lanes<i16x8>(0, 1, 2, 3, 4, 5, 6, 7), down = splat<i16x8>(c);
     i16x8 row = slope + splat<i16x8>(a - b * xMiddle - c * yMiddle + 16);
@@ -445,8 +458,9 @@ int sumAbove(MutableBlock<P> block, int x) {
 }
 template <int n, class P>
 int sumLeft(MutableBlock<P> block, int y) {
+    const P* p = block.at(-1, y);
     int sum = 0;
-    for (int k = 0; k < n; ++k) sum += block(-1, y + k);
+    for (int k = 0; k < n; ++k, p = offsetBytes(p, block.step)) sum += load<P>(p);
     return sum;
 }
 
