@@ -390,23 +390,25 @@ VEKVC_SIMD_INLINE void predictHorizontal(MutableBlock<P> block) {
     }
 }
 
+// The slope of the plane along n samples from `line` on, `stride` bytes apart, with the sample before them: k times the
+// difference of the samples k places after and before the middle, summed. Each difference joins the sum once for every
+// place, from the outermost inwards.
+template <int n, class P>
+int planeSlope(const P* line, std::ptrdiff_t stride) {
+    const P *before = offsetBytes(line, -stride), *after = offsetBytes(line, (n - 1) * stride);
+    int sum = 0, outer = 0;
+    for (int k = 0; k < n / 2; ++k, before = offsetBytes(before, stride), after = offsetBytes(after, -stride)) {
+        outer += load<P>(after) - load<P>(before);
+        sum += outer;
+    }
+    return ((n == 16 ? 5 : 34) * sum + 32) >> 6;
+}
+
 // 8-bit samples. Every value stays within 16 bits: |b| and |c| are at most 1354 with 4 columns or rows from the middle,
 // 717 with 8, and a is at most 8160.
 template <int width, int height>
 void predictPlane(MutableBlock<Vek8u> block, int) {
     constexpr int xMiddle = width / 2 - 1, yMiddle = height / 2 - 1;
-    // The sum of k times the difference of the samples k places after and before the middle; each difference joins the
-    // sum once for every place, from the outermost inwards.
-    const auto weighted = [](int n, Block<Vek8u> line) {
-        const Vek8u *before = line.at(0, -1), *after = line.at(0, n - 1);
-        int sum = 0, outer = 0;
-        for (int k = 0; k < n / 2;
-             ++k, before = offsetBytes(before, line.step), after = offsetBytes(after, -line.step)) {
-            outer += *after - *before;
-            sum += outer;
-        }
-        return ((n == 16 ? 5 : 34) * sum + 32) >> 6;
-    };
     int b;
     if constexpr (width == 16) {
         // Weights -8 .. -1 for x = -1 .. 6 and 1 .. 8 for x = 8 .. 15.
@@ -416,11 +418,9 @@ void predictPlane(MutableBlock<Vek8u> block, int) {
                            mulAddPairs(after, lanes<i16x8>(1, 2, 3, 4, 5, 6, 7, 8));
         b = (5 * sumLanes(sums) + 32) >> 6;
     } else {
-        b = weighted(width, Block<Vek8u>(block.at(0, -1), 1));
+        b = planeSlope<width>(block.at(0, -1), 1);
     }
-    Block<Vek8u> leftColumn(block.at(-1, 0), 0);
-    leftColumn.step = block.step;
-    const int c = weighted(height, leftColumn);
+    const int c = planeSlope<height>(block.at(-1, 0), block.step);
     const int a = 16 * (block(-1, height - 1) + block(width - 1, -1));
     const i16x8 slope = splat<i16x8>(b) * lanes<i16x8>(0, 1, 2, 3, 4, 5, 6, 7), down = splat<i16x8>(c);
     i16x8 row = slope + splat<i16x8>(a - b * xMiddle - c * yMiddle + 16);
@@ -444,7 +444,18 @@ void predictPlane(MutableBlock<Vek8u> block, int) {
 }
 template <int width, int height>
 void predictPlane(MutableBlock<Vek16u> block, int bitDepth) {
-    plain::predictPlane<width, height>(block, bitDepth);
+    const int b = planeSlope<width>(block.at(0, -1), sizeof(Vek16u));
+    const int c = planeSlope<height>(block.at(-1, 0), block.step);
+    const int a = 16 * (block(-1, height - 1) + block(width - 1, -1));
+    const i32x4 right = splat<i32x4>(4 * b), down = splat<i32x4>(c);
+    const u16x8 most = splat<u16x8>((1 << bitDepth) - 1);
+    i32x4 row = splat<i32x4>(b) * lanes<i32x4>(0, 1, 2, 3);
+    row += splat<i32x4>(a - b * (width / 2 - 1) - c * (height / 2 - 1) + 16);
+    for (int y = 0; y < height; ++y, row += down) {
+        i32x4 v = row;
+        for (int x = 0; x < width; x += 8, v += right + right)
+            store(block.at(x, y), min(narrowU16(v >> 5, (v + right) >> 5), most));
+    }
 }
 
 // The sum of n samples of the above row from x on (n: 4, 8 or 16), or of the left column.

@@ -142,8 +142,10 @@ void scaleBlock8x8(C* pSrcDst, const Vek16s* pLevelScale, int qpDiv6) {
 template <class C, class P, int size>
 void addToPrediction(const Values<size, C>& r, Block<P> pred, MutableBlock<P> dst, int bitDepth) {
     constexpr int n = size == 16 ? 4 : 8;
+    const std::int64_t most = (1 << bitDepth) - 1;
     for (int y = 0; y < n; ++y)
-        for (int x = 0; x < n; ++x) dst.put(x, y, static_cast<P>(clipDepth(pred(x, y) + r[n * y + x], bitDepth)));
+        for (int x = 0; x < n; ++x)
+            dst.put(x, y, static_cast<P>(clip3<std::int64_t>(0, most, std::int64_t{pred(x, y)} + r[n * y + x])));
 }
 
 template <class C, class P>
