@@ -1,16 +1,16 @@
 /** @file h264_deblock.h
- *  H.264/AVC deblocking filter (H.264 8.7): the edges of one macroblock, in place. The caller derives bS (8.7.2.1) and
- * the values of Tables 8-16 and 8-17; the sample decisions and the filtering (8.7.2.2 to 8.7.2.4) are done here.
+ *  H.264/AVC deblocking filter (H.264 8.7): the edges of one macroblock, in place. The caller derives bS (8.7.2.1)
+ *  and the values of Tables 8-16 and 8-17; the sample decisions and the filtering (8.7.2.2 to 8.7.2.4) are done here.
  *
  *  An operand list for all edges of one direction:
  *
  *  `pBs` has 16 boundary strengths, four per luma edge: entry 4 * e + s belongs to luma edge e (at luma column or row
  *  4 * e) and to its segment s, four luma samples long. 0 leaves a segment alone, 1 to 3 select the normal filter, 4
- * the strong one (a value above 4 counts as 4); they may mix within an edge.
+ *  the strong one (a value above 4 counts as 4); they may mix within an edge.
  *
  *  `pAlpha[0]`, `pBeta[0]` belong to edge 0, the macroblock's outer edge; `pAlpha[1]`, `pBeta[1]` to the inner edges.
  *  They and the thresholds are values, not indices: alpha and beta of Table 8-16 at indexA and indexB, tc0 of Table
- * 8-17. Where Cb and Cr have different QP, call for each plane with its own values.
+ *  8-17. Where Cb and Cr have different QP, call for each plane with its own values.
  *
  *  | Forms                | Edge in the block       | pBs      | pThresholds | alpha, beta | One strength covers     |
  *  |----------------------|-------------------------|----------|-------------|-------------|-------------------------|
@@ -27,33 +27,35 @@
  *
  *  Chroma 4:2:2, horizontal edges. The chroma block is 8 wide and 16 high, coded in 4x4 blocks whatever
  *  transform_size_8x8_flag says, so 8.7 filters all four of its horizontal edges, at chroma rows 0, 4, 8 and 12 (the
- * flag switches off inner chroma edges only when ChromaArrayType is 3). 8.7.2 gives a chroma sample the bS of the luma
- * sample at (SubWidthC * x, SubHeightC * y), and SubHeightC is 1: chroma row 4e takes the bS of luma row 4e, which is
- * edge e, and two chroma columns share the bS of a luma segment. So a caller passes its luma strengths as they are,
- * with one addition. With transform_size_8x8_flag equal to 1 luma edges 1 and 3 are not filtered and their bS may not
- * have been derived; chroma rows 4 and 12 need it all the same. Both sides of such an edge lie in one 8x8 block,
- * so 8.7.2.1 leaves: 3 in an intra macroblock, else 2 if that 8x8 block has non-zero coefficients, else what the motion
- * says (0 where the 8x8 block has one motion, which a transform of 8x8 implies). The luma form must then be given zeros
- * for edges 1 and 3. Vertical edges need nothing of the kind: chroma column 4 is luma column 8.
+ *  flag switches off inner chroma edges only when ChromaArrayType is 3). 8.7.2 gives a chroma sample the bS of the
+ *  luma sample at (SubWidthC * x, SubHeightC * y), and SubHeightC is 1: chroma row 4e takes the bS of luma row 4e,
+ *  which is edge e, and two chroma columns share the bS of a luma segment. So a caller passes its luma strengths as
+ *  they are, with one addition. With transform_size_8x8_flag equal to 1 luma edges 1 and 3 are not filtered and their
+ *  bS may not have been derived; chroma rows 4 and 12 need it all the same. Both sides of such an edge lie in one 8x8
+ *  block, so 8.7.2.1 leaves: 3 in an intra macroblock, else 2 if that 8x8 block has non-zero coefficients, else what
+ *  the motion says (0 where the 8x8 block has one motion, which a transform of 8x8 implies). The luma form must then
+ *  be given zeros for edges 1 and 3. Vertical edges need nothing of the kind: chroma column 4 is luma column 8.
  *
  *  Macroblocks of frames with MBAFF: everything but a mixed left edge is a matter of pointer and step. A field
- * macroblock of a frame starts at its field's first row in the pair with twice the frame's step. A frame macroblock
- * below a field pair has its top edge filtered twice, in fields: call the HorEdge form with twice the step at the
- * macroblock's row 0 and again at its row 1, with strengths for edge 0 alone, then once with the frame's step for the
- * inner edges. A left edge between a frame and a field macroblock pair takes the MBAFF forms, several calls per edge,
- * each with the lines that share one left macroblock (and so one QP):
- *  - Current frame macroblock, left field pair: rows 0, 2, 4 ... lie beside the left top field macroblock, rows 1, 3, 5
- * ... beside the bottom field one. Two calls with twice the frame's step, at row 0 and at row 1.
- *  - Current field macroblock, left frame pair: field rows 0 to 7 lie beside the left upper frame macroblock, rows 8 to
- * 15 beside the lower one. Two calls with twice the frame's step (the field's own), at field row 0 and field row 8. In
- * both cases bS is constant over two luma lines of a call: with four strengths k = 0..3, lines 2k and 2k + 1 of luma.
- *  Chroma 4:2:0 calls have four lines, line k with strength k. Chroma 4:2:2 has eight lines to a call of its luma and
- * no MBAFF form of its own: call the chroma form twice, first with the strengths and thresholds {0, 0, 1, 1} of the
- * four for lines 0 to 3, then with {2, 2, 3, 3} for lines 4 to 7.
+ *  macroblock of a frame starts at its field's first row in the pair with twice the frame's step. A frame macroblock
+ *  below a field pair has its top edge filtered twice, in fields: call the HorEdge form with twice the step at the
+ *  macroblock's row 0 and again at its row 1, with strengths for edge 0 alone, then once with the frame's step for the
+ *  inner edges. A left edge between a frame and a field macroblock pair takes the MBAFF forms, several calls per edge,
+ *  each with the lines that share one left macroblock (and so one QP):
+ *  - Current frame macroblock, left field pair: rows 0, 2, 4 ... lie beside the left top field macroblock, rows 1, 3,
+ *    5 ... beside the bottom field one. Two calls with twice the frame's step, at row 0 and at row 1.
+ *  - Current field macroblock, left frame pair: field rows 0 to 7 lie beside the left upper frame macroblock, rows 8
+ *    to 15 beside the lower one. Two calls with twice the frame's step (the field's own), at field row 0 and field row
+ *    8.
+ *
+ *  In both cases bS is constant over two luma lines of a call: with four strengths k = 0..3, lines 2k and 2k + 1 of
+ *  luma. Chroma 4:2:0 calls have four lines, line k with strength k. Chroma 4:2:2 has eight lines to a call of its
+ *  luma and no MBAFF form of its own: call the chroma form twice, first with the strengths and thresholds {0, 0, 1, 1}
+ *  of the four for lines 0 to 3, then with {2, 2, 3, 3} for lines 4 to 7.
  *
  *  What is read and written: of a line whose strength is not 0, up to four luma (two chroma) samples on either side of
- * the edge; of these only samples p2..q2 (chroma p0, q0) change, the others may be stored back as they were. Nothing of
- * a line is touched that no strength covers.
+ *  the edge; of these only samples p2..q2 (chroma p0, q0) change, the others may be stored back as they were. Nothing
+ *  of a line is touched that no strength covers.
  *
  *  Arguments are trusted beyond null pointers: no ranges are checked. Steps may be negative.
  */
@@ -161,7 +163,7 @@ VEKVC_API VekStatus vekiFilterDeblockingChroma_VerEdge_MBAFF_H264_8u_C1IR(Vek8u*
 VEKVC_API VekStatus vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR(const VekDeblockingParams8u* pParams);
 
 /** The four horizontal edges of one 8 wide, 16 high chroma block of a 4:2:2 picture, y = 0, 4, 8, 12, with all 16
- * strengths and thresholds; see the head of this file for what to pass with 8x8 transforms.
+ *  strengths and thresholds; see the head of this file for what to pass with 8x8 transforms.
  *  @param pParams the operands
  *  @return vekStsOk, vekStsErrNullPtr (the record or one of its pointers)
  */
@@ -183,7 +185,7 @@ VEKVC_API VekStatus vekiFilterDeblockingLumaVerEdge_H264_16u_C1IR(const VekDeblo
 VEKVC_API VekStatus vekiFilterDeblockingLumaHorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams);
 
 /** vekiFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR for 16-bit samples: `pAlpha[0]` and `pBeta[0]`, four strengths
- * and four thresholds are read.
+ *  and four thresholds are read.
  *  @param pParams the operands
  *  @return vekStsOk, vekStsErrNullPtr (the record or one of its pointers)
  */

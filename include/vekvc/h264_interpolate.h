@@ -2,23 +2,23 @@
  *  H.264/AVC fractional sample interpolation (H.264 8.4.2.2): one rectangular block of a prediction per call.
  *
  *  Luma takes quarter-sample fractions and the six-tap filter (8.4.2.2.1), chroma eighth-sample fractions and the
- * bilinear weights (8.4.2.2.2). A decoder with 4:2:2 chroma passes the vertical chroma fraction as 2 * (mvCLX[1] & 3):
- * the vertical unit of 4:2:2 is a quarter of a chroma sample (8.4.1.4).
+ *  bilinear weights (8.4.2.2.2). A decoder with 4:2:2 chroma passes the vertical chroma fraction as 2 * (mvCLX[1] &
+ *  3): the vertical unit of 4:2:2 is a quarter of a chroma sample (8.4.1.4).
  *
  *  Common to the forms of this header:
  *  - Steps count bytes, for 16-bit samples too; they may be negative and are not checked.
  *  - Source and destination may not overlap, except that the averages may write over either source in place.
  *  - Beside the block itself a luma form reads two columns before and three behind when `dx` is not 0, two rows above
- * and three below when `dy` is not 0, and nothing of the kind otherwise. A chroma form reads one more column when `dx`
- * is not 0 and one more row when `dy` is not 0. Of positions with both fractions (luma) all rows may be read over the
- *    widened width: the block read is (width + 5) x (height + 5) samples.
+ *    and three below when `dy` is not 0, and nothing of the kind otherwise. A chroma form reads one more column when
+ *    `dx` is not 0 and one more row when `dy` is not 0. Of positions with both fractions (luma) all rows may be read
+ *    over the widened width: the block read is (width + 5) x (height + 5) samples.
  *  - Luma sizes: the width is a sum of 4, 8 and 16 (no other bit set), the height a multiple of 4. Chroma sizes: the
- * width is a sum of 2, 4 and 8, the height even. Sizes that a partition does not have (a width of 12 or 24, a height of
- * 64) are done in full; a width of 0, or a height of 0 or below, does nothing.
+ *    width is a sum of 2, 4 and 8, the height even. Sizes that a partition does not have (a width of 12 or 24, a
+ *    height of 64) are done in full; a width of 0, or a height of 0 or below, does nothing.
  *  - 16-bit samples: `bitDepth` is 8 to 14, and every sample read must lie in 0 .. 2^bitDepth - 1. Luma clips its
- * results to that range; chroma cannot leave it and takes the argument so that both have the same list.
+ *    results to that range; chroma cannot leave it and takes the argument so that both have the same list.
  *  - Checks: null pointers (vekStsErrNullPtr); a fraction outside 0..3 (luma) or 0..7 (chroma) (vekStsErrBadArg); the
- * size (vekStsErrSize); the bit depth (vekStsErrOutOfRange).
+ *    size (vekStsErrSize); the bit depth (vekStsErrOutOfRange).
  */
 #ifndef VEKVC_H264_INTERPOLATE_H
 #define VEKVC_H264_INTERPOLATE_H
@@ -30,7 +30,7 @@ extern "C" {
 #endif
 
 /** A block and its motion, for the block forms: 8-bit samples. All planes keep the reference's own layout; the
- * reference must extend as far as the vector reaches (see vekiExpandPlane_H264_8u_C1R), nothing is clamped. */
+ *  reference must extend as far as the vector reaches (see vekiExpandPlane_H264_8u_C1R), nothing is clamped. */
 typedef struct {
     const Vek8u* pSrcPlane;  /**< sample (0, 0) of the reference plane: luma, Cb, or interleaved Cb and Cr */
     Vek32s srcPlaneStep;     /**< its row step in bytes; of `pSrcPlane2` too */
@@ -83,7 +83,7 @@ VEKVC_API VekStatus vekiInterpolateLuma_H264_16u_C1R(const Vek16u* pSrc, Vek32s 
                                                      Vek32s dx, Vek32s dy, VekiSize roiSize, Vek32s bitDepth);
 
 /** Luma block whose reference reaches above the picture: rows above the picture's first row repeat that row and are
- * never read. As vekiInterpolateLuma_H264_8u_C1R, and:
+ *  never read. As vekiInterpolateLuma_H264_8u_C1R, and:
  *  @param pSrc      the block's position as if the picture went on upwards
  *  @param outPixels the number of rows by which the block's first row lies above the picture's first row; 0 or negative
  *                   when the block starts inside. The picture's first row is at pSrc + outPixels * srcStep.
@@ -92,9 +92,9 @@ VEKVC_API VekStatus vekiInterpolateLumaTop_H264_8u_C1R(const Vek8u* pSrc, Vek32s
                                                        Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize);
 
 /** Luma block whose reference reaches below the picture: rows below the picture's last row repeat that row and are
- * never read. The mirror of vekiInterpolateLumaTop_H264_8u_C1R:
+ *  never read. The mirror of vekiInterpolateLumaTop_H264_8u_C1R:
  *  @param outPixels the number of rows by which the block's last row lies below the picture's last row; 0 or negative
- * when the block ends inside. The picture's last row is at pSrc + (roiSize.height - 1 - outPixels) * srcStep.
+ *    when the block ends inside. The picture's last row is at pSrc + (roiSize.height - 1 - outPixels) * srcStep.
  */
 VEKVC_API VekStatus vekiInterpolateLumaBottom_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
                                                           Vek32s dstStep, Vek32s dx, Vek32s dy, Vek32s outPixels,
@@ -192,15 +192,15 @@ VEKVC_API VekStatus vekiInterpolateLumaBlock_H264_16u_P1R(const VekInterpolation
 
 /** Both chroma blocks of a record, from two planes: reads the references at (blockX + (mvX >> 3), blockY + (mvY >> 3))
  *  with the fractions (mvX & 7, mvY & 7); Cb goes from `pSrcPlane` to `pDstBlock`, Cr from `pSrcPlane2` to
- * `pDstBlock2`. Of a 4:2:0 picture mvX and mvY are the luma vector as it is (with the vertical offset of Table 8-9
- * between fields of different parity), of a 4:2:2 picture mvY is twice the luma vector's vertical component.
+ *  `pDstBlock2`. Of a 4:2:0 picture mvX and mvY are the luma vector as it is (with the vertical offset of Table 8-9
+ *  between fields of different parity), of a 4:2:2 picture mvY is twice the luma vector's vertical component.
  *  @param pBlock the record
  *  @return vekStsOk, vekStsErrNullPtr (the record or one of its four pointers), vekStsErrSize (as the chroma forms)
  */
 VEKVC_API VekStatus vekiInterpolateChromaBlock_H264_8u_P2R(const VekInterpolationBlock* pBlock);
 
 /** vekiInterpolateChromaBlock_H264_8u_P2R with an interleaved reference (Cb, Cr, Cb, Cr, ...) at `pSrcPlane`, written
- * to the two blocks; `pSrcPlane2` is not looked at.
+ *  to the two blocks; `pSrcPlane2` is not looked at.
  *  @return as vekiInterpolateChromaBlock_H264_8u_P2R, of the other three pointers
  */
 VEKVC_API VekStatus vekiInterpolateChromaBlock_H264_8u_C2P2R(const VekInterpolationBlock* pBlock);
@@ -211,7 +211,7 @@ VEKVC_API VekStatus vekiInterpolateChromaBlock_H264_8u_C2P2R(const VekInterpolat
 VEKVC_API VekStatus vekiInterpolateChromaBlock_H264_16u_P2R(const VekInterpolationBlock16u* pBlock);
 
 /** Extends a plane on all four sides by repeating its border samples, so that vectors may point outside (the clipping
- * of sample positions in H.264 8.4.2.2). A field is extended by itself: its first row, twice the frame's step.
+ *  of sample positions in H.264 8.4.2.2). A field is extended by itself: its first row, twice the frame's step.
  *  @param pSrcDst      the picture's top-left sample; memory for the borders must be there around it
  *  @param srcDstStep   row step, in bytes; may be negative
  *  @param roiSize      the picture's size; at least 1 x 1

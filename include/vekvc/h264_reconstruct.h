@@ -1,16 +1,16 @@
 /** @file h264_reconstruct.h
  *  H.264/AVC macroblock reconstruction: intra prediction (clause 8.3) and the residual (clause 8.5) of one macroblock
- * per call, from the packed coefficient stream that the CAVLC decoders of h264_cavlc.h write.
+ *  per call, from the packed coefficient stream that the CAVLC decoders of h264_cavlc.h write.
  *
- *  Packed coefficient stream. *ppCoeffs points at the macroblock's coded blocks, each complete and in raster order (16
- *  values for 4x4, 64 for 8x8, 4 for 2x2 and 8 for 2x4 chroma DC), without gaps, in the order of the syntax: luma DC,
- * luma blocks by luma4x4BlkIdx or luma8x8BlkIdx, Cb DC, Cr DC, Cb AC, Cr AC. A call moves *ppCoeffs past the blocks
- * that it consumes, so that the calls for luma and chroma follow on from one another; the stream itself is not written
- * to. A block whose bit is clear consumes nothing.
+ *  Packed coefficient stream. *ppCoeffs points at the macroblock's coded blocks, each complete and in raster order
+ *  (16 values for 4x4, 64 for 8x8, 4 for 2x2 and 8 for 2x4 chroma DC), without gaps, in the order of the syntax: luma
+ *  DC, luma blocks by luma4x4BlkIdx or luma8x8BlkIdx, Cb DC, Cr DC, Cb AC, Cr AC. A call moves *ppCoeffs past the
+ *  blocks that it consumes, so that the calls for luma and chroma follow on from one another; the stream itself is
+ *  not written to. A block whose bit is clear consumes nothing.
  *
  *  Coded-block bits (cbp): bit 0 luma DC (Intra16x16), 1..16 luma 4x4 blocks 0..15, 17 Cb DC, 18 Cr DC, 19..22 Cb AC
- * blocks 0..3, 23..26 Cr AC blocks 0..3. A function ignores the bits of other components. 4:2:2 has a layout of its
- * own, below.
+ *  blocks 0..3, 23..26 Cr AC blocks 0..3. A function ignores the bits of other components. 4:2:2 has a layout of its
+ *  own, below.
  *
  *  Edge flags (edgeFlags): a set bit marks a neighbour of the macroblock that is NOT available for intra prediction
  *  (outside the slice or picture, or not intra under constrained_intra_pred_flag):
@@ -20,21 +20,22 @@
  *    bit 4 (16) above-left sample
  *    bit 5 (32) above-right macroblock; with the bit clear it counts as available if the above edge is
  *  The Half, Halfs and Halves forms exist for MBAFF pictures with constrained intra prediction: a field macroblock
- * whose left pair is a frame pair has its rows' upper half beside one macroblock and the lower half beside the other,
- * and only one of them may be intra. Intra16x16 has no such form: all its modes take the left edge whole (set bit 0 if
- * either half is missing). Neighbouring samples are read from the picture around pSrcDst, at the same step; only those
- * of edges that the flags do not rule out and that the mode uses.
+ *  whose left pair is a frame pair has its rows' upper half beside one macroblock and the lower half beside the
+ *  other, and only one of them may be intra. Intra16x16 has no such form: all its modes take the left edge whole (set
+ *  bit 0 if either half is missing). Neighbouring samples are read from the picture around pSrcDst, at the same step;
+ *  only those of edges that the flags do not rule out and that the mode uses (the filtering of Intra8x8 also uses the
+ *  above-left sample and the above-right row).
  *
  *  Scaling is that of clause 8.5.12.1 (4x4), 8.5.13.1 (8x8), 8.5.10 and 8.5.11 (DC blocks). pLevelScale is
- * LevelScale4x4 (or 8x8) for QP%6 and the macroblock's prediction kind, weights included (flat weight 16), in raster
- * order, as vekiGenScaleLevel4x4_H264_8u16s_C1 makes it; forms without it scale with the flat matrix. In the 16s8u
- * forms scaled values are kept in 16 bits (wrapping) and every sum of the inverse core transforms saturates at 16 bits,
- * the rounding +32 included.
+ *  LevelScale4x4 (or 8x8) for QP%6 and the macroblock's prediction kind, weights included (flat weight 16), 0..32767,
+ *  in raster order, as vekiGenScaleLevel4x4_H264_8u16s_C1 makes it; forms without it scale with the flat matrix. In
+ *  the 16s8u forms scaled values are kept in 16 bits (wrapping) and every sum of the inverse core transforms
+ *  saturates at 16 bits, the rounding +32 included; the 32s16u forms wrap at 32 bits.
  *
  *  Lossless macroblocks (bypass, TransformBypassModeFlag): the residual is the coefficients as they stand. Luma forms
- * take this road if bypass is non-zero and QP is 0; chroma forms whenever bypass is non-zero, since the standard's
- * condition is on QP'Y. The accumulation of 8.5.15 for horizontal and vertical prediction is the caller's, on the
- * coefficients before the call.
+ *  take this road if bypass is non-zero and QP is 0; chroma forms whenever bypass is non-zero, since the standard's
+ *  condition is on QP'Y. The accumulation of 8.5.15 for horizontal and vertical prediction is the caller's, on the
+ *  coefficients before the call.
  *
  *  Inter forms return at once, successfully, if no bit of theirs is set in cbp. Argument checks come first.
  */
@@ -49,13 +50,13 @@ extern "C" {
 
 /* ---- intra predictors ---- */
 
-/** Intra 4x4 prediction (8.3.1.2).
- *  A sample that the mode needs and that is marked unavailable counts as 128; the above-right row is replaced by its
- * left neighbour (the last sample of the above row) instead, without a warning. DC never needs a missing sample.
+/** Intra 4x4 prediction (8.3.1.2). A sample that the mode needs and that is marked unavailable counts as 128; the
+ *  above-right row is replaced by its left neighbour (the last sample of the above row) instead, without a warning.
+ *  DC never needs a missing sample.
  *  @param pSrcDst receives 4x4 samples
  *  @param srcDstStep step in bytes, at least 4
- *  @param predMode 0 vertical, 1 horizontal, 2 DC, 3 diagonal down-left, 4 diagonal down-right, 5 vertical-right,
- *                  6 horizontal-down, 7 vertical-left, 8 horizontal-up
+ *  @param predMode 0 vertical, 1 horizontal, 2 DC, 3 diagonal down-left, 4 diagonal down-right, 5 vertical-right, 6
+ *                  horizontal-down, 7 vertical-left, 8 horizontal-up
  *  @param availability bit 0 (1): above row, bit 1 (2): left column, bit 5 (32): above-left sample, bit 6 (64):
  *                      above-right row; other bits are ignored
  *  @return vekStsWrnUnavailableNeighbour (done; 128 stood in for a sample), vekStsErrNullPtr, vekStsErrStep,
@@ -145,7 +146,7 @@ VEKVC_API VekStatus vekiReconstructLumaIntra8x8MB_H264_16s8u_C1R(Vek16s** ppCoef
                                                                  Vek8u edgeFlags, const Vek16s* pLevelScale,
                                                                  Vek8u bypass);
 /** Predicts and reconstructs an Intra16x16 macroblock, flat scaling: DC block (bit 0 of cbp, 8.5.10) and AC blocks
- * (bits 1..16, position 0 of each ignored in favour of the DC).
+ *  (bits 1..16, position 0 of each ignored in favour of the DC).
  *  @param predMode 0 vertical, 1 horizontal, 2 DC, 3 plane
  *  @return vekStsErrNullPtr (ppCoeffs, pSrcDst, *ppCoeffs), vekStsErrOutOfRange (predMode, QP),
  *          vekStsErrUnavailableNeighbour (as vekiPredictIntra_16x16_H264_8u_C1IR; nothing is written or consumed)
@@ -154,15 +155,16 @@ VEKVC_API VekStatus vekiReconstructLumaIntra_16x16MB_H264_16s8u_C1R(Vek16s** ppC
                                                                     Vek32s srcDstStep, Vek32s predMode, Vek32u cbp,
                                                                     Vek32s QP, Vek8u edgeFlags);
 /** vekiReconstructLumaIntra_16x16MB_H264_16s8u_C1R with a level scale and the lossless mode.
- *  @param pLevelScale LevelScale4x4 for QP%6, 16 values in raster order (not null); its first value scales the DC block
+ *  @param pLevelScale LevelScale4x4 for QP%6, 16 values in raster order (not null); its first value scales the DC
+ *                     block
  *  @param bypass non-zero: if QP is 0, the coefficients (DC values at position 0 of their blocks) are the residual
  */
 VEKVC_API VekStatus vekiReconstructLumaIntra16x16MB_H264_16s8u_C1R(Vek16s** ppCoeffs, Vek8u* pSrcDst, Vek32s srcDstStep,
                                                                    Vek32s predMode, Vek32u cbp, Vek32s QP,
                                                                    Vek8u edgeFlags, const Vek16s* pLevelScale,
                                                                    Vek8u bypass);
-/** vekiReconstructLumaIntraMB_H264_16s8u_C1R with the left edge in two halves: bit 0 of edgeFlags for rows 0..7, bit 1
- * for rows 8..15. */
+/** vekiReconstructLumaIntraMB_H264_16s8u_C1R with the left edge in two halves: bit 0 of edgeFlags for rows 0..7, bit
+ *  1 for rows 8..15. */
 VEKVC_API VekStatus vekiReconstructLumaIntraHalfMB_H264_16s8u_C1R(Vek16s** ppCoeffs, Vek8u* pSrcDst, Vek32s srcDstStep,
                                                                   const Vek32u* pPredModes, Vek32u cbp, Vek32s QP,
                                                                   Vek8u edgeFlags);
@@ -179,7 +181,8 @@ VEKVC_API VekStatus vekiReconstructLumaIntraHalf8x8MB_H264_16s8u_C1R(Vek16s** pp
 
 /* ---- 4:2:0 chroma macroblocks, 8-bit samples ---- */
 
-/** Adds the residual of both chroma planes of an inter macroblock: DC blocks (8.5.11), AC blocks; flat scaling, one QP.
+/** Adds the residual of both chroma planes of an inter macroblock: DC blocks (8.5.11), AC blocks; flat scaling, one
+ *  QP.
  *  @param ppCoeffs packed coefficient stream
  *  @param pSrcDstU 8x8 Cb samples: the prediction, replaced by the picture  @param pSrcDstV the same for Cr
  *  @param srcDstStep step in bytes of both planes
@@ -192,11 +195,12 @@ VEKVC_API VekStatus vekiReconstructChromaInterMB_H264_16s8u_P2R(Vek16s** ppCoeff
 /** vekiReconstructChromaInterMB_H264_16s8u_P2R with a QP and scales per plane, and the lossless mode.
  *  @param chromaQPU QPc of Cb, 0..39  @param chromaQPV QPc of Cr, 0..39
  *  @param pLevelScaleU LevelScale4x4 for QPc%6 of Cb, 16 values  @param pLevelScaleV the same for Cr
- *  @param levelScaleDCU scale of the Cb DC block: LevelScale4x4(QPc%6, 0, 0), the first value of pLevelScaleU
+ *  @param levelScaleDCU scale of the Cb DC block, 0..32767: LevelScale4x4(QPc%6, 0, 0), the first value of
+ *                       pLevelScaleU
  *  @param levelScaleDCV the same for Cr
  *  @param bypass non-zero: the coefficients (DC values at position 0 of their blocks) are the residual
- *  @return vekStsErrNullPtr (ppCoeffs, pSrcDstU, pSrcDstV, pLevelScaleU, pLevelScaleV, *ppCoeffs), vekStsErrOutOfRange
- *          (chromaQPU, chromaQPV)
+ *  @return vekStsErrNullPtr (ppCoeffs, pSrcDstU, pSrcDstV, pLevelScaleU, pLevelScaleV, *ppCoeffs),
+ *          vekStsErrOutOfRange (chromaQPU, chromaQPV)
  */
 VEKVC_API VekStatus vekiReconstructChromaInter4x4MB_H264_16s8u_P2R(Vek16s** ppCoeffs, Vek8u* pSrcDstU, Vek8u* pSrcDstV,
                                                                    Vek32s srcDstStep, Vek32u cbp, Vek32s chromaQPU,
@@ -221,8 +225,8 @@ VEKVC_API VekStatus vekiReconstructChromaIntra4x4MB_H264_16s8u_P2R(Vek16s** ppCo
                                                                    const Vek16s* pLevelScaleU,
                                                                    const Vek16s* pLevelScaleV, Vek32s levelScaleDCU,
                                                                    Vek32s levelScaleDCV, Vek8u bypass);
-/** vekiReconstructChromaIntraMB_H264_16s8u_P2R with the left edge in two halves: bit 0 of edgeFlags for rows 0..3, bit
- * 1 for rows 4..7. DC prediction takes each half by itself; horizontal and plane need both. */
+/** vekiReconstructChromaIntraMB_H264_16s8u_P2R with the left edge in two halves: bit 0 of edgeFlags for rows 0..3,
+ *  bit 1 for rows 4..7. DC prediction takes each half by itself; horizontal and plane need both. */
 VEKVC_API VekStatus vekiReconstructChromaIntraHalfsMB_H264_16s8u_P2R(Vek16s** ppCoeffs, Vek8u* pSrcDstU,
                                                                      Vek8u* pSrcDstV, Vek32s srcDstStep,
                                                                      Vek32s predMode, Vek32u cbp, Vek32s chromaQP,
@@ -241,7 +245,7 @@ VEKVC_API VekStatus vekiReconstructChromaIntraHalvesMB_H264_16s8u_P2R(Vek16s** p
                                                                       Vek32s predMode, Vek32u cbp, Vek32s chromaQP,
                                                                       Vek8u edgeFlagsUpper, Vek8u edgeFlagsLower);
 /** vekiReconstructChromaIntraHalfs4x4MB_H264_16s8u_P2R with the flags of
- * vekiReconstructChromaIntraHalvesMB_H264_16s8u_P2R.
+ *  vekiReconstructChromaIntraHalvesMB_H264_16s8u_P2R.
  */
 VEKVC_API VekStatus vekiReconstructChromaIntraHalves4x4MB_H264_16s8u_P2R(
     Vek16s** ppCoeffs, Vek8u* pSrcDstU, Vek8u* pSrcDstV, Vek32s srcDstStep, Vek32s predMode, Vek32u cbp,
@@ -251,7 +255,8 @@ VEKVC_API VekStatus vekiReconstructChromaIntraHalves4x4MB_H264_16s8u_P2R(
 /* ---- luma macroblocks, 8 to 14 bits ----
  * As the 8-bit forms of the same name: 32-bit coefficients and arithmetic (wrapping), 16-bit samples, steps in bytes.
  * QP is QP'Y = QPY + QpBdOffsetY, 0..51 + 6 * (bitDepth - 8); bitDepth is 8..14, results are clipped to
- * 0..2^bitDepth - 1, and 2^(bitDepth - 1) takes the place of 128. vekStsErrOutOfRange also for bitDepth. */
+ * 0..2^bitDepth - 1, and 2^(bitDepth - 1) takes the place of 128. Samples read must be below 2^bitDepth.
+ * vekStsErrOutOfRange also for bitDepth. */
 
 /** vekiReconstructLumaInter4x4MB_H264_16s8u_C1R for 8 to 14 bits. */
 VEKVC_API VekStatus vekiReconstructLumaInter4x4_H264High_32s16u_IP1R(Vek32s** ppCoeffs, Vek16u* pSrcDst,
@@ -341,7 +346,7 @@ VEKVC_API VekStatus vekiReconstructChroma422Intra4x4_H264High_32s16u_IP2R(
     Vek32s chromaQPU, Vek32s chromaQPV, Vek8u edgeFlags, const Vek16s* pLevelScaleU, const Vek16s* pLevelScaleV,
     Vek32s levelScaleDCU, Vek32s levelScaleDCV, Vek8u bypass, Vek32s bitDepth);
 /** vekiReconstructChroma422Intra4x4_H264High_16s8u_IP2R with the left edge in two halves: bit 0 of edgeFlags for rows
- * 0..7, bit 1 for rows 8..15. */
+ *  0..7, bit 1 for rows 8..15. */
 VEKVC_API VekStatus vekiReconstructChroma422IntraHalf4x4_H264High_16s8u_IP2R(
     Vek16s** ppCoeffs, Vek8u* pSrcDstU, Vek8u* pSrcDstV, Vek32s srcDstStep, Vek32s predMode, Vek32u cbpChroma,
     Vek32s chromaQPU, Vek32s chromaQPV, Vek8u edgeFlags, const Vek16s* pLevelScaleU, const Vek16s* pLevelScaleV,

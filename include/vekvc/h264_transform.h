@@ -2,26 +2,30 @@
  *  H.264/AVC residual arithmetic, one block per call: forward and inverse transforms, quantization and scaling
  *  (clauses 8.5.6 to 8.5.13 and 8.6), for encoders and decoders.
  *
- *  Blocks are arrays in raster order without gaps: 16 values for 4x4, 64 for 8x8, 4 for 2x2 chroma DC, 8 for 2x4 chroma
- *  DC (two wide, four high). A 4x4 block of samples is addressed by a pointer and a step in bytes; only its 4 rows of 4
- *  samples (8 of 8) are touched. Unless a parameter is said to be optional its pointer must not be null.
+ *  Blocks are arrays in raster order without gaps: 16 values for 4x4, 64 for 8x8, 4 for 2x2 chroma DC, 8 for 2x4
+ *  chroma DC (two wide, four high). A 4x4 block of samples is addressed by a pointer and a step in bytes; only its 4
+ *  rows of 4 samples (8 of 8) are touched. Unless a parameter is said to be optional its pointer must not be null.
  *
  *  QP: the 16s forms take 0..51 (luma) or 0..39 (chroma, QPc). The 32s forms serve all bit depths and take QP'Y up to
  *  87 or QP'c up to 75: the standard's QP with QpBdOffset included.
  *
  *  Scales. normAdjust4x4 and normAdjust8x8 are those of equations 8-315 and 8-318; vekiGenScaleLevel4x4_H264_8u16s_C1
- * and vekiGenScaleLevel8x8_H264_8u16s_D2 make both directions' scales from a scaling list.
+ *  and vekiGenScaleLevel8x8_H264_8u16s_D2 make both directions' scales from a scaling list.
  *  - Inverse: LevelScale = weight * normAdjust(QP%6); null stands for the flat weight 16.
  *  - Forward, 4x4: multiplier / weight, where the multipliers are (13107, 5243, 8066) for QP%6 = 0 and so on (row and
  *    column even / odd / mixed). Null stands for the undivided multipliers, with a shift that is 4 larger.
  *
- *  Forward quantization: level = sign(c) * ((|c| * multiplier + f) >> qbits), the sum formed in 32 bits with
- * wrap-around and shifted arithmetically; f = floor(2^qbits / 3) for intra blocks and floor(2^qbits / 6) for inter
- * blocks.
+ *  All scales are 0..32767 (which they always are for weights 1..255), scan indices are not negative, samples of a
+ *  prediction are below 2^bitDepth; results for other values are not defined.
  *
- *  Range of intermediates. The 16s forms keep transformed and scaled values in 16 bits (wrapping where nothing else is
- *  said); in their inverse core transforms every addition and subtraction saturates at 16 bits, the rounding +32
- *  included. The 32s forms wrap at 32 bits. Streams that follow the standard never reach either limit.
+ *  Forward quantization: level = sign(c) * ((|c| * multiplier + f) >> qbits), the sum formed in 32 bits with
+ *  wrap-around and shifted arithmetically; f = floor(2^qbits / 3) for intra blocks and floor(2^qbits / 6) for inter
+ *  blocks.
+ *
+ *  Range of intermediates. The 16s forms keep transformed and scaled values in 16 bits (wrapping where nothing else
+ *  is said); in their inverse core transforms, 4x4 and 8x8, every addition and subtraction saturates at 16 bits, the
+ *  rounding +32 included, sums of several terms being taken from left to right as clause 8.5.13.2 writes them (-in3 +
+ *  in5 first). The 32s forms wrap at 32 bits. Streams that follow the standard never reach either limit.
  */
 #ifndef VEKVC_H264_TRANSFORM_H
 #define VEKVC_H264_TRANSFORM_H
@@ -92,8 +96,8 @@ VEKVC_API VekStatus vekiQuantizeResidual4x4Fwd_H264_16s32s_C1(const Vek16s* pSrc
 VEKVC_API VekStatus vekiQuantizeResidual4x4Fwd_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32u* pNumLevels,
                                                            Vek32u* pLastPos, const Vek16s* pScale,
                                                            const Vek16s* pScanPos, Vek32u QP, Vek32u isIntra);
-/** As vekiQuantizeResidual4x4Fwd_H264_16s32s_C1 with 32-bit data; pScale null: default multipliers, qbits = 15 + QP/6.
- *  QP is unsigned, 0..87. */
+/** As vekiQuantizeResidual4x4Fwd_H264_16s32s_C1 with 32-bit data; pScale null: default multipliers, qbits = 15 +
+ *  QP/6. QP is unsigned, 0..87. */
 VEKVC_API VekStatus vekiQuantizeResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst, Vek32u* pNumLevels,
                                                            Vek32u* pLastPos, const Vek32u* pScale,
                                                            const Vek16s* pScanPos, Vek32u QP, Vek32u isIntra);
@@ -108,12 +112,12 @@ VEKVC_API VekStatus vekiTransformResidual4x4Inv_H264_16s_C1(const Vek16s* pSrc, 
 /** As vekiTransformResidual4x4Inv_H264_16s_C1, in 32 bits with wrap-around. */
 VEKVC_API VekStatus vekiTransformResidual4x4Inv_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst);
 
-/** Scaling (8.5.12.1), inverse transform (8.5.12.2) and addition to the prediction with clipping to 0..255.
- *  Scaling: QP below 24: d = (c * LevelScale + 2^(3 - QP/6)) >> (4 - QP/6), else d = (c * LevelScale) << (QP/6 - 4),
- * kept in 16 bits.
+/** Scaling (8.5.12.1), inverse transform (8.5.12.2) and addition to the prediction with clipping to 0..255. Scaling:
+ *  QP below 24: d = (c * LevelScale + 2^(3 - QP/6)) >> (4 - QP/6), else d = (c * LevelScale) << (QP/6 - 4), kept in
+ *  16 bits.
  *  @param pPred prediction, 4x4 samples  @param predStep its step in bytes
  *  @param pSrcDst levels, 16 values; left as they are. With hasAC zero only position 0 is read, and none if pDC is
- * given
+ *                 given
  *  @param pDC optional: one scaled DC that replaces d at position 0 as it stands
  *  @param pDst receives 4x4 samples; may be pPred  @param dstStep its step in bytes
  *  @param QP 0..51
@@ -153,10 +157,10 @@ VEKVC_API VekStatus vekiDequantTransformResidual_H264_16s_C1I(Vek16s* pSrcDst, V
 
 /* ---- luma DC of Intra16x16 macroblocks (8.5.10) ---- */
 
-/** 4x4 Hadamard transform and quantization of the 16 luma DC values of an Intra16x16 macroblock.
- *  Each transformed value is halved by an arithmetic shift, kept in 16 bits; sums before that are exact. Quantization
- *  always with intra rounding. Without pScaleDC: multiplier of QP%6 at position 0, qbits = 16 + QP/6,
- *  f = floor(2^qbits / 3). With it: qbits = 12 + QP/6 and f = 1364 * 2^(QP/6), deliberately not floor(2^qbits / 3).
+/** 4x4 Hadamard transform and quantization of the 16 luma DC values of an Intra16x16 macroblock. Each transformed
+ *  value is halved by an arithmetic shift, kept in 16 bits; sums before that are exact. Quantization always with
+ *  intra rounding. Without pScaleDC: multiplier of QP%6 at position 0, qbits = 16 + QP/6, f = floor(2^qbits / 3).
+ *  With it: qbits = 12 + QP/6 and f = 1364 * 2^(QP/6), deliberately not floor(2^qbits / 3).
  *  @param pDst receives 16 levels; may be pSrc
  *  @param pSrc the 16 DC values; replaced by the transformed values if needTransform is non-zero
  *  @param QP 0..51
@@ -186,8 +190,8 @@ VEKVC_API VekStatus vekiTransformQuantLumaDC_H264_16s_C1I(Vek16s* pDst, Vek16s* 
  *  @return vekStsErrNullPtr, vekStsErrOutOfRange (QP)
  */
 VEKVC_API VekStatus vekiTransformDequantLumaDC_H264_16s_C1I(Vek16s* pSrcDst, Vek32s QP);
-/** Inverse 4x4 Hadamard transform and scaling of luma DC levels: QP below 36:
- *  (f * LevelScale(0,0) + 2^(5 - QP/6)) >> (6 - QP/6), else (f * LevelScale(0,0)) << (QP/6 - 6).
+/** Inverse 4x4 Hadamard transform and scaling of luma DC levels: QP below 36: (f * LevelScale(0,0) + 2^(5 - QP/6)) >>
+ *  (6 - QP/6), else (f * LevelScale(0,0)) << (QP/6 - 6).
  *  @param pSrcDst 16 levels in raster order, replaced by the scaled DC values of the 16 blocks
  *  @param QP 0..51
  *  @param pScaleDC optional: one value, LevelScale4x4(QP%6, 0, 0); null: flat
@@ -199,9 +203,9 @@ VEKVC_API VekStatus vekiTransformQuantInvLumaDC4x4_H264_32s_C1I(Vek32s* pSrcDst,
 
 /* ---- chroma DC (8.5.11) ---- */
 
-/** 2x2 Hadamard transform and quantization of the four chroma DC values of a 4:2:0 macroblock.
- *  Without pScaleDC: multiplier of QP%6 at position 0, qbits = 16 + QP/6; with it qbits = 12 + QP/6. f is
- *  floor(2^qbits / 3) or floor(2^qbits / 6).
+/** 2x2 Hadamard transform and quantization of the four chroma DC values of a 4:2:0 macroblock. Without pScaleDC:
+ *  multiplier of QP%6 at position 0, qbits = 16 + QP/6; with it qbits = 12 + QP/6. f is floor(2^qbits / 3) or
+ *  floor(2^qbits / 6).
  *  @param pDst receives 4 levels in raster order, which is their scan order; may be pSrc
  *  @param pSrc the 4 DC values; replaced by the transformed values (16 bits) if needTransform is non-zero
  *  @param QP QPc, 0..39
@@ -221,8 +225,8 @@ VEKVC_API VekStatus vekiTransformQuantFwdChromaDC2x2_H264_32s_C1I(Vek32s* pDst, 
 /** vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I with the default multiplier. */
 VEKVC_API VekStatus vekiTransformQuantChromaDC_H264_16s_C1I(Vek16s* pDst, Vek16s* pSrc, Vek32s QP, Vek32s* pNumLevels,
                                                             Vek32u isIntra, Vek32u needTransform);
-/** As vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I for 4:2:2: 8 values, two wide and four high; quantized with
- *  QPdc = QP + 3, which the function adds itself (QP 0..39). pScaleDC is the forward scale of QPdc%6 at position 0. */
+/** As vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I for 4:2:2: 8 values, two wide and four high; quantized with QPdc
+ *  = QP + 3, which the function adds itself (QP 0..39). pScaleDC is the forward scale of QPdc%6 at position 0. */
 VEKVC_API VekStatus vekiTransformQuantFwdChromaDC2x4_H264_16s_C1I(Vek16s* pDst, Vek16s* pSrc, Vek32s QP,
                                                                   Vek32s* pNumLevels, Vek32u isIntra,
                                                                   Vek32u needTransform, const Vek16s* pScaleDC);
@@ -263,12 +267,12 @@ VEKVC_API VekStatus vekiTransformQuantInvChromaDC2x4_H264_32s_C1I(Vek32s* pSrcDs
  *  @return vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiTransformPrediction_H264_8u16s_C1(const Vek8u* pSrc, Vek32s srcStep, Vek16s* pDst);
-/** Requantization in the transform domain, scaling with QS and inverse transform of one 4x4 block of an SP or SI slice:
- *  8.6.1 for primary SP pictures, 8.6.2 for switching SP pictures and SI.
+/** Requantization in the transform domain, scaling with QS and inverse transform of one 4x4 block of an SP or SI
+ *  slice: 8.6.1 for primary SP pictures, 8.6.2 for switching SP pictures and SI.
  *  @param pSrcDst levels, replaced by r = (x + 32) >> 6; the decoded sample is Clip1(r), nothing is added to it
  *  @param pPred transformed prediction (vekiTransformPrediction_H264_8u16s_C1), 16 values
  *  @param pDC optional: one scaled DC (chroma blocks, from vekiTransformDequantChromaDC_SISP_H264_16s_C1I) that
- * replaces the value at position 0
+ *             replaces the value at position 0
  *  @param QP QPY or QPc, 0..51; not checked (a value outside counts as the nearest inside)
  *  @param QS QSY or QSc, likewise
  *  @param isSwitching non-zero: 8.6.2, QP is not used
@@ -298,9 +302,9 @@ VEKVC_API VekStatus vekiTransformDequantChromaDC_SISP_H264_16s_C1I(Vek16s* pSrcD
  */
 VEKVC_API VekStatus vekiGenScaleLevel4x4_H264_8u16s_C1(const Vek8u* pSrc, Vek16s* pDstInv, Vek16s* pDstFwd,
                                                        Vek32s QPmod6);
-/** As vekiGenScaleLevel4x4_H264_8u16s_C1 for 8x8: 64 values each; the forward multiplier of a position is
- *  2^24 / (normAdjust8x8 * N) rounded, N = squared norm of its basis picture (13107, 11428, 20972, 12222, 16777, 15481
- * for QP%6 = 0). A QPmod6 out of range is vekStsErrQPRange. */
+/** As vekiGenScaleLevel4x4_H264_8u16s_C1 for 8x8: 64 values each; the forward multiplier of a position is 2^24 /
+ *  (normAdjust8x8 * N) rounded, N = squared norm of its basis picture (13107, 11428, 20972, 12222, 16777, 15481 for
+ *  QP%6 = 0). A QPmod6 out of range is vekStsErrQPRange. */
 VEKVC_API VekStatus vekiGenScaleLevel8x8_H264_8u16s_D2(const Vek8u* pSrc, Vek16s* pDstInv, Vek16s* pDstFwd,
                                                        Vek32s QPmod6);
 
@@ -336,7 +340,7 @@ VEKVC_API VekStatus vekiQuantLuma8x8_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDs
                                                  const Vek16s* pScale);
 
 /** Scaling of 64 levels in place (8.5.13.1): QPdiv6 below 6: d = (c * LevelScale + 2^(5 - QPdiv6)) >> (6 - QPdiv6),
- * else d = (c * LevelScale) << (QPdiv6 - 6); kept in 16 bits.
+ *  else d = (c * LevelScale) << (QPdiv6 - 6); kept in 16 bits.
  *  @param pSrcDst 64 levels, replaced by scaled coefficients
  *  @param QPdiv6 QP/6, 0..8
  *  @param pScale LevelScale8x8 for QP%6, 64 values
@@ -346,8 +350,8 @@ VEKVC_API VekStatus vekiQuantLuma8x8Inv_H264_16s_C1I(Vek16s* pSrcDst, Vek32s QPd
 /** As vekiQuantLuma8x8Inv_H264_16s_C1I with 32-bit data; QPdiv6 0..14. */
 VEKVC_API VekStatus vekiQuantInvLuma8x8_H264_32s_C1I(Vek32s* pSrcDst, Vek32s QPdiv6, const Vek16s* pScale);
 
-/** Inverse 8x8 transform (8.5.13.2) with (x + 32) >> 6, every sum saturating at 16 bits, and addition to the prediction
- *  with clipping to 0..255.
+/** Inverse 8x8 transform (8.5.13.2) with (x + 32) >> 6, every sum saturating at 16 bits, and addition to the
+ *  prediction with clipping to 0..255.
  *  @param pPred prediction, 8x8 samples  @param predStep its step in bytes
  *  @param pSrc scaled coefficients, 64 values
  *  @param pDst receives 8x8 samples; may be pPred  @param dstStep its step in bytes
@@ -356,8 +360,8 @@ VEKVC_API VekStatus vekiQuantInvLuma8x8_H264_32s_C1I(Vek32s* pSrcDst, Vek32s QPd
 VEKVC_API VekStatus vekiTransformLuma8x8InvAddPred_H264_16s8u_C1R(const Vek8u* pPred, Vek32s predStep,
                                                                   const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
 /** As vekiTransformLuma8x8InvAddPred_H264_16s8u_C1R for higher bit depths: 32-bit arithmetic, 16-bit samples.
- *  @param bitDepth 8..14, results are clipped to 0..2^bitDepth - 1; not checked (a value outside counts as the nearest
- *                  inside)
+ *  @param bitDepth 8..14, results are clipped to 0..2^bitDepth - 1; not checked (a value outside counts as the
+ *                  nearest inside)
  */
 VEKVC_API VekStatus vekiTransformInvAddPredLuma8x8_H264_32s16u_C1R(const Vek16u* pPred, Vek32s predStep,
                                                                    const Vek32s* pSrc, Vek16u* pDst, Vek32s dstStep,

@@ -4,7 +4,7 @@
  *  Common to the forms of this header:
  *  - Every result is clipped to 0..255 (8-bit) or 0 .. 2^bitDepth - 1 (16-bit). Shifts of negative values round down.
  *  - Weights, offsets and logWD are used as they are given, exact for every value: nothing overflows on the way.
- * Offsets of 16-bit forms come scaled to the bit depth (luma_offset_l0 << (bitDepth - 8), 8.4.2.3).
+ *    Offsets of 16-bit forms come scaled to the bit depth (luma_offset_l0 << (bitDepth - 8), 8.4.2.3).
  *  - Steps count bytes. The destination may be one of the sources in place; other overlaps may not be.
  *  - Exactly width x height samples of each block are read or written.
  */
@@ -91,7 +91,7 @@ VEKVC_API VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P2P1R(const Vek8u* pSrc
                                                                Vek32s weight2, VekiSize roiSize);
 
 /** Implicit weighting of two predictions with a step for each. Unlike its siblings it checks its pointers alone: steps
- * may be anything, the block may have any size, and a width or height of 0 or less does nothing.
+ *  may be anything, the block may have any size, and a width or height of 0 or less does nothing.
  *  @param src1Step,src2Step,dstStep row steps, in bytes; not checked
  *  @return vekStsOk, vekStsErrNullPtr
  */
@@ -101,7 +101,7 @@ VEKVC_API VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(const Vek8u* pSrc
 
 /** Weighted average of two predictions, in place: ((p1 * weight1 + p2 * weight2 + r) >> logWD) + offset with r =
  *  2^(logWD - 1), or 0 when logWD is 0. Unlike vekiBiDirWeightBlock_H264_8u_P2P1R it shifts by logWD, not logWD + 1,
- * and adds its one offset whole.
+ *  and adds its one offset whole.
  *  @param pSrc1           the first prediction
  *  @param pSrcDst         the second prediction and the result
  *  @param srcDstStep      row step of both, in bytes; at least the width
@@ -134,7 +134,7 @@ VEKVC_API VekStatus vekiBidirWeight_H264_16u_P2P1R(const VekWeightParams16u* pPa
 VEKVC_API VekStatus vekiBidirWeightImplicit_H264_16u_P2P1R(const VekWeightParams16u* pParams);
 
 /** Explicit weighting of one prediction, 16-bit samples; formula as vekiUniDirWeightBlock_H264_8u_C1R. Reads `pSrc1`
- * and writes `pDst`, in place when both are the same block.
+ *  and writes `pDst`, in place when both are the same block.
  *  @param pParams the operands; `pSrc2` must not be null (pass `pSrc1` again), it is not read
  *  @return vekStsOk, vekStsErrNullPtr, vekStsErrSize, vekStsErrOutOfRange (bitDepth)
  */

@@ -166,15 +166,40 @@ VEKVC_SIMD_FN void storeMasked(void* p, i32x4 mask, Vec<T, N> v) {
 #endif
 }
 
+// The eight 16-bit lanes from (to) eight places: at(0) to at(7).
+template <class At>
+VEKVC_SIMD_INLINE u16x8 loadLanes16(At at) {
+    const auto lane = [&](int i) {
+        short value;
+        std::memcpy(&value, at(i), 2);
+        return value;
+    };
+    return {_mm_setr_epi16(lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(7))};
+}
+template <class At>
+VEKVC_SIMD_INLINE void storeLanes16(At at, u16x8 v) {
+    const auto put = [&](int i, int value) { std::memcpy(at(i), &value, 2); };
+    put(0, _mm_extract_epi16(v.raw, 0));
+    put(1, _mm_extract_epi16(v.raw, 1));
+    put(2, _mm_extract_epi16(v.raw, 2));
+    put(3, _mm_extract_epi16(v.raw, 3));
+    put(4, _mm_extract_epi16(v.raw, 4));
+    put(5, _mm_extract_epi16(v.raw, 5));
+    put(6, _mm_extract_epi16(v.raw, 6));
+    put(7, _mm_extract_epi16(v.raw, 7));
+}
+// A double at any address, for the instructions that move the high half of a vector.
+using UnalignedDouble [[gnu::aligned(1), gnu::may_alias]] = double;
+
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
-    return {_mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(_mm_loadl_epi64(static_cast<const __m128i*>(low))),
-                                          static_cast<const double*>(high)))};
+    const __m128d first = _mm_castsi128_pd(_mm_loadl_epi64(static_cast<const __m128i*>(low)));
+    return {_mm_castpd_si128(__m128d{first[0], *static_cast<const UnalignedDouble*>(high)})};
 }
 VEKVC_SIMD_FN void storePair8(void* low, void* high, Vec<T, N> v) {
     _mm_storel_epi64(static_cast<__m128i*>(low), v.raw);
-    _mm_storeh_pd(static_cast<double*>(high), _mm_castsi128_pd(v.raw));
+    *static_cast<UnalignedDouble*>(high) = _mm_castsi128_pd(v.raw)[1];
 }
 template <class V>
 VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
@@ -241,6 +266,32 @@ VEKVC_SIMD_INLINE V splat(std::int64_t x) {
     }
 #endif
 #undef VEKVC_SPLAT
+}
+// The same for a value that is known when the code is compiled, loaded from memory: GCC 12 builds such splats in three
+// instructions through a general register, which short kernels feel. It does not see what the pointer points at.
+template <class T>
+struct alignas(32) Filled {
+    T lane[32 / sizeof(T)];
+
+    constexpr explicit Filled(T x) : lane() {
+        for (T& l : lane) l = x;
+    }
+};
+template <class T, T x>
+inline constexpr Filled<T> kFilled{x};
+template <class V, std::int64_t x>
+VEKVC_SIMD_INLINE V constant() {
+    using T = typename V::Lane;
+    const T* p = kFilled<T, static_cast<T>(x)>.lane;
+    asm("" : "+r"(p));
+    return load<V>(p);
+}
+// Every lane the value at p.
+template <class V>
+VEKVC_SIMD_INLINE V splatFrom(const void* p) {
+    typename V::Lane value;
+    std::memcpy(&value, p, sizeof value);
+    return splat<V>(value);
 }
 // The given lanes, first at the lowest address.
 template <class V, class... X>
@@ -616,7 +667,8 @@ VEKVC_SIMD_INLINE T lane(Vec<T, N> a) {
     static_assert(is128<Vec<T, N>>);
     VEKVC_SIZE(1) return static_cast<T>(_mm_extract_epi8(a.raw, i));
     else VEKVC_SIZE(2) return static_cast<T>(_mm_extract_epi16(a.raw, i));
-    else return static_cast<T>(_mm_extract_epi32(a.raw, i));
+    else VEKVC_SIZE(4) return static_cast<T>(_mm_extract_epi32(a.raw, i));
+    else return static_cast<T>(_mm_extract_epi64(a.raw, i));
 }
 
 // ---- widening and narrowing
@@ -670,6 +722,12 @@ VEKVC_SIMD_INLINE Vec<std::int16_t, 2 * N> narrowI16(Vec<std::int32_t, N> a, Vec
 template <int N>
 VEKVC_SIMD_INLINE Vec<std::uint16_t, 2 * N> narrowU16(Vec<std::int32_t, N> a, Vec<std::int32_t, N> b) {
     VEKVC_BOTH(a, b, packus_epi32)
+}
+// The same with wrap-around: the low 16 bits of each lane.
+template <int N>
+VEKVC_SIMD_INLINE Vec<std::int16_t, 2 * N> narrowWrap(Vec<std::int32_t, N> a, Vec<std::int32_t, N> b) {
+    const Vec<std::int32_t, N> low = constant<Vec<std::int32_t, N>, 0xFFFF>();
+    return as<Vec<std::int16_t, 2 * N>>(narrowU16(a & low, b & low));
 }
 
 // ---- sums and searches

@@ -211,44 +211,94 @@ struct LumaEdges {
 
 // ---- horizontal edges: the rows are the vectors
 
+// The rows of a macroblock, counted from its first one.
+struct WholeRows {
+    Vek8u* pixels;
+    std::ptrdiff_t step;
+    u8x16 load(int i) const { return vekvc::load<u8x16>(pixels + i * step); }
+    void store(int i, u8x16 v) const { vekvc::store(pixels + i * step, v); }
+};
+// The same in the columns of segments with a strength: of the four rows between two edges, where either one has one.
+struct MaskedRows {
+    Vek8u* pixels;
+    std::ptrdiff_t step;
+    i32x4 masks[5];
+
+    MaskedRows(const DeblockOperands<Vek8u>& o, std::uint32_t on) : pixels(o.pixels), step(o.step) {
+        const i32x4 bits = lanes<i32x4>(1, 2, 4, 8), groups = splat<i32x4>(on << 4 | on);
+        masks[0] = (groups & bits) == bits;
+        masks[1] = ((groups >> 4) & bits) == bits;
+        masks[2] = ((groups >> 8) & bits) == bits;
+        masks[3] = ((groups >> 12) & bits) == bits;
+        masks[4] = ((groups >> 16) & bits) == bits;
+    }
+    u8x16 load(int i) const { return loadMasked<u8x16>(pixels + i * step, masks[(i + 4) / 4]); }
+    void store(int i, u8x16 v) const { storeMasked(pixels + i * step, masks[(i + 4) / 4], v); }
+};
+
+// Edge e, without strong lines, given its p2; returns the next one's.
+template <class Rows>
+[[gnu::always_inline]] inline u8x16 filterRowEdge(const Rows& rows, const LumaEdges& edges, int e, u8x16 p2) {
+    const int y = 4 * e;
+    u8x16 p1 = rows.load(y - 2), p0 = rows.load(y - 1), q0 = rows.load(y), q1 = rows.load(y + 1);
+    normalLuma(p1, p0, q0, q1, rows.load(y + 2), edges.limits(e), [=](u8x16) { return p2; });
+    rows.store(y - 2, p1), rows.store(y - 1, p0), rows.store(y, q0), rows.store(y + 1, q1);
+    return q1;
+}
+// Edges e and e + 1, neither with strong lines, likewise.
+template <class Rows>
+[[gnu::always_inline]] inline u8x16 filterTwoRowEdges(const Rows& rows, const LumaEdges& edges, int e, u8x16 p2) {
+#if VEKVC_VECTOR256
+    const int y = 4 * e;
+    const u8x16 shared = rows.load(y + 2);
+    u8x32 p1 = join(rows.load(y - 2), shared), p0 = join(rows.load(y - 1), rows.load(y + 3));
+    u8x32 q0 = join(rows.load(y), rows.load(y + 4)), q1 = join(rows.load(y + 1), rows.load(y + 5));
+    normalLuma(p1, p0, q0, q1, join(shared, rows.load(y + 6)), edges.limitsOfTwo(e),
+               [=](u8x32 newQ1) { return join(p2, lowHalf(newQ1)); });
+    rows.store(y - 2, lowHalf(p1)), rows.store(y - 1, lowHalf(p0));
+    rows.store(y, lowHalf(q0)), rows.store(y + 1, lowHalf(q1));
+    rows.store(y + 2, highHalf(p1)), rows.store(y + 3, highHalf(p0));
+    rows.store(y + 4, highHalf(q0)), rows.store(y + 5, highHalf(q1));
+    return highHalf(q1);
+#else
+    return filterRowEdge(rows, edges, e + 1, filterRowEdge(rows, edges, e, p2));
+#endif
+}
+template <class Rows>
+[[gnu::always_inline]] inline void filterMixedRowEdge(const Rows& rows, const LumaEdges& edges, int e) {
+    u8x16 lines[8];
+    for (int k = 0; k < 8; ++k) lines[k] = rows.load(4 * e - 4 + k);
+    filterMixedEdge(lines, edges, e);
+    for (int k = 1; k < 7; ++k) rows.store(4 * e - 4 + k, lines[k]);
+}
+template <class Rows>
+[[gnu::always_inline]] inline void filterRowEdges(const Rows& rows, const LumaEdges& edges) {
+    if (edges.strong == 0) {
+        if (edges.isOn(0) || edges.isOn(1)) {
+            const u8x16 p2 = filterTwoRowEdges(rows, edges, 0, rows.load(-3));
+            if (edges.isOn(2) || edges.isOn(3)) filterTwoRowEdges(rows, edges, 2, p2);
+        } else {
+            filterTwoRowEdges(rows, edges, 2, rows.load(5));
+        }
+    } else if ((edges.strong & ~15u) == 0) {
+        filterMixedRowEdge(rows, edges, 0);
+        if (edges.isOn(1) || edges.isOn(2)) filterTwoRowEdges(rows, edges, 1, rows.load(1));
+        if (edges.isOn(3)) filterRowEdge(rows, edges, 3, rows.load(9));
+    } else {
+        for (int e = 0; e < 4; ++e)
+            if (edges.isOn(e)) filterMixedRowEdge(rows, edges, e);
+    }
+}
+
 template <class T>
 void deblockLumaHorizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
     const LumaEdges edges(o);
     if (edges.on == 0) return;
     if (edges.tooLargeThresholds()) return plain::deblockLumaHorizontal(o);
-    const auto row = [&](int i) { return o.pixels + (i - 4) * o.step; };
-    u8x16 r[20];
-    if (edges.on == 0xFFFF) {
-        r[0] = edges.strong & 15 ? load<u8x16>(row(0)) : zero<u8x16>();
-#pragma GCC unroll 20
-        for (int i = 1; i < 20; ++i) r[i] = load<u8x16>(row(i));
-        filterLuma(r, edges);
-        if (edges.strong & 15) store(row(1), r[1]);
-#pragma GCC unroll 20
-        for (int i = 2; i < 19; ++i) store(row(i), r[i]);
-        return;
-    }
-    // Four rows lie between two edges: they are touched in the columns in which either one has a strength.
-    const std::uint32_t groups = edges.on << 4 | edges.on;
-    const auto maskOf = [=](int g) {
-        const i32x4 bits = lanes<i32x4>(1, 2, 4, 8);
-        return (splat<i32x4>(groups >> 4 * g) & bits) == bits;
-    };
-#pragma GCC unroll 5
-    for (int g = 0; g < 5; ++g) {
-        const i32x4 mask = maskOf(g);
-#pragma GCC unroll 4
-        for (int i = 4 * g; i < 4 * g + 4; ++i) r[i] = loadMasked<u8x16>(row(i), mask);
-    }
-    filterLuma(r, edges);
-#pragma GCC unroll 5
-    for (int g = 0; g < 5; ++g) {
-        if ((groups >> 4 * g & 15) == 0) continue;
-        const i32x4 mask = maskOf(g);
-#pragma GCC unroll 4
-        for (int i = 4 * g; i < 4 * g + 4; ++i)
-            if (i > 0 && i < 19) storeMasked(row(i), mask, r[i]);
-    }
+    if (edges.on == 0xFFFF)
+        filterRowEdges(WholeRows{o.pixels, o.step}, edges);
+    else
+        filterRowEdges(MaskedRows(o, edges.on), edges);
 }
 
 // ---- vertical edges: the rows are transposed
@@ -362,6 +412,39 @@ void deblockLumaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
     filterLuma(r, edges);
     storeColumns(r + 4, [&](int i, u8x16 v) { storeMasked(row(i), masks[i / 4], v); });
     if (edges.isOn(0)) storeLeft(r, o.pixels, o.step, edges.on & 15);
+}
+
+// ---- part of a left edge between a frame and a field pair: eight lines, two to a strength
+
+template <class T>
+void deblockLumaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limits, const T* thresholds,
+                          const Vek8u* bS) requires(sizeof(T) == 1) {
+    alignas(16) static constexpr std::uint8_t kLines[16] = {0,   0,   1,   1,   2,   2,   3,   3,
+                                                            128, 128, 128, 128, 128, 128, 128, 128};
+    const u8x16 index = load<u8x16>(kLines);
+    const u8x16 strengths = shuffleBytes(min(loadBytes<u8x16, 4>(bS), splat<u8x16>(4)), index);
+    const u8x16 tC0 = shuffleBytes(loadBytes<u8x16, 4>(thresholds), index);
+    if (limits.alpha > 255 || limits.beta > 255 || !allZero(subSat(tC0, splat<u8x16>(kLargestThreshold))))
+        return plain::deblockLumaLeftMbaff(pixels, step, limits, thresholds, bS);
+    const u8x16 active = as<u8x16>(as<i8x16>(strengths) > zero<i8x16>()), strong = strengths == splat<u8x16>(4);
+    const LineLimits<u8x16> l{splat<u8x16>(limits.alpha), splat<u8x16>(limits.beta), tC0, active};
+    const std::uint32_t on = byteMask(active);
+    const auto row = [&](int k) { return pixels - 4 + k * step; };
+    u8x16 x[4];
+    for (int i = 0; i < 4; ++i) x[i] = on >> 2 * i & 1 ? loadPair8<u8x16>(row(2 * i), row(2 * i + 1)) : zero<u8x16>();
+    for (int turn = 0; turn < 3; ++turn) interleaveBytes(x);  // p3 and p2, p1 and p0, q0 and q1, q2 and q3
+    u8x16 lines[8];
+    for (int k = 0; k < 8; ++k) lines[k] = k % 2 != 0 ? bytesRight<8>(x[k / 2]) : x[k / 2];
+    if (allZero(strong)) {
+        const u8x16 p2 = lines[1];
+        normalLuma(lines[2], lines[3], lines[4], lines[5], lines[6], l, [=](u8x16) { return p2; });
+    } else {
+        mixedLuma(lines, l, strong, static_cast<int>(limits.alpha));
+    }
+    for (int i = 0; i < 4; ++i) x[i] = as<u8x16>(interleaveLow(as<u64x2>(lines[2 * i]), as<u64x2>(lines[2 * i + 1])));
+    for (int turn = 0; turn < 3; ++turn) interleaveBytes(x);
+    for (int i = 0; i < 4; ++i)
+        if (on >> 2 * i & 1) storePair8(row(2 * i), row(2 * i + 1), x[i]);
 }
 
 }  // namespace vekvc::simd

@@ -2,25 +2,23 @@
 #ifndef VEKVC_H264_DEBLOCK_SIMD_H
 #define VEKVC_H264_DEBLOCK_SIMD_H
 
+#include "h264/deblock_chroma16_simd.h"
+#include "h264/deblock_chroma_simd.h"
+#include "h264/deblock_luma16_simd.h"
 #include "h264/deblock_luma_simd.h"
 
 namespace vekvc::simd {
 
-using plain::deblockChroma422Horizontal;
-using plain::deblockChroma422Vertical;
-using plain::deblockChromaHorizontal;
-using plain::deblockChromaLeftMbaff;
-using plain::deblockChromaPairsHorizontal;
-using plain::deblockChromaPairsVertical;
-using plain::deblockChromaVertical;
-using plain::deblockLumaLeftMbaff;
+// Four lines of eight bits, and the rare mixed edges of deep luma: not worth a vector.
 template <class T>
-void deblockLumaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 2) {
-    plain::deblockLumaVertical(o);
+void deblockChromaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limits, const T* thresholds,
+                            const Vek8u* bS) requires(sizeof(T) == 1) {
+    plain::deblockChromaLeftMbaff(pixels, step, limits, thresholds, bS);
 }
 template <class T>
-void deblockLumaHorizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 2) {
-    plain::deblockLumaHorizontal(o);
+void deblockLumaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limits, const T* thresholds,
+                          const Vek8u* bS) requires(sizeof(T) == 2) {
+    plain::deblockLumaLeftMbaff(pixels, step, limits, thresholds, bS);
 }
 
 }  // namespace vekvc::simd

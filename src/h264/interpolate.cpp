@@ -33,8 +33,7 @@ VekStatus vekiInterpolateChroma_H264_8u_C2P2R(const Vek8u* pSrc, Vek32s srcStep,
                                               Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize roiSize) {
     if (anyNull(pSrc, pDstCb, pDstCr)) return vekStsErrNullPtr;
     if (const VekStatus status = checkChroma(pSrc, pDstCb, dx, dy, roiSize)) return status;
-    kernel::interpolateChromaPairs(pSrc, srcStep, pDstCb, pDstCr, dstStep, dx, dy, roiSize);
-    return vekStsOk;
+    return kernel::interpolateChromaPairs(pSrc, srcStep, pDstCb, pDstCr, dstStep, dx, dy, roiSize);
 }
 
 // ---- block records
@@ -98,10 +97,9 @@ VekStatus vekiInterpolateChromaBlock_H264_8u_P2R(const VekInterpolationBlock* pB
 VekStatus vekiInterpolateChromaBlock_H264_8u_C2P2R(const VekInterpolationBlock* pBlock) {
     if (anyNull(pBlock) || anyNull(pBlock->pSrcPlane, pBlock->pDstBlock, pBlock->pDstBlock2)) return vekStsErrNullPtr;
     if (!validChromaSize(sizeOf(*pBlock))) return vekStsErrSize;
-    kernel::interpolateChromaPairs(movedSource(pBlock->pSrcPlane, *pBlock, 3, 2), pBlock->srcPlaneStep,
-                                   pBlock->pDstBlock, pBlock->pDstBlock2, pBlock->dstBlockStep, pBlock->mvX & 7,
-                                   pBlock->mvY & 7, sizeOf(*pBlock));
-    return vekStsOk;
+    return kernel::interpolateChromaPairs(movedSource(pBlock->pSrcPlane, *pBlock, 3, 2), pBlock->srcPlaneStep,
+                                          pBlock->pDstBlock, pBlock->pDstBlock2, pBlock->dstBlockStep, pBlock->mvX & 7,
+                                          pBlock->mvY & 7, sizeOf(*pBlock));
 }
 
 VekStatus vekiInterpolateChromaBlock_H264_16u_P2R(const VekInterpolationBlock16u* pBlock) {

@@ -345,7 +345,7 @@ VekStatus lumaColumn(const Vek8u* src, Vek32s srcStep32, Vek8u* dst, Vek32s dstS
     constexpr int right = dx == 3, below = dy == 3;  // of the two integer samples or half samples the second one
     const std::ptrdiff_t srcStep = srcStep32, dstStep = dstStep32;
     const auto forGroups = [&](auto&& value) {
-#pragma GCC unroll 1
+#pragma GCC unroll 2
         for (int y = 0; y < height; y += kGroup) {
             S::store(dst, dstStep, value());
             src += kGroup * srcStep;

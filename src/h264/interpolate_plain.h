@@ -114,10 +114,11 @@ VekStatus interpolateChroma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstSt
 }
 
 // Both components of an interleaved plane.
-inline void interpolateChromaPairs(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDstCb, Vek8u* pDstCr, Vek32s dstStep,
-                                   int dx, int dy, VekiSize size) {
+inline VekStatus interpolateChromaPairs(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDstCb, Vek8u* pDstCr, Vek32s dstStep,
+                                        int dx, int dy, VekiSize size) {
     interpolateChromaChannel(pSrc, srcStep, 2, pDstCb, dstStep, dx, dy, size);
     interpolateChromaChannel(pSrc + 1, srcStep, 2, pDstCr, dstStep, dx, dy, size);
+    return vekStsOk;
 }
 
 }  // namespace vekvc::plain

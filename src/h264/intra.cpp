@@ -25,7 +25,7 @@ VekStatus vekiPredictIntra_4x4_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, V
     if (anyBelow(4, srcDstStep)) return vekStsErrStep;
     if (outside(predMode, 0, 8)) return vekStsErrOutOfRange;
     const bool lacking =
-        kernel::predictIntra4x4<Vek8u>({pSrcDst, srcDstStep}, predMode, static_cast<Vek32u>(availability), 8);
+        kernel::predictIntra4x4(MutableBlock(pSrcDst, srcDstStep), predMode, static_cast<Vek32u>(availability), 8);
     return lacking ? vekStsWrnUnavailableNeighbour : vekStsOk;
 }
 
@@ -34,7 +34,7 @@ VekStatus vekiPredictIntra_16x16_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep,
     if (outside(predMode, 0, 3)) return vekStsErrOutOfRange;
     const auto mode = static_cast<h264::Intra16x16Mode>(predMode);
     if (lacksNeighbour(mode, neighbours(availability))) return vekStsErrUnavailableNeighbour;
-    kernel::predictIntra16x16<Vek8u>({pSrcDst, srcDstStep}, mode, neighbours(availability), 8);
+    kernel::predictIntra16x16(MutableBlock(pSrcDst, srcDstStep), mode, neighbours(availability), 8);
     return vekStsOk;
 }
 
@@ -45,6 +45,6 @@ VekStatus vekiPredictIntraChroma8x8_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstSt
     if (outside(predMode, 0, 3)) return vekStsErrOutOfRange;
     const auto mode = static_cast<h264::ChromaMode>(predMode);
     if (lacksNeighbour(mode, neighbours(availability))) return vekStsErrUnavailableNeighbour;
-    kernel::predictIntraChroma<8, Vek8u>({pSrcDst, srcDstStep}, mode, neighbours(availability), 8);
+    kernel::predictIntraChroma<8>(MutableBlock(pSrcDst, srcDstStep), mode, neighbours(availability), 8);
     return vekStsOk;
 }

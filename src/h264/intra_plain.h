@@ -43,14 +43,15 @@ constexpr Vek32u usedNeighbours(int mode, Vek32u available) {
 enum class Intra16x16Mode { vertical, horizontal, dc, plane };
 enum class ChromaMode { dc, horizontal, vertical, plane };
 
-// Does the mode lack a neighbour? `left` stands for the whole left edge.
+inline constexpr Vek32u needed16x16[4] = {above, left, 0, above | left | aboveLeft};
+inline constexpr Vek32u neededChroma[4] = {0, left | leftLower, above, above | left | leftLower | aboveLeft};
+
+// Does the mode lack a neighbour?
 constexpr bool lacksNeighbour(Intra16x16Mode mode, Vek32u available) {
-    constexpr Vek32u needed[4] = {above, left, 0, above | left | aboveLeft};
-    return (needed[static_cast<int>(mode)] & ~available) != 0;
+    return (needed16x16[static_cast<int>(mode)] & ~available) != 0;
 }
 constexpr bool lacksNeighbour(ChromaMode mode, Vek32u available) {
-    constexpr Vek32u needed[4] = {0, left | leftLower, above, above | left | leftLower | aboveLeft};
-    return (needed[static_cast<int>(mode)] & ~available) != 0;
+    return (neededChroma[static_cast<int>(mode)] & ~available) != 0;
 }
 
 }  // namespace vekvc::h264

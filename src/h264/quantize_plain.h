@@ -13,7 +13,9 @@ struct QuantRounding {
 };
 
 // f = floor(2^qbits / 3) for intra, floor(2^qbits / 6) for inter.
-constexpr QuantRounding quantRounding(int qbits, bool isIntra) { return {qbits, (1 << qbits) / (isIntra ? 3 : 6)}; }
+constexpr QuantRounding quantRounding(int qbits, bool isIntra) {
+    return {qbits, isIntra ? (1 << qbits) / 3 : (1 << qbits) / 6};
+}
 
 // sign(c) * ((|c| * multiplier + f) >> qbits), the sum in 32 bits.
 inline Vek32s quantized(Vek32s c, Vek32s multiplier, QuantRounding rounding) {
@@ -110,7 +112,7 @@ inline void dequantTransformResidualSISP(Vek16s* pSrcDst, const Vek16s* pPred, c
     Values<16, Vek16s> c = loadValues<16>(pSrcDst);
     const auto pred = loadValues<16>(pPred);
     for (int k = 0; k < 16; ++k) c[k] = keep<Vek16s>(requantized(c[k], pred[k], k, q, 0));
-    c = scaleBlock4x4(c.data(), pDC, h264::flatLevelScale4x4[q.qs % 6].data(), q.qs, true);
+    c = scaleBlock4x4<Vek16s>(c.data(), pDC, nullptr, q.qs, true);
     inverse4x4(c);
     store(pSrcDst, c);
 }

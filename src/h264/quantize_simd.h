@@ -2,17 +2,205 @@
 #ifndef VEKVC_H264_QUANTIZE_SIMD_H
 #define VEKVC_H264_QUANTIZE_SIMD_H
 
+#include <bit>
+
 #include "h264/quantize_plain.h"
+#include "h264/transform_simd.h"
 
 namespace vekvc::simd {
 
 using plain::dequantChromaDCSISP;
 using plain::dequantTransformResidualSISP;
-using plain::forwardDC;
 using plain::genScaleLevel;
-using plain::quantize;
-using plain::quantizeDC;
-using plain::transformQuantFwd4x4;
+using plain::LevelCount;
+using plain::QuantRounding;
+
+#if VEKVC_VECTOR256
+using Levels16 = i16x16;
+using Levels32 = i32x8;
+#else
+using Levels16 = i16x8;
+using Levels32 = i32x4;
+#endif
+
+// Counts levels vector by vector: how many are zero, and the largest scan index of the others.
+template <class V>
+class LevelCounter {
+  public:
+    // isZero: all ones in the 16-bit lanes of zero levels.
+    void add(V isZero, V scanPos) {
+        zeros_ += std::popcount(byteMask(isZero)) / 2;
+        last_ = max(last_, andNot(isZero, scanPos));
+    }
+    LevelCount result(int lanes) const {
+        i16x8 last;
+#if VEKVC_VECTOR256
+        if constexpr (!is128<V>)
+            last = max(lowHalf(last_), highHalf(last_));
+        else
+#endif
+            last = last_;
+        const auto ones = zero<u16x8>() == zero<u16x8>();
+        return {lanes - zeros_, minimum(as<u16x8>(last) ^ ones).value ^ 0xFFFF};
+    }
+
+  private:
+    int zeros_ = 0;
+    V last_ = zero<V>();
+};
+
+// ---- 16-bit coefficients
+
+// Multipliers of 0 to 32767: |c| * multiplier + f stays below 2^31.
+template <class V>
+VEKVC_SIMD_INLINE V quantized(V c, V multiplier, QuantRounding r) {
+    using U = Vec<Vek16u, V::kBytes / 2>;
+    using D = Vec<Vek32s, V::kBytes / 4>;
+    const V magnitude = abs(c), low = magnitude * multiplier;
+    const V high = as<V>(mulHigh(as<U>(magnitude), as<U>(multiplier)));
+    const D f = splat<D>(r.f);
+    const D first = (as<D>(interleaveLow(low, high)) + f) >> r.qbits,
+            second = (as<D>(interleaveHigh(low, high)) + f) >> r.qbits;
+    return withSign(narrowWrap(first, second), c);
+}
+
+// 32-bit multipliers, from memory.
+VEKVC_SIMD_INLINE Levels16 quantized(Levels16 c, const Vek32u* pMultipliers, QuantRounding r) {
+    const auto magnitude = abs(c);
+    const auto product = [&](auto lanes, int k) {
+        const auto m = load<decltype(lanes)>(pMultipliers + k);
+        return (lanes * m + splat<decltype(lanes)>(r.f)) >> r.qbits;
+    };
+#if VEKVC_VECTOR256
+    const i32x8 first = product(widen(as<u16x8>(lowHalf(magnitude))), 0),
+                second = product(widen(as<u16x8>(highHalf(magnitude))), 8);
+    return withSign(swapMiddleQuarters(narrowWrap(first, second)), c);
+#else
+    const i32x4 first = product(widenLow(as<u16x8>(magnitude)), 0),
+                second = product(widenHigh(as<u16x8>(magnitude)), 4);
+    return withSign(narrowWrap(first, second), c);
+#endif
+}
+
+// ---- 32-bit coefficients
+
+VEKVC_SIMD_INLINE Levels32 loadMultipliers32(const Vek32u* p) { return load<Levels32>(p); }
+VEKVC_SIMD_INLINE Levels32 loadMultipliers32(const Vek16s* p) {
+#if VEKVC_VECTOR256
+    return widen(load<i16x8>(p));
+#else
+    return loadWide4(p);
+#endif
+}
+
+template <class V>
+VEKVC_SIMD_INLINE V quantized32(V c, V multiplier, QuantRounding r) {
+    return withSign((abs(c) * multiplier + splat<V>(r.f)) >> r.qbits, c);
+}
+
+// Quantizes 16 coefficients held in four vectors of four or two of eight.
+template <int n, class M>
+LevelCount quantize(const Vek32s* pSrc, Vek32s* pDst, const M* pMultipliers, QuantRounding r, const Vek16s* pScanPos) {
+    constexpr int width = Levels32::kBytes / 4;
+    LevelCounter<Levels16> counter;
+    for (int k = 0; k < n; k += 2 * width) {
+        const Levels32 first = quantized32(load<Levels32>(pSrc + k), loadMultipliers32(pMultipliers + k), r);
+        const Levels32 second =
+            quantized32(load<Levels32>(pSrc + k + width), loadMultipliers32(pMultipliers + k + width), r);
+        store(pDst + k, first);
+        store(pDst + k + width, second);
+        const Levels32 none = zero<Levels32>();
+        Levels16 isZero = narrowI16(first == none, second == none);
+#if VEKVC_VECTOR256
+        isZero = swapMiddleQuarters(isZero);
+#endif
+        counter.add(isZero, load<Levels16>(pScanPos + k));
+    }
+    return counter.result(n);
+}
+
+template <int n, class M>
+LevelCount quantize(const Vek16s* pSrc, Vek16s* pDst, const M* pMultipliers, QuantRounding r, const Vek16s* pScanPos) {
+    constexpr int width = Levels16::kBytes / 2;
+    LevelCounter<Levels16> counter;
+    for (int k = 0; k < n; k += width) {
+        const Levels16 c = load<Levels16>(pSrc + k);
+        Levels16 levels;
+        if constexpr (sizeof(M) == 2)
+            levels = quantized(c, load<Levels16>(pMultipliers + k), r);
+        else
+            levels = quantized(c, pMultipliers + k, r);
+        store(pDst + k, levels);
+        counter.add(levels == zero<Levels16>(), load<Levels16>(pScanPos + k));
+    }
+    return counter.result(n);
+}
+
+inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek16s* pDst, const Vek16s* pMultipliers, QuantRounding r,
+                                       const Vek16s* pScanPos) {
+    const Rows<i16x8> w = forward4x4(loadRows(pSrc));
+    LevelCounter<Levels16> counter;
+#if VEKVC_VECTOR256
+    const i16x16 levels = quantized(join(w.top, w.bottom), load<i16x16>(pMultipliers), r);
+    store(pDst, levels);
+    counter.add(levels == zero<i16x16>(), load<i16x16>(pScanPos));
+#else
+    const Rows<i16x8> levels = {quantized(w.top, load<i16x8>(pMultipliers), r),
+                                quantized(w.bottom, load<i16x8>(pMultipliers + 8), r)};
+    storeRows(pDst, levels);
+    counter.add(levels.top == zero<i16x8>(), load<i16x8>(pScanPos));
+    counter.add(levels.bottom == zero<i16x8>(), load<i16x8>(pScanPos + 8));
+#endif
+    return counter.result(16);
+}
+
+inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek32s* pDst, const Vek16s* pMultipliers, QuantRounding r,
+                                       const Vek16s* pScanPos) {
+    i32x4 w[4];
+    for (int i = 0; i < 4; ++i) w[i] = loadWide4(pSrc + 4 * i);
+    forward4x4(w);
+    for (int i = 0; i < 4; ++i) store(pDst + 4 * i, w[i]);
+    return quantize<16>(pDst, pDst, pMultipliers, r, pScanPos);
+}
+
+// ---- DC blocks
+
+template <int rows, int columns, class C>
+void forwardDC(C* pSrcDst) {
+    if constexpr (columns == 2) {
+        store(pSrcDst, hadamard(plain::loadValues<2 * rows>(pSrcDst)));
+    } else if constexpr (sizeof(C) == 4) {
+        plain::forwardDC<rows, columns>(pSrcDst);  // its sums need more than 32 bits
+    } else {
+        i32x4 w[4];
+        for (int i = 0; i < 4; ++i) w[i] = loadWide4(pSrcDst + 4 * i);
+        hadamard4(w);
+        store(pSrcDst, narrowWrap(w[0] >> 1, w[1] >> 1));
+        store(pSrcDst + 8, narrowWrap(w[2] >> 1, w[3] >> 1));
+    }
+}
+
+template <int n, class C>
+LevelCount quantizeDC(const C* pSrc, C* pDst, Vek32s multiplier, QuantRounding r, const Vek16s* pScanPos) {
+    LevelCounter<i16x8> counter;
+    constexpr int step = n < 8 ? n : 8;
+    for (int k = 0; k < n; k += step) {
+        i16x8 isZero;
+        if constexpr (sizeof(C) == 2) {
+            const i16x8 levels = quantized(loadBytes<i16x8, 2 * step>(pSrc + k), splat<i16x8>(multiplier), r);
+            storeBytes<2 * step>(pDst + k, levels);
+            isZero = levels == zero<i16x8>();
+        } else {
+            i32x4 levels[2] = {quantized32(load<i32x4>(pSrc + k), splat<i32x4>(multiplier), r), zero<i32x4>()};
+            if constexpr (step == 8) levels[1] = quantized32(load<i32x4>(pSrc + k + 4), splat<i32x4>(multiplier), r);
+            for (int i = 0; i < step; i += 4) store(pDst + k + i, levels[i / 4]);
+            isZero = narrowI16(levels[0] == zero<i32x4>(), levels[1] == zero<i32x4>());
+        }
+        // Raster order is scan order where no scan is given.
+        counter.add(isZero, pScanPos ? load<i16x8>(pScanPos + k) : lanes<i16x8>(0, 1, 2, 3, 4, 5, 6, 7));
+    }
+    return counter.result(n < 8 ? 8 : n);
+}
 
 }  // namespace vekvc::simd
 

@@ -56,9 +56,10 @@ class BlockAdder<Vek16s, Vek8u> {
             top = blend16<1>(top, join(dc, bytesRight<2>(dc)));
         }
         const Rows<i16x16> r = inverse4x4(Rows<i16x16>{top, two_.bottom(loadPair16<i16x16>(a + 8, b + 8))});
-        const i16x16 sum01 = addSat(swapMiddleQuarters(r.top), widen(loadPair8<u8x16>(block.at(0, 0), block.at(0, 1))));
-        const i16x16 sum32 =
-            addSat(swapMiddleQuarters(r.bottom), widen(loadPair8<u8x16>(block.at(0, 3), block.at(0, 2))));
+        const i16x16 top01 = swapMiddleQuarters(roundedForSamples(r.top));
+        const i16x16 bottom32 = swapMiddleQuarters(roundedForSamples(r.bottom));
+        const i16x16 sum01 = addSat(top01, widen(loadPair8<u8x16>(block.at(0, 0), block.at(0, 1))));
+        const i16x16 sum32 = addSat(bottom32, widen(loadPair8<u8x16>(block.at(0, 3), block.at(0, 2))));
         const u8x32 rows = narrowU8(sum01, sum32);
         storePair8(block.at(0, 0), block.at(0, 3), lowHalf(rows));
         storePair8(block.at(0, 1), block.at(0, 2), highHalf(rows));
@@ -191,8 +192,8 @@ VEKVC_SIMD_INLINE void addResidualPair8x8(const Vek16s* a, const Vek16s* b, Muta
     }
     inverse8x8(w);
     for (int y = 0; y < 8; y += 2) {
-        const i16x16 upper = addSat(w[y], widen(load<u8x16>(block.at(0, y))));
-        const i16x16 lower = addSat(w[y + 1], widen(load<u8x16>(block.at(0, y + 1))));
+        const i16x16 upper = addSat(roundedForSamples(w[y]), widen(load<u8x16>(block.at(0, y))));
+        const i16x16 lower = addSat(roundedForSamples(w[y + 1]), widen(load<u8x16>(block.at(0, y + 1))));
         storePair16(block.at(0, y), block.at(0, y + 1), swapMiddleQuarters(narrowU8(upper, lower)));
     }
 }
@@ -205,6 +206,7 @@ void reconstructInter4x4(C*& coeffs, MutableBlock<P> mb, Vek32u coded, const Sca
     if (s.bypass) return plain::reconstructInter4x4(coeffs, mb, coded, s, bitDepth);
     const BlockAdder<C, P> adder(s, bitDepth);
     C* next = coeffs;  // a copy that stays in a register
+#pragma GCC unroll 8
     for (int k = 0; k < 16; k += 2) {
         const Vek32u pair = coded >> k & 3;
         if (pair == 0) continue;

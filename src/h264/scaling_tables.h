@@ -72,6 +72,15 @@ inline constexpr ScaleBySixths<16> flatLevelScale4x4 = [] {
     return scale;
 }();
 
+// Flat scaling for QP 0 to 51 in one product: normAdjust4x4 << (QP/6). No rounding is lost, since the flat
+// LevelScale4x4 is a multiple of 16.
+inline constexpr Values<52, Scale<16>> flatMultipliers4x4 = [] {
+    Values<52, Scale<16>> scale{};
+    for (int qp = 0; qp < 52; ++qp)
+        for (int k = 0; k < 16; ++k) scale[qp][k] = static_cast<Vek16s>(normAdjust4x4(qp % 6, k) << qp / 6);
+    return scale;
+}();
+
 // The forward multipliers without weights.
 inline constexpr ScaleBySixths<16> forwardMultipliers4x4 = [] {
     ScaleBySixths<16> scale{};

@@ -11,11 +11,7 @@ using namespace vekvc;
 
 namespace {
 
-const Vek16s* levelScaleOrFlat(const Vek16s* pScale, Vek32s QP) {
-    return pScale ? pScale : h264::flatLevelScale4x4[QP % 6].data();
-}
-
-int levelScaleDC(const Vek16s* pScaleDC, Vek32s QP) { return load<Vek16s>(levelScaleOrFlat(pScaleDC, QP)); }
+int levelScaleDC(const Vek16s* pScaleDC, Vek32s QP) { return load<Vek16s>(plain::levelScaleOrFlat(pScaleDC, QP)); }
 
 template <class C>
 VekStatus inverseLumaDC(C* pSrcDst, Vek32s QP, Vek32s maxQP, const Vek16s* pScaleDC) {
@@ -75,7 +71,7 @@ VekStatus vekiTransformQuantInvAddPred4x4_H264_16s_C1IR(const Vek8u* pPred, Vek3
     if (anyNull(pPred, pSrcDst, pDst)) return vekStsErrNullPtr;
     if (outside(QP, 0, 51)) return vekStsErrOutOfRange;
     kernel::transformQuantInvAddPred4x4<Vek16s, Vek8u>({pPred, predStep}, pSrcDst, pDC, {pDst, dstStep}, QP, hasAC != 0,
-                                                       levelScaleOrFlat(pScale, QP), 8);
+                                                       pScale, 8);
     return vekStsOk;
 }
 
@@ -85,7 +81,7 @@ VekStatus vekiTransformQuantInvAddPred4x4_H264_32s_C1IR(const Vek16u* pPred, Vek
     if (anyNull(pPred, pSrcDst, pDst)) return vekStsErrNullPtr;
     if (outside(QP, 0, 87) || outside(bitDepth, 9, 14)) return vekStsErrOutOfRange;
     kernel::transformQuantInvAddPred4x4<Vek32s, Vek16u>({pPred, predStep}, pSrcDst, pDC, {pDst, dstStep}, QP,
-                                                        hasAC != 0, levelScaleOrFlat(pScale, QP), bitDepth);
+                                                        hasAC != 0, pScale, bitDepth);
     return vekStsOk;
 }
 
@@ -95,8 +91,7 @@ VekStatus vekiDequantTransformResidualAndAdd_H264_16s_C1I(const Vek8u* pPred, Ve
     if (anyNull(pPred, pDst) || (pSrcDst == nullptr && pDC == nullptr)) return vekStsErrNullPtr;
     if (outside(QP, 0, 51)) return vekStsErrOutOfRange;
     kernel::transformQuantInvAddPred4x4<Vek16s, Vek8u>({pPred, predStep}, pSrcDst, pDC, {pDst, dstStep}, QP,
-                                                       hasAC != 0 && pSrcDst != nullptr, levelScaleOrFlat(nullptr, QP),
-                                                       8);
+                                                       hasAC != 0 && pSrcDst != nullptr, nullptr, 8);
     return vekStsOk;
 }
 

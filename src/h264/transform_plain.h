@@ -112,11 +112,18 @@ C scaled(C c, int levelScale, int qpDiv6, int fraction) {
     return keep<C>(wrapAdd(product, 1 << (fraction - 1 - qpDiv6)) >> (fraction - qpDiv6));
 }
 
-// Scales a 4x4 block; position 0 takes the value at pDC, if given, as it stands. With hasAC unset all else is 0.
+// LevelScale4x4 for qp, or the flat one where none is given.
+inline const Vek16s* levelScaleOrFlat(const Vek16s* pLevelScale, int qp) {
+    return pLevelScale ? pLevelScale : h264::flatLevelScale4x4[qp % 6].data();
+}
+
+// Scales a 4x4 block; position 0 takes the value at pDC, if given, as it stands. With hasAC unset all else is 0. A null
+// pLevelScale stands for flat scaling.
 template <class C>
 Values<16, C> scaleBlock4x4(const C* pCoeffs, const C* pDC, const Vek16s* pLevelScale, int qp, bool hasAC) {
     Values<16, C> d{};
-    const auto at = [&](int k) { return scaled(load<C>(pCoeffs + k), load<Vek16s>(pLevelScale + k), qp / 6, 4); };
+    const Vek16s* levelScale = levelScaleOrFlat(pLevelScale, qp);
+    const auto at = [&](int k) { return scaled(load<C>(pCoeffs + k), load<Vek16s>(levelScale + k), qp / 6, 4); };
     if (hasAC)
         for (int k = 1; k < 16; ++k) d[k] = at(k);
     d[0] = pDC ? load<C>(pDC) : at(0);
@@ -135,8 +142,10 @@ void scaleBlock8x8(C* pSrcDst, const Vek16s* pLevelScale, int qpDiv6) {
 template <class C, class P, int size>
 void addToPrediction(const Values<size, C>& r, Block<P> pred, MutableBlock<P> dst, int bitDepth) {
     constexpr int n = size == 16 ? 4 : 8;
+    const std::int64_t most = (1 << bitDepth) - 1;
     for (int y = 0; y < n; ++y)
-        for (int x = 0; x < n; ++x) dst.put(x, y, static_cast<P>(clipDepth(pred(x, y) + r[n * y + x], bitDepth)));
+        for (int x = 0; x < n; ++x)
+            dst.put(x, y, static_cast<P>(clip3<std::int64_t>(0, most, std::int64_t{pred(x, y)} + r[n * y + x])));
 }
 
 template <class C, class P>
@@ -158,7 +167,7 @@ void transformInvAddPred8x8(Block<P> pred, const C* pCoeffs, MutableBlock<P> dst
 inline void dequantTransformResidual(MutableBlock<Vek16s> block, const Vek16s* pDC, int qp, bool hasAC) {
     Values<16, Vek16s> c;
     for (int k = 0; k < 16; ++k) c[k] = hasAC || k == 0 ? block(k % 4, k / 4) : Vek16s{0};
-    c = scaleBlock4x4(c.data(), pDC, h264::flatLevelScale4x4[qp % 6].data(), qp, hasAC);
+    c = scaleBlock4x4<Vek16s>(c.data(), pDC, nullptr, qp, hasAC);
     inverse4x4(c);
     for (int k = 0; k < 16; ++k) block.put(k % 4, k / 4, c[k]);
 }

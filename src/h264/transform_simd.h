@@ -69,13 +69,23 @@ VEKVC_SIMD_INLINE Rows<V> swapBottom(Rows<V> r) {
     return {r.top, swapHalves(r.bottom)};
 }
 
-// The residual of scaled coefficients; its bottom is row 3, row 2.
+// Scaled coefficients to the residual before its rounding; the bottom is row 3, row 2.
 template <class V>
 VEKVC_SIMD_INLINE Rows<V> inverse4x4(Rows<V> w) {
     w = inverse4(transposed(w));
-    w = inverse4(transposed(swapBottom(w)));
-    const V half = splat<V>(32);
-    return {sum(w.top, half) >> 6, sum(w.bottom, half) >> 6};
+    return inverse4(transposed(swapBottom(w)));
+}
+
+// (x + 32) >> 6, the sum limited to 16 bits.
+template <class V>
+VEKVC_SIMD_INLINE V rounded(V x) {
+    return addSat(x, constant<V, 32>()) >> 6;
+}
+// The same where the result is added to 8-bit samples: without the limit it is at most 512 instead of 511, and either
+// makes any sample 255.
+template <class V>
+VEKVC_SIMD_INLINE V roundedForSamples(V x) {
+    return mulHighRound(x, constant<V, 512>());
 }
 
 // Scaling of 16-bit values: the low 16 bits of c * multiplier, or of (c * multiplier + 2^(right - 1)) >> right.
@@ -86,7 +96,7 @@ VEKVC_SIMD_INLINE V scaled(V c, V multiplier, int right) {
     if (right == 0) return low;
     // The rounding adds bit right - 1 of the product to the shifted product.
     const V shifted = mulHigh(c, multiplier) << (16 - right) | as<V>(as<U>(low) >> right);
-    return shifted + (as<V>(as<U>(low) >> (right - 1)) & splat<V>(1));
+    return shifted + (as<V>(as<U>(low) >> (right - 1)) & constant<V, 1>());
 }
 
 // The multiplier and shift of `fraction` (4 or 6, see plain::scaled) for one vector of level scales.
@@ -106,27 +116,22 @@ struct Scaler {
     V bottom(V c) const { return scaled(c, multipliers.bottom, right); }
 };
 
+// A null pLevelScale stands for flat scaling.
 VEKVC_SIMD_INLINE Scaler<i16x8> makeScaler(const Vek16s* pLevelScale, int qp) {
-    return {{multiplier(load<i16x8>(pLevelScale), qp / 6, 4), multiplier(load<i16x8>(pLevelScale + 8), qp / 6, 4)},
-            rightShift(qp / 6, 4)};
+    if (!pLevelScale) return {loadRows(h264::flatMultipliers4x4[qp].data()), 0};
+    const Rows<i16x8> scale = loadRows(pLevelScale);
+    return {{multiplier(scale.top, qp / 6, 4), multiplier(scale.bottom, qp / 6, 4)}, rightShift(qp / 6, 4)};
 }
 
 // ---- adding to 8-bit samples
 
-// Four rows of four samples in one vector, and back.
+// Four rows of four samples in one vector.
 VEKVC_SIMD_INLINE u8x16 loadBlock4x4(Block<Vek8u> b) {
     return joinLow(loadPair4<u8x16>(b.at(0, 0), b.at(0, 1)), loadPair4<u8x16>(b.at(0, 2), b.at(0, 3)));
 }
-VEKVC_SIMD_INLINE void storeBlock4x4(MutableBlock<Vek8u> b, u8x16 rows) {
-    const u32x4 v = as<u32x4>(rows);
-    storeBytes<4>(b.at(0, 0), v);
-    store<Vek32u>(b.at(0, 1), lane<1>(v));
-    store<Vek32u>(b.at(0, 2), lane<2>(v));
-    store<Vek32u>(b.at(0, 3), lane<3>(v));
-}
-
-// Adds a residual whose bottom is row 3, row 2.
+// Adds a residual before its rounding, the bottom being row 3, row 2.
 VEKVC_SIMD_INLINE void addRows(Rows<i16x8> r, Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
+    r = {roundedForSamples(r.top), roundedForSamples(r.bottom)};
     const u8x16 top = loadPair4<u8x16>(pred.at(0, 0), pred.at(0, 1));
     const u8x16 bottom = loadPair4<u8x16>(pred.at(0, 3), pred.at(0, 2));
     const u32x4 rows = as<u32x4>(narrowU8(addSat(r.top, widenLow(top)), addSat(r.bottom, widenLow(bottom))));
@@ -134,15 +139,6 @@ VEKVC_SIMD_INLINE void addRows(Rows<i16x8> r, Block<Vek8u> pred, MutableBlock<Ve
     store<Vek32u>(dst.at(0, 1), lane<1>(rows));
     store<Vek32u>(dst.at(0, 3), lane<2>(rows));
     store<Vek32u>(dst.at(0, 2), lane<3>(rows));
-}
-
-// (d + 32) >> 6 of a DC that stands alone.
-inline int dcResidual(Vek16s d) { return saturate16(d + 32) >> 6; }
-inline int dcResidual(Vek32s d) { return wrapAdd(d, 32) >> 6; }
-
-VEKVC_SIMD_INLINE void addDC4x4(int r, Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
-    const u8x16 up = splat<u8x16>(clip255(r)), down = splat<u8x16>(clip255(-r));
-    storeBlock4x4(dst, subSat(addSat(loadBlock4x4(pred), up), down));
 }
 
 // ---- 4x4 blocks of 32-bit values
@@ -162,7 +158,7 @@ VEKVC_SIMD_INLINE void inverse4x4(V (&w)[4]) {
     inverse4(w);
     transpose4x4(w[0], w[1], w[2], w[3]);
     inverse4(w);
-    for (V& row : w) row = (row + splat<V>(32)) >> 6;
+    for (V& row : w) row = (row + constant<V, 32>()) >> 6;
 }
 
 template <class V>
@@ -183,6 +179,7 @@ struct Scaler32 {
 };
 VEKVC_SIMD_INLINE Scaler32<i32x4> makeScaler32(const Vek16s* pLevelScale, int qp) {
     Scaler32<i32x4> s{{}, rightShift(qp / 6, 4)};
+    pLevelScale = plain::levelScaleOrFlat(pLevelScale, qp);
     for (int i = 0; i < 4; ++i) s.multipliers[i] = multiplier(loadWide4(pLevelScale + 4 * i), qp / 6, 4);
     return s;
 }
@@ -199,7 +196,8 @@ VEKVC_SIMD_INLINE void addRows(const i32x4 (&r)[4], Block<Vek16u> pred, MutableB
 // ---- the exports' kernels on single blocks
 
 inline void transformResidual4x4Inv(const Vek16s* pSrc, Vek16s* pDst) {
-    storeRows(pDst, swapBottom(inverse4x4(loadRows(pSrc))));
+    const Rows<i16x8> r = swapBottom(inverse4x4(loadRows(pSrc)));
+    storeRows(pDst, {rounded(r.top), rounded(r.bottom)});
 }
 inline void transformResidual4x4Inv(const Vek32s* pSrc, Vek32s* pDst) {
     i32x4 w[4];
@@ -215,16 +213,25 @@ VEKVC_SIMD_INLINE Rows<i16x8> withDC(Rows<i16x8> w, Vek16s dc) {
 template <class C, class P>
 void transformQuantInvAddPred4x4(Block<P> pred, const C* pCoeffs, const C* pDC, MutableBlock<P> dst, int qp, bool hasAC,
                                  const Vek16s* pLevelScale, int bitDepth) {
+    const auto dc = [&] {
+        if (pDC) return load<C>(pDC);
+        return plain::scaled(load<C>(pCoeffs), load<Vek16s>(plain::levelScaleOrFlat(pLevelScale, qp)), qp / 6, 4);
+    };
     if constexpr (sizeof(C) == 2) {
         if (!hasAC) {
-            const Vek16s d = pDC ? load<C>(pDC) : plain::scaled(load<C>(pCoeffs), load<Vek16s>(pLevelScale), qp / 6, 4);
-            return addDC4x4(dcResidual(d), pred, dst);
+            const i16x8 everywhere = splat<i16x8>(dc());
+            return addRows(Rows<i16x8>{everywhere, everywhere}, pred, dst);
         }
-        const Scaler<i16x8> scaler = makeScaler(pLevelScale, qp);
-        Rows<i16x8> w = loadRows(pCoeffs);
-        w = {scaler.top(w.top), scaler.bottom(w.bottom)};
-        if (pDC) w = withDC(w, load<C>(pDC));
-        addRows(inverse4x4(w), pred, dst);
+        const auto add = [&](Scaler<i16x8> scaler) {
+            Rows<i16x8> w = loadRows(pCoeffs);
+            w = {scaler.top(w.top), scaler.bottom(w.bottom)};
+            if (pDC) w = withDC(w, load<C>(pDC));
+            addRows(inverse4x4(w), pred, dst);
+        };
+        if (pLevelScale)
+            add(makeScaler(pLevelScale, qp));
+        else
+            add(makeScaler(nullptr, qp));  // a product and nothing else
     } else {
         i32x4 w[4];
         if (hasAC) {
@@ -233,8 +240,7 @@ void transformQuantInvAddPred4x4(Block<P> pred, const C* pCoeffs, const C* pDC, 
             if (pDC) w[0] = blend16<3>(w[0], loadBytes<i32x4, 4>(pDC));
             inverse4x4(w);
         } else {
-            const Vek32s d = pDC ? load<C>(pDC) : plain::scaled(load<C>(pCoeffs), load<Vek16s>(pLevelScale), qp / 6, 4);
-            for (i32x4& row : w) row = splat<i32x4>(dcResidual(d));
+            for (i32x4& row : w) row = splat<i32x4>(wrapAdd(dc(), 32) >> 6);
         }
         addRows(w, pred, dst, bitDepth);
     }
@@ -271,13 +277,13 @@ VEKVC_SIMD_INLINE void inverse8x8(V (&w)[8]) {
     inverse8(w);
     transpose8x8(w);
     inverse8(w);
-    for (V& row : w) row = sum(row, splat<V>(32)) >> 6;
 }
 
+// Adds a residual before its rounding.
 VEKVC_SIMD_INLINE void addRows(const i16x8 (&r)[8], Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
     for (int y = 0; y < 8; y += 2) {
-        const i16x8 a = addSat(r[y], widenLow(loadBytes<u8x16, 8>(pred.at(0, y))));
-        const i16x8 b = addSat(r[y + 1], widenLow(loadBytes<u8x16, 8>(pred.at(0, y + 1))));
+        const i16x8 a = addSat(roundedForSamples(r[y]), widenLow(loadBytes<u8x16, 8>(pred.at(0, y))));
+        const i16x8 b = addSat(roundedForSamples(r[y + 1]), widenLow(loadBytes<u8x16, 8>(pred.at(0, y + 1))));
         storePair8(dst.at(0, y), dst.at(0, y + 1), narrowU8(a, b));
     }
 }
@@ -288,7 +294,10 @@ struct Rows8 {
     i32x8 w[8];
 
     void put(int y, i32x4 left, i32x4 right) { w[y] = join(left, right); }
-    void inverse() { inverse8x8(w); }
+    void inverse() {
+        inverse8x8(w);
+        for (i32x8& row : w) row = (row + constant<i32x8, 32>()) >> 6;
+    }
     u16x8 row(int y, u16x8 pred) const {
         const i32x8 r = w[y] + widen(pred);
         return narrowU16(lowHalf(r), highHalf(r));
@@ -307,8 +316,8 @@ struct Rows8 {
             inverse8(right);
         }
         for (int y = 0; y < 8; ++y) {
-            left[y] = (left[y] + splat<i32x4>(32)) >> 6;
-            right[y] = (right[y] + splat<i32x4>(32)) >> 6;
+            left[y] = (left[y] + constant<i32x4, 32>()) >> 6;
+            right[y] = (right[y] + constant<i32x4, 32>()) >> 6;
         }
     }
     u16x8 row(int y, u16x8 pred) const { return narrowU16(left[y] + widenLow(pred), right[y] + widenHigh(pred)); }
@@ -348,7 +357,7 @@ inline void scaleBlock8x8(Vek32s* pSrcDst, const Vek16s* pLevelScale, int qpDiv6
 }
 
 inline void dequantTransformResidual(MutableBlock<Vek16s> block, const Vek16s* pDC, int qp, bool hasAC) {
-    const Scaler<i16x8> scaler = makeScaler(h264::flatLevelScale4x4[qp % 6].data(), qp);
+    const Scaler<i16x8> scaler = makeScaler(nullptr, qp);
     Rows<i16x8> w{zero<i16x8>(), zero<i16x8>()};
     if (hasAC)
         w = {loadPair8<i16x8>(block.at(0, 0), block.at(0, 1)), loadPair8<i16x8>(block.at(0, 2), block.at(0, 3))};
@@ -357,8 +366,8 @@ inline void dequantTransformResidual(MutableBlock<Vek16s> block, const Vek16s* p
     w = {scaler.top(w.top), scaler.bottom(w.bottom)};
     if (pDC) w = withDC(w, load<Vek16s>(pDC));
     const Rows<i16x8> r = inverse4x4(w);
-    storePair8(block.at(0, 0), block.at(0, 1), r.top);
-    storePair8(block.at(0, 3), block.at(0, 2), r.bottom);
+    storePair8(block.at(0, 0), block.at(0, 1), rounded(r.top));
+    storePair8(block.at(0, 3), block.at(0, 2), rounded(r.bottom));
 }
 
 // ---- DC blocks
@@ -376,9 +385,8 @@ inline void inverseLumaDC(Vek16s* pSrcDst, int qp, int levelScale) {
     const int right = rightShift(qp / 6, 6);
     storeRows(pSrcDst, transposed(Rows<i16x8>{scaled(f.top, m, right), scaled(f.bottom, m, right)}));
 }
-inline void inverseLumaDC(Vek32s* pSrcDst, int qp, int levelScale) {
-    i32x4 w[4];
-    for (int i = 0; i < 4; ++i) w[i] = load<i32x4>(pSrcDst + 4 * i);
+// Both dimensions, on 32-bit values.
+VEKVC_SIMD_INLINE void hadamard4(i32x4 (&w)[4]) {
     for (int dimension = 0; dimension < 2; ++dimension) {
         transpose4x4(w[0], w[1], w[2], w[3]);
         const i32x4 a = w[0] + w[1], b = w[2] + w[3], c = w[0] - w[1], d = w[2] - w[3];
@@ -387,33 +395,61 @@ inline void inverseLumaDC(Vek32s* pSrcDst, int qp, int levelScale) {
         w[2] = c - d;
         w[3] = c + d;
     }
+}
+
+inline void inverseLumaDC(Vek32s* pSrcDst, int qp, int levelScale) {
+    i32x4 w[4];
+    for (int i = 0; i < 4; ++i) w[i] = load<i32x4>(pSrcDst + 4 * i);
+    hadamard4(w);
     const i32x4 m = multiplier(splat<i32x4>(levelScale), qp / 6, 6);
     for (int i = 0; i < 4; ++i) store(pSrcDst + 4 * i, scaled32(w[i], m, rightShift(qp / 6, 6)));
 }
 
+// The Hadamard transforms of chroma DC blocks, with wrap-around.
 template <class C>
-void inverseChromaDC2x2(C* pSrcDst, int qp, int levelScale) {
-    const Values<4, C> c = plain::loadValues<4>(pSrcDst);
+Values<4, C> hadamard(const Values<4, C>& c) {
     const Vek32s s01 = wrapAdd(c[0], c[1]), d01 = wrapSub(c[0], c[1]);
     const Vek32s s23 = wrapAdd(c[2], c[3]), d23 = wrapSub(c[2], c[3]);
-    const auto scale = [&](Vek32s f) {
-        return static_cast<C>(wrapShl(wrapMul(static_cast<C>(f), levelScale), qp / 6) >> 5);
-    };
-    store(pSrcDst, Values<4, C>{{scale(wrapAdd(s01, s23)), scale(wrapAdd(d01, d23)), scale(wrapSub(s01, s23)),
-                                 scale(wrapSub(d01, d23))}});
+    return {{static_cast<C>(wrapAdd(s01, s23)), static_cast<C>(wrapAdd(d01, d23)), static_cast<C>(wrapSub(s01, s23)),
+             static_cast<C>(wrapSub(d01, d23))}};
 }
-
 template <class C>
-void inverseChromaDC2x4(C* pSrcDst, int qpDC, int levelScale) {
-    const Values<8, C> c = plain::loadValues<8>(pSrcDst);
+Values<8, C> hadamard(const Values<8, C>& c) {
     Values<8, C> f;
     for (int j = 0; j < 2; ++j) {
         Vek32s v[4];
         for (int i = 0; i < 4; ++i) v[i] = j == 0 ? wrapAdd(c[2 * i], c[2 * i + 1]) : wrapSub(c[2 * i], c[2 * i + 1]);
         const Vek32s a = wrapAdd(v[0], v[1]), b = wrapAdd(v[2], v[3]), s = wrapSub(v[0], v[1]), t = wrapSub(v[2], v[3]);
-        const Vek32s rows[4] = {wrapAdd(a, b), wrapSub(a, b), wrapSub(s, t), wrapAdd(s, t)};
-        for (int i = 0; i < 4; ++i) f[2 * i + j] = plain::scaled(static_cast<C>(rows[i]), levelScale, qpDC / 6, 6);
+        f[j] = static_cast<C>(wrapAdd(a, b));
+        f[2 + j] = static_cast<C>(wrapSub(a, b));
+        f[4 + j] = static_cast<C>(wrapSub(s, t));
+        f[6 + j] = static_cast<C>(wrapAdd(s, t));
     }
+    return f;
+}
+
+template <class C>
+void inverseChromaDC2x2(C* pSrcDst, int qp, int levelScale) {
+    Values<4, C> f = hadamard(plain::loadValues<4>(pSrcDst));
+    const int left = qp / 6;
+    for (C& x : f) x = static_cast<C>(wrapShl(wrapMul(x, levelScale), left) >> 5);
+    store(pSrcDst, f);
+}
+
+// The same in vectors: each lane's pair of products holds one of the two rows, then the value and its scale.
+inline void inverseChromaDC2x2(Vek16s* pSrcDst, int qp, int levelScale) {
+    const i16x8 c = loadBytes<i16x8, 8>(pSrcDst);
+    const i32x4 f = mulAddPairs(shuffle32<0, 0, 0, 0>(c), lanes<i16x8>(1, 1, 1, -1, 1, 1, 1, -1)) +
+                    mulAddPairs(shuffle32<1, 1, 1, 1>(c), lanes<i16x8>(1, 1, 1, -1, -1, -1, -1, 1));
+    const i32x4 product = mulAddPairs(as<i16x8>(f), as<i16x8>(splat<i32x4>(levelScale & 0xFFFF)));
+    const i32x4 dc = (product << qp / 6) >> 5;
+    storeBytes<8>(pSrcDst, narrowWrap(dc, dc));
+}
+
+template <class C>
+void inverseChromaDC2x4(C* pSrcDst, int qpDC, int levelScale) {
+    Values<8, C> f = hadamard(plain::loadValues<8>(pSrcDst));
+    for (C& x : f) x = plain::scaled(x, levelScale, qpDC / 6, 6);
     store(pSrcDst, f);
 }
 
@@ -424,8 +460,8 @@ VEKVC_SIMD_INLINE Rows<i16x8> forward4(Rows<i16x8> w) {
     const i16x8 w32 = swapHalves(w.bottom);
     const i16x8 s = w.top + w32, d = w.top - w32;       // s03, s12 and d03, d12
     const i16x8 a = joinLow(s, d), b = joinHigh(s, d);  // s03, d03 and s12, d12
-    const i16x8 none = zero<i16x8>();
-    return {a + blend16<0xF0>(none, a) + b, a - b - blend16<0xF0>(none, b)};
+    const i16x8 weights = lanes<i16x8>(1, 1, 1, 1, 2, 2, 2, 2);
+    return {a * weights + b, a - b * weights};
 }
 VEKVC_SIMD_INLINE Rows<i16x8> forward4x4(Rows<i16x8> w) { return forward4(transposed(forward4(transposed(w)))); }
 

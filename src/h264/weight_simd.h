@@ -8,28 +8,50 @@
 
 namespace vekvc::simd {
 
-// ---- walking over a block: op(a, b) makes the samples of the result
+// ---- walking over a block: op(a, b) makes the samples of the result; where Op::kOneSource is set, b is a;
+// Op::kRows says how many rows of a width it takes at once
 
 // One column of a block, R rows at a time, then the rows left over one by one.
 template <int W, class Op>
 [[gnu::always_inline]] inline void tileColumn(const Vek8u* a, const Vek8u* b, Vek8u* out, std::ptrdiff_t aStep,
                                               std::ptrdiff_t bStep, std::ptrdiff_t outStep, int height, Op op) {
     const auto rows = [&]<int R>(std::integral_constant<int, R>) {
-#pragma GCC unroll 1
+#pragma GCC unroll 2
         for (; height >= R; height -= R) {
-            Tile<W, R>::store(out, outStep, op(Tile<W, R>::load(a, aStep), Tile<W, R>::load(b, bStep)));
-            a += R * aStep, b += R * bStep, out += R * outStep;
+            const auto first = Tile<W, R>::load(a, aStep);
+            if constexpr (Op::kOneSource) {
+                Tile<W, R>::store(out, outStep, op(first, first));
+            } else {
+                Tile<W, R>::store(out, outStep, op(first, Tile<W, R>::load(b, bStep)));
+                b += R * bStep;
+            }
+            a += R * aStep, out += R * outStep;
         }
     };
-    rows(std::integral_constant<int, kTileRows<W, 4>>());
-    if constexpr (kTileRows < W, 4 >> 1)
+    constexpr int R = Op::template kRows<W>;
+    rows(std::integral_constant<int, R>());
+    if constexpr (R > 1)
         if (height > 0) [[unlikely]]
             rows(std::integral_constant<int, 1>());
 }
-// The parts of a block that are no usual width. The last odd column is the plain form's: onlyColumn(x).
-template <class Op, class Odd>
-[[gnu::noinline]] void tileOdd(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size, Op op,
-                               Odd onlyColumn) {
+// Blocks 16, 8 and 4 wide; false for others.
+template <class Op>
+[[gnu::always_inline]] inline bool tileBlock(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size,
+                                             Op op) {
+    if (size.width == 16)
+        tileColumn<16>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else if (size.width == 8)
+        tileColumn<8>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else if (size.width == 4)
+        tileColumn<4>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
+    else
+        return false;
+    return true;
+}
+
+// Blocks of any width, in columns of usual ones: gives the columns that are left over (0 or 1).
+template <class Op>
+int tileColumns(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size, Op op) {
     int x = 0;
     const auto columns = [&]<int W>(std::integral_constant<int, W>) {
         for (; x + W <= size.width; x += W)
@@ -39,24 +61,10 @@ template <class Op, class Odd>
     columns(std::integral_constant<int, 8>());
     columns(std::integral_constant<int, 4>());
     columns(std::integral_constant<int, 2>());
-    if (x < size.width) onlyColumn(x);
+    return size.width - x;
 }
-template <class Op, class Odd>
-[[gnu::always_inline]] inline void tileBlock(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size,
-                                             Op op, Odd onlyColumn) {
-    if (size.width == 16)
-        tileColumn<16>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else if (size.width == 8)
-        tileColumn<8>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else if (size.width == 4)
-        tileColumn<4>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else
-        tileOdd(a, b, out, size, op, onlyColumn);
-}
-
-// 16-bit samples: eight, four or two of a row at a time.
-template <class Op, class Odd>
-void tileBlock(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiSize size, Op op, Odd onlyColumn) {
+template <class Op>
+int tileColumns(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiSize size, Op op) {
     int x = 0;
     const auto columns = [&]<int W>(std::integral_constant<int, W>) {
         for (; x + W <= size.width; x += W)
@@ -67,30 +75,48 @@ void tileBlock(Block<Vek16u> a, Block<Vek16u> b, MutableBlock<Vek16u> out, VekiS
     columns(std::integral_constant<int, 8>());
     columns(std::integral_constant<int, 4>());
     columns(std::integral_constant<int, 2>());
-    if (x < size.width) onlyColumn(x);
+    return size.width - x;
 }
-
-// The block from column x on.
+// The last column of a block alone, for the plain form.
 template <class B>
-B fromColumn(const B& block, int x) {
-    return {block.at(x, 0), static_cast<Vek32s>(block.step)};
+B lastColumn(const B& block, int width) {
+    return {block.at(width - 1, 0), static_cast<Vek32s>(block.step)};
 }
 
 // ---- averages
 
+struct Average {
+    static constexpr bool kOneSource = false;
+    template <int W>
+    static constexpr int kRows = kTileRows<W, 4>;
+    template <class U>
+    [[gnu::always_inline]] U operator()(U a, U b) const {
+        return average(a, b);
+    }
+};
+
+template <class T>
+[[gnu::noinline]] void averageAnyWidth(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
+    if (tileColumns(src1, src2, dst, size, Average()) > 0)
+        plain::averageBlocks(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
+                             {1, size.height});
+}
 template <class T>
 [[gnu::always_inline]] inline void averageBlocks(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
-    tileBlock(
-        src1, src2, dst, size, [](auto a, auto b) { return average(a, b); },
-        [&](int x) {
-            plain::averageBlocks(fromColumn(src1, x), fromColumn(src2, x), fromColumn(dst, x), {1, size.height});
-        });
+    if constexpr (sizeof(T) == 1)
+        if (tileBlock(src1, src2, dst, size, Average())) return;
+    averageAnyWidth(src1, src2, dst, size);
 }
 
 // ---- weights
 
-// Sums in 16 bits. Where round is half of 2^shift, (sum + round) >> shift = (sum * 2^(15 - shift) + 2^14) >> 15.
+// Sums in 16 bits: (sum + half of 2^shift) >> shift = (sum * 2^(15 - shift) + 2^14) >> 15. One prediction is two halves of
+// itself, so that a weight of 128 has room in two bytes.
+template <bool oneSource>
 struct Weigh16 {
+    static constexpr bool kOneSource = oneSource;
+    template <int W>
+    static constexpr int kRows = kWideTileRows<W, 4>;
     int weights;  // weight1 and weight2, a byte each
     int factor;   // 2^(15 - shift)
     int offset;
@@ -106,23 +132,37 @@ struct Weigh16 {
         return narrowU8(addSat(low, added), addSat(high, added));
     }
 
-    // Can this do it? The products must fit bytes, their sums 16 bits. A shift of 0 is one of 1 with twice the weights.
+    // Can this do it? Each weight must fit a byte and the sums 16 bits: 255 * 128 = 32640. Weights of different signs keep
+    // within that by themselves. A shift of 0 is one of 1 with twice the weights.
     [[gnu::always_inline]] static bool fits(const Weighting& w, Weigh16& result) {
-        const int doubled = w.shift == 0, shift = w.shift + doubled;
-        const std::int64_t twice1 = w.weight1 << doubled, twice2 = w.weight2 << doubled;
-        const auto isByte = [](std::int64_t x) { return x >= -128 && x <= 127; };
-        if (!isByte(twice1) || !isByte(twice2) || shift > 14) return false;
-        if (w.offset < -32768 || w.offset > 32767) return false;
-        const int w1 = static_cast<int>(twice1), w2 = static_cast<int>(twice2);
-        const int most = (w1 > 0 ? w1 : 0) + (w2 > 0 ? w2 : 0), least = (w1 < 0 ? w1 : 0) + (w2 < 0 ? w2 : 0);
-        if (most > 128 || least < -128) return false;  // 255 * 128 = 32640
-        result = {(w1 & 255) | w2 * 256, 1 << (15 - shift), static_cast<int>(w.offset)};
+        constexpr Vek32u kMost = 128;
+        const auto within = [](Vek32s x, Vek32u limit) { return static_cast<Vek32u>(x) + limit <= 2 * limit; };
+        if (!within(w.offset, 32767) || static_cast<Vek32u>(w.shift) > 14) return false;
+        const int doubled = w.shift == 0;
+        Vek32s w1 = w.weight1, w2 = w.weight2;
+        if constexpr (oneSource) {
+            if (!within(w1, kMost >> doubled)) return false;
+            w1 <<= doubled;
+            w2 = w1 - (w1 >> 1);
+            w1 >>= 1;
+        } else {
+            const auto isByte = [&](Vek32s x) {
+                return static_cast<Vek32u>(x) + (kMost >> doubled) < 2 * (kMost >> doubled);
+            };
+            if (!isByte(w1) || !isByte(w2) || !within(w1 + w2, kMost >> doubled)) return false;
+            w1 <<= doubled;
+            w2 <<= doubled;
+        }
+        result = {(w1 & 255) | w2 * 256, 1 << (15 - doubled) >> w.shift, w.offset};
         return true;
     }
 };
 
 // Sums in 32 bits, of samples of at most 14 bits.
 struct Weigh32 {
+    static constexpr bool kOneSource = false;
+    template <int W>
+    static constexpr int kRows = kWideTileRows<W, 4>;
     int weights;  // 16 bits each
     int round, shift, offset;
     int maxSample;
@@ -148,46 +188,36 @@ struct Weigh32 {
 
     // Two products are below 2^30 in magnitude where the weights have 16 bits.
     static bool fits(const Weighting& w, int maxSample, Weigh32& result) {
-        const auto isShort = [](std::int64_t x) { return x >= -32768 && x <= 32767; };
-        if (!isShort(w.weight1) || !isShort(w.weight2) || w.shift > 30 || w.round > 1 << 29) return false;
+        const auto isShort = [](Vek32s x) { return x >= -32768 && x <= 32767; };
+        if (!isShort(w.weight1) || !isShort(w.weight2) || w.shift > 30) return false;
         if (w.offset < -(1 << 29) || w.offset > 1 << 29) return false;
-        const auto low = static_cast<std::uint32_t>(w.weight1) & 0xFFFF, high = static_cast<std::uint32_t>(w.weight2)
-                                                                                << 16;
-        result = {static_cast<int>(low | high), static_cast<int>(w.round), w.shift, static_cast<int>(w.offset),
-                  maxSample};
+        const Vek32u low = static_cast<Vek32u>(w.weight1) & 0xFFFF, high = static_cast<Vek32u>(w.weight2) << 16;
+        result = {static_cast<int>(low | high), w.shift >= 1 ? 1 << (w.shift - 1) : 0, w.shift, w.offset, maxSample};
         return true;
     }
 };
 
-// The column x of a block alone.
 template <class T>
-auto weightColumn(Block<T> src1, Block<T> src2, MutableBlock<T> dst, int height, const Weighting& w, int maxSample) {
-    return [=](int x) {
-        plain::weightTwo(fromColumn(src1, x), fromColumn(src2, x), fromColumn(dst, x), {1, height}, w, maxSample);
-    };
-}
-template <class T>
-[[gnu::noinline]] void weightTwoWide(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
-                                     const Weighting& w, int maxSample) {
+[[gnu::noinline]] void weightAnyWidth(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
+                                      const Weighting& w, int maxSample) {
     Weigh32 wide;
     if (!Weigh32::fits(w, maxSample, wide)) return plain::weightTwo(src1, src2, dst, size, w, maxSample);
-    tileBlock(src1, src2, dst, size, wide, weightColumn(src1, src2, dst, size.height, w, maxSample));
+    if (tileColumns(src1, src2, dst, size, wide) > 0)
+        plain::weightTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
+                         {1, size.height}, w, maxSample);
 }
-template <class T>
+template <class T, bool oneSource = false>
 [[gnu::always_inline]] inline void weightTwo(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
                                              const Weighting& w, int maxSample) {
     if constexpr (sizeof(T) == 1)
-        if (Weigh16 narrow; Weigh16::fits(w, narrow)) [[likely]]
-            return tileBlock(src1, src2, dst, size, narrow, weightColumn(src1, src2, dst, size.height, w, maxSample));
-    weightTwoWide(src1, src2, dst, size, w, maxSample);
+        if (Weigh16<oneSource> narrow; narrow.fits(w, narrow) && tileBlock(src1, src2, dst, size, narrow)) return;
+    weightAnyWidth(src1, src2, dst, size, w, maxSample);
 }
 
-// One prediction is two halves of itself: a weight of 128 has room in two bytes.
 template <class T>
 [[gnu::always_inline]] inline void weightOne(Block<T> src, MutableBlock<T> dst, VekiSize size, const Weighting& w,
                                              int maxSample) {
-    const std::int64_t half = w.weight1 >> 1;
-    weightTwo(src, src, dst, size, {half, w.weight1 - half, w.round, w.shift, w.offset}, maxSample);
+    weightTwo<T, true>(src, src, dst, size, w, maxSample);
 }
 
 }  // namespace vekvc::simd

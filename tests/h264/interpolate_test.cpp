@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <random>
 #include <vector>
@@ -177,15 +178,8 @@ void expectRepetition(bool top, int edgeRow, Repeated repeated, Direct direct) {
                 Picture<T> in, padded, out, expected;
                 in.fillRandom(3, 255);
                 padded.fill([&](int x, int y) {
-                    const int moved = y + shift;
-                    return in.at(x, top ? std::max(moved, edgeRow) : std::min(moved, edgeRow));
+                    return in.at(x, std::clamp(y + shift, top ? edgeRow : 0, top ? 47 : edgeRow));
                 });
-                if (16 - 2 + shift < 0 || 16 + 18 + shift >= 48) {
-                    padded.fill([&](int x, int y) {
-                        const int moved = y + shift;
-                        return in.at(x, std::clamp(moved, top ? edgeRow : 0, top ? 47 : edgeRow));
-                    });
-                }
                 const int outPixels = top ? edgeRow - (16 + shift) : 16 + shift + 15 - edgeRow;
                 // Only blocks whose reference stays inside on the other side.
                 if (top ? 16 + shift + 19 > 48 : 16 + shift - 2 < 0) continue;

@@ -658,6 +658,31 @@ TEST(H264Reconstruct, LosslessAddsTheCoefficients) {
     EXPECT_EQ(next, dc.data() + 4);
 }
 
+TEST(H264Reconstruct, RefusalsTouchNothing) {
+    const Scales s(20);
+    auto c = levels<Vek16s>(1);
+    Picture<Vek8u> p(1), v(2);
+    const auto before = p.samples;
+    Vek32u modes[16] = {};
+    modes[15] = 9;
+    Vek16s* next = c.data();
+    EXPECT_EQ(vekiReconstructLumaIntra4x4MB_H264_16s8u_C1R(&next, p.at(0, 0), kStep, modes, ~0u, 20, 0, s.s4, 0),
+              vekStsErrOutOfRange);
+    modes[3] = 9;
+    EXPECT_EQ(vekiReconstructLumaIntra8x8MB_H264_16s8u_C1R(&next, p.at(0, 0), kStep, modes, ~0u, 20, 0, s.s8, 0),
+              vekStsErrOutOfRange);
+    for (const Vek8u edges : std::vector<Vek8u>{1, 4, 16})  // plane needs all three
+        EXPECT_EQ(vekiReconstructLumaIntra_16x16MB_H264_16s8u_C1R(&next, p.at(0, 0), kStep, 3, ~0u, 20, edges),
+                  vekStsErrUnavailableNeighbour);
+    EXPECT_EQ(vekiReconstructChromaIntraMB_H264_16s8u_P2R(&next, p.at(0, 0), v.at(0, 0), kStep, 2, ~0u, 20, 4),
+              vekStsErrUnavailableNeighbour);
+    EXPECT_EQ(
+        vekiDequantTransformResidualAndAdd_H264_16s_C1I(p.at(0, 0), kStep, nullptr, nullptr, p.at(0, 0), kStep, 20, 1),
+        vekStsErrNullPtr);
+    EXPECT_EQ(next, c.data());
+    EXPECT_EQ(p.samples, before);
+}
+
 TEST(H264Reconstruct, HighBitDepthsClip) {
     for (const int depth : {9, 10, 14}) {
         const int qp = 51 + 6 * (depth - 8);

@@ -2,6 +2,7 @@
 // strengths to one edge (0 to 3) and to one strength of each edge (0 to 3), or let all be (4); the block's extent
 // follows, so that a touch of lines without a strength is caught.
 #include <algorithm>
+#include <cstring>
 
 #include "catalogue.h"
 
@@ -77,7 +78,8 @@ Argument picture(Shape s) {
                 if (random() % 64 == 0) level = static_cast<int>(draw(random, 0, top));
                 level = std::clamp(level, 0, top);
                 const int sample = std::clamp(level + static_cast<int>(draw(random, -noise, noise)), 0, top);
-                static_cast<T*>(to)[i] = static_cast<T>(sample);
+                const T value = static_cast<T>(sample);
+                std::memcpy(static_cast<char*>(to) + i * static_cast<int>(sizeof(T)), &value, sizeof value);
             }
         });
 }
