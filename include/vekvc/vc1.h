@@ -2,7 +2,8 @@
  *  VC-1 (SMPTE 421M): block transforms, sub-pixel interpolation, loop filter, overlap smoothing, range mapping.
  *
  *  Steps are signed counts of bytes, also for 16-bit elements, and are used as they are. Nothing is checked but what a
- *  function lists. Interleaved chroma has the first component (Cb) in the even bytes and the second (Cr) in the odd ones.
+ *  function lists. Interleaved chroma has the first component (Cb) in the even bytes and the second (Cr) in the odd
+ *  ones.
  */
 #ifndef VEKVC_VC1_H
 #define VEKVC_VC1_H
@@ -16,14 +17,16 @@ extern "C" {
 /** @name Inverse transform, in place
  *  @{ */
 
-/** Inverse transform of a W x H block of coefficients (SMPTE 421M annex A): the row pass gives (sum + 4) >> 3, the column pass
- *  (sum + 64) >> 7, in blocks of 8 rows (sum + 65) >> 7 for rows 4 to 7; every result is limited to 16 bits.
- *  If sizeNZ is below 2 both ways, only the first coefficient d is read and all values become one:
- *  (c * ((r * d + 4) >> 3) + 64) >> 7 with r = 12 for W = 8, 17 for W = 4, c = 12 for H = 8, 17 for H = 4. The intermediate value is not
- *  limited and the result keeps its low 16 bits: for large |d| this differs from the full transform, deliberately.
+/** Inverse transform of a W x H block of coefficients (SMPTE 421M annex A): the row pass gives (sum + 4) >> 3, the
+ *  column pass (sum + 64) >> 7, in blocks of 8 rows (sum + 65) >> 7 for rows 4 to 7; every result is limited to 16
+ *  bits. sizeNZ shortens the work. Below 2 both ways, only the first coefficient d is read and all values become one:
+ *  (c * ((r * d + 4) >> 3) + 64) >> 7 with r = 12 for W = 8, 17 for W = 4, c = 12 for H = 8, 17 for H = 4. The
+ *  intermediate value is not limited and the result keeps its low 16 bits: for large |d| this differs from the full
+ *  transform, deliberately. Else, at most 2 both ways in 8x8 and 4x4, 2 x 2 coefficients are read; else, at most 4
+ *  both ways, 4 x 4; else all.
  *  @param pSrcDst, srcDstStep the coefficients, replaced by the residual
- *  @param sizeNZ the leading columns (width) and rows (height) outside which all coefficients are 0; a hint that shortens the
- *         work. Any value is accepted.
+ *  @param sizeNZ the leading columns (width) and rows (height) outside which all coefficients are 0; any value is
+ *         accepted
  *  @retval vekStsErrNullPtr a pointer is null
  */
 VEKVC_API VekStatus vekiTransform8x8Inv_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize sizeNZ);
@@ -35,15 +38,17 @@ VEKVC_API VekStatus vekiTransform4x4Inv_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s src
 /** @name Inverse transform
  *  @{ */
 
-/** Inverse transform of a W x H block of coefficients (SMPTE 421M annex A): the row pass gives (sum + 4) >> 3, the column pass
- *  (sum + 64) >> 7, in blocks of 8 rows (sum + 65) >> 7 for rows 4 to 7; every result is limited to 16 bits.
- *  If sizeNZ is below 2 both ways, only the first coefficient d is read and all values become one:
- *  (c * ((r * d + 4) >> 3) + 64) >> 7 with r = 12 for W = 8, 17 for W = 4, c = 12 for H = 8, 17 for H = 4. The intermediate value is not
- *  limited and the result keeps its low 16 bits: for large |d| this differs from the full transform, deliberately.
+/** Inverse transform of a W x H block of coefficients (SMPTE 421M annex A): the row pass gives (sum + 4) >> 3, the
+ *  column pass (sum + 64) >> 7, in blocks of 8 rows (sum + 65) >> 7 for rows 4 to 7; every result is limited to 16
+ *  bits. sizeNZ shortens the work. Below 2 both ways, only the first coefficient d is read and all values become one:
+ *  (c * ((r * d + 4) >> 3) + 64) >> 7 with r = 12 for W = 8, 17 for W = 4, c = 12 for H = 8, 17 for H = 4. The
+ *  intermediate value is not limited and the result keeps its low 16 bits: for large |d| this differs from the full
+ *  transform, deliberately. Else, at most 2 both ways in 8x8 and 4x4, 2 x 2 coefficients are read; else, at most 4
+ *  both ways, 4 x 4; else all.
  *  @param pSrc, srcStep the coefficients
  *  @param pDst, dstStep the residual; may be the source, with the same step
- *  @param sizeNZ the leading columns (width) and rows (height) outside which all coefficients are 0; a hint that shortens the
- *         work. Any value is accepted.
+ *  @param sizeNZ the leading columns (width) and rows (height) outside which all coefficients are 0; any value is
+ *         accepted
  *  @retval vekStsErrNullPtr a pointer is null
  */
 VEKVC_API VekStatus vekiTransform8x8Inv_VC1_16s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pDst, Vek32s dstStep,
@@ -59,10 +64,12 @@ VEKVC_API VekStatus vekiTransform4x4Inv_VC1_16s_C1R(const Vek16s* pSrc, Vek32s s
 /** @name Forward transform, in place
  *  @{ */
 
-/** Forward transform of a W x H block, with bases of the library's own. With N the length, F the N x N basis and x the samples,
- *  a pass gives y[k] = sum of F[k][n] * x[n], in 32 bits with wrap-around (offset included), shifted down and limited to 16 bits:
- *  rows (y + 2048) >> 12 for W = 8, (y + 1024) >> 11 for W = 4; then columns (y + 524288) >> 20 for H = 8, (y + 262144) >> 19 for H = 4.
- *  The rows of F are the inverse's rows scaled to nearly equal norm: 21845, 29026, 28728 ... for 8, 15420 and 19751 / 8978 for 4.
+/** Forward transform of a W x H block, with bases of the library's own: the inverse's rows scaled by 2^21 (length 8) or
+ *  2^20 (length 4) over their squared norm. With N the length, F the basis and x the samples, a pass gives y[k] = sum
+ *  of F[k][n] * x[n], in 32 bits with wrap-around (offset included), shifted down and limited to 16 bits: rows
+ *  (y + 2048) >> 12 for W = 8, (y + 1024) >> 11 for W = 4; then columns (y + 524288) >> 20 for H = 8, (y + 262144) >>
+ *  19 for H = 4. The basis for 8: k0 and k4 21845; k1, k3, k5, k7 29026, 27212, 16327, 7257; k2, k6 28728, 10773; for
+ *  4: k0 and k2 15420; k1, k3 19751, 8978; signs and order are the inverse's.
  *  @param pSrcDst, srcDstStep the samples, replaced by the coefficients
  *  @retval vekStsErrNullPtr a pointer is null
  */
@@ -75,10 +82,12 @@ VEKVC_API VekStatus vekiTransform4x4Fwd_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s src
 /** @name Forward transform
  *  @{ */
 
-/** Forward transform of a W x H block, with bases of the library's own. With N the length, F the N x N basis and x the samples,
- *  a pass gives y[k] = sum of F[k][n] * x[n], in 32 bits with wrap-around (offset included), shifted down and limited to 16 bits:
- *  rows (y + 2048) >> 12 for W = 8, (y + 1024) >> 11 for W = 4; then columns (y + 524288) >> 20 for H = 8, (y + 262144) >> 19 for H = 4.
- *  The rows of F are the inverse's rows scaled to nearly equal norm: 21845, 29026, 28728 ... for 8, 15420 and 19751 / 8978 for 4.
+/** Forward transform of a W x H block, with bases of the library's own: the inverse's rows scaled by 2^21 (length 8) or
+ *  2^20 (length 4) over their squared norm. With N the length, F the basis and x the samples, a pass gives y[k] = sum
+ *  of F[k][n] * x[n], in 32 bits with wrap-around (offset included), shifted down and limited to 16 bits: rows
+ *  (y + 2048) >> 12 for W = 8, (y + 1024) >> 11 for W = 4; then columns (y + 524288) >> 20 for H = 8, (y + 262144) >>
+ *  19 for H = 4. The basis for 8: k0 and k4 21845; k1, k3, k5, k7 29026, 27212, 16327, 7257; k2, k6 28728, 10773; for
+ *  4: k0 and k2 15420; k1, k3 19751, 8978; signs and order are the inverse's.
  *  @param pSrc, srcStep the samples
  *  @param pDst, dstStep the coefficients; may be the source, with the same step
  *  @retval vekStsErrNullPtr a pointer is null
@@ -125,11 +134,11 @@ typedef struct {
 /** @name Bicubic interpolation
  *  @{ */
 
-/** Bicubic interpolation (SMPTE 421M 8.3.6.5.2): taps (-4 53 18 -3), (-1 9 9 -1), (-3 18 53 -4) for the fractions 1 to 3,
- *  shifts S of 6, 4, 6. Vertical: (s + 2^(S-1) - 1 + RND) >> S; horizontal: (s + 2^(S-1) - RND) >> S; both: vertical first, with the
- *  shift S(dx) + S(dy) - 7 and its rounding, then horizontal (t + 64 - RND) >> 7.
- *  The kernel is 8x8 for (width >> 4) + (height >> 4) of 0, 16x8 for 1, 16x16 for more; what of it lies inside the block's size
- *  is written.
+/** Bicubic interpolation (SMPTE 421M 8.3.6.5.2): taps (-4 53 18 -3), (-1 9 9 -1), (-3 18 53 -4) for the fractions 1 to
+ *  3, shifts S of 6, 4, 6. Vertical: (s + 2^(S-1) - 1 + RND) >> S; horizontal: (s + 2^(S-1) - RND) >> S; both:
+ *  vertical first, with the shift S(dx) + S(dy) - 7 and its rounding, then horizontal (t + 64 - RND) >> 7. The result
+ *  is clipped to 0..255. The kernel is 8x8 for (width >> 4) + (height >> 4) of 0, 16x8 for 1, 16x16 for more; what of
+ *  it lies inside roiSize is written.
  *  One row (column) before the block and two behind it are read, only in directions with a non-zero fraction.
  *  @param pParam the record
  *  @retval vekStsErrNullPtr pParam, its pSrc or its pDst is null
@@ -140,10 +149,11 @@ VEKVC_API VekStatus vekiInterpolateQPBicubic_VC1_8u_C1R(const VekVC1Interpolatio
 /** @name Bilinear interpolation
  *  @{ */
 
-/** Bilinear interpolation (SMPTE 421M 8.3.6.5.1): ((4 - dx)(4 - dy)A + dx(4 - dy)B + (4 - dx)dy C + dx dy D + 8 - RND) >> 4 with A the
- *  sample, B its right neighbour, C the one below, D below right.
- *  The kernel is 16x16 for a width of 16, 8x8 for 8x8, 8x4 for a width of 8 and any other height, else 4x4; what of it lies
- *  inside roiSize is written. One row (column) behind the block is read, only in directions with a non-zero fraction.
+/** Bilinear interpolation (SMPTE 421M 8.3.6.5.1): with A the sample, B its right neighbour, C the one below, D below
+ *  right, ((4 - dx)(4 - dy)A + dx(4 - dy)B + (4 - dx)dy C + dx dy D + 8 - RND) >> 4.
+ *  The kernel is 16x16 for a width of 16, 8x8 for 8x8, 8x4 for a width of 8 and any other height, else 4x4; what of it
+ *  lies inside roiSize is written. One row (column) behind the block is read, only in directions with a non-zero
+ *  fraction.
  *  @param pParam the record
  *  @retval vekStsErrNullPtr pParam, its pSrc or its pDst is null
  */
@@ -153,11 +163,11 @@ VEKVC_API VekStatus vekiInterpolateQPBilinear_VC1_8u_C1R(const VekVC1Interpolati
 /** @name Bilinear interpolation, interleaved chroma
  *  @{ */
 
-/** Bilinear interpolation (SMPTE 421M 8.3.6.5.1): ((4 - dx)(4 - dy)A + dx(4 - dy)B + (4 - dx)dy C + dx dy D + 8 - RND) >> 4 with A the
- *  sample, B its right neighbour, C the one below, D below right.
- *  Each component is filtered by itself: its next sample is two bytes on. Width and height count pairs: the kernel is 8x8 pairs
- *  for 8x8, 8x4 for a width of 8 and any other height, else 4x4; what of it lies inside roiSize is written. One row (pair)
- *  behind the block is read, only in directions with a non-zero fraction.
+/** Bilinear interpolation (SMPTE 421M 8.3.6.5.1): with A the sample, B its right neighbour, C the one below, D below
+ *  right, ((4 - dx)(4 - dy)A + dx(4 - dy)B + (4 - dx)dy C + dx dy D + 8 - RND) >> 4.
+ *  Each component is filtered by itself: its next sample is two bytes on. Width and height count pairs: the kernel is
+ *  8x8 pairs for 8x8, 8x4 for a width of 8 and any other height, else 4x4; what of it lies inside roiSize is written.
+ *  One row (pair) behind the block is read, only in directions with a non-zero fraction.
  *  @param pParam the record
  *  @retval vekStsErrNullPtr pParam, its pSrc or its pDst is null
  */
@@ -167,10 +177,10 @@ VEKVC_API VekStatus vekiInterpolateQPBilinear_VC1_8u_C2R(const VekVC1Interpolati
 /** @name Interpolation with padding and intensity compensation
  *  @{ */
 
-/** As the function of the same filter, from a reference that is extended by its nearest samples beyond its edges and whose
- *  samples are mapped by pLUTTop and pLUTBottom first. Rows outside the frame (field) take its first or last row, with
- *  isReferInterlaced the nearest one of their own parity; columns take the nearest column. Only samples of the frame are read.
- *  Block sizes as for the function without padding.
+/** As the function of the same filter, from a reference that is extended by its nearest samples beyond its edges and
+ *  whose samples are mapped by pLUTTop and pLUTBottom first. Rows outside the frame (field) take its first or last
+ *  row, with isReferInterlaced the nearest one of their own parity; columns take the nearest column. Only samples of
+ *  the frame are read; with an empty frame nothing is done. Block sizes as for the function without padding.
  *  @param pParam the record
  *  @retval vekStsErrNullPtr pParam, its pSrc or its pDst is null
  */
@@ -183,7 +193,8 @@ VEKVC_API VekStatus vekiInterpolateICBilinearBlock_VC1_8u_C2R(const VekVC1Interp
  *  @{ */
 
 /** The loop filter (SMPTE 421M 8.6.4) across one edge of 16 pixels. Of the pixels across the edge, P1 to P4 lie before
- *  pSrcDst and P5 to P8 from it on; P4 and P5 are changed. The third of each four pairs decides whether its segment is filtered.
+ *  pSrcDst and P5 to P8 from it on; P4 and P5 are changed. The third of each four places along the edge decides whether
+ *  its segment is filtered.
  *  @param pSrcDst the first pixel below (HorEdge) or right of (VerEdge) the edge
  *  @param pQuant PQUANT; compared as it is
  *  @param srcDstStep the step
@@ -200,12 +211,13 @@ VEKVC_API VekStatus vekiFilterDeblockingLuma_VerEdge_VC1_8u_C1IR(Vek8u* pSrcDst,
  *  @{ */
 
 /** The loop filter (SMPTE 421M 8.6.4) across one edge of 8 pixels. Of the pixels across the edge, P1 to P4 lie before
- *  pSrcDst and P5 to P8 from it on; P4 and P5 are changed. The third of each four pairs decides whether its segment is filtered.
+ *  pSrcDst and P5 to P8 from it on; P4 and P5 are changed. The third of each four places along the edge decides whether
+ *  its segment is filtered.
  *  @param pSrcDst the first pixel below (HorEdge) or right of (VerEdge) the edge
  *  @param pQuant PQUANT; compared as it is
  *  @param srcDstStep the step
- *  @param edgeDisableFlag bit 1 set: pixels 0 to 3 along the edge are neither read nor written; bit 2: pixels 4 to 7. Bit 0 is ignored,
- *         unlike luma's.
+ *  @param edgeDisableFlag bit 1 set: pixels 0 to 3 along the edge are neither read nor written; bit 2: pixels 4 to 7.
+ *         Bit 0 is ignored, unlike luma's.
  *  @retval vekStsErrNullPtr the pointer is null
  */
 VEKVC_API VekStatus vekiFilterDeblockingChroma_HorEdge_VC1_8u_C1IR(Vek8u* pSrcDst, Vek32s pQuant, Vek32s srcDstStep,
@@ -217,8 +229,9 @@ VEKVC_API VekStatus vekiFilterDeblockingChroma_VerEdge_VC1_8u_C1IR(Vek8u* pSrcDs
 /** @name Loop filter, interleaved chroma
  *  @{ */
 
-/** The loop filter (SMPTE 421M 8.6.4) across one edge of 8 pairs, each component by itself. Of the pixels across the edge, P1 to P4 lie before
- *  pSrcDst and P5 to P8 from it on; P4 and P5 are changed. The third of each four pairs decides whether its segment is filtered.
+/** The loop filter (SMPTE 421M 8.6.4) across one edge of 8 pairs, each component by itself. Of the pixels across the
+ *  edge, P1 to P4 lie before pSrcDst and P5 to P8 from it on; P4 and P5 are changed. The third of each four places
+ *  decides whether its segment is filtered.
  *  @param pSrcDst the first pair below (HorEdge) or right of (VerEdge) the edge
  *  @param pQuant PQUANT; compared as it is
  *  @param srcDstStep the step
@@ -235,15 +248,16 @@ VEKVC_API VekStatus vekiFilterDeblockingChroma_VerEdge_VC1_8u_C2IR(Vek8u* pSrcDs
 /** @name Overlap smoothing, luma
  *  @{ */
 
-/** Overlap smoothing (SMPTE 421M 8.5) across a horizontal edge of 16 pixels: x0 x1 before the edge and x2 x3 behind it give
- *  (7 x0 + x3 + r0) >> 3, (-x0 + 7 x1 + x2 + x3 + r1) >> 3, (x0 + x1 + 7 x2 - x3 + r0) >> 3, (x0 + 7 x3 + r1) >> 3,
- *  clipped to 0..255 and written to the two pixels before pDst and the two from it on. Every product and every addition, from left
- *  to right, is limited to 16 bits. r0 is 4 in even columns and 3 in odd ones, counted from the first; r1 is 7 - r0.
+/** Overlap smoothing (SMPTE 421M 8.5) across a horizontal edge of 16 pixels: x0 x1 before the edge and x2 x3 behind it
+ *  give (7 x0 + x3 + r0) >> 3, (-x0 + 7 x1 + x2 + x3 + r1) >> 3, (x0 + x1 + 7 x2 - x3 + r0) >> 3, (x0 + 7 x3 + r1) >>
+ *  3, clipped to 0..255 and written to the two pixels before pDst and the two from it on. Every product (-x0 too) and
+ *  every addition, from left to right, is limited to 16 bits. r0 is 4 in even columns and 3 in odd ones, counted from
+ *  the first; r1 is 7 - r0.
  *  @param pSrcUpper, srcUpperStep the upper block's second-last row (x0); x1 is the row below it
  *  @param pSrcBottom, srcBottomStep the lower block's first row (x2); x3 is the row below it
  *  @param pDst, dstStep the lower block's first row in the picture
- *  @param edgeSmoothFlag bit 0 or 1: columns 0 to 7 are smoothed; bit 2 or 3: columns 8 to 15. What is not smoothed is neither read
- *         nor written.
+ *  @param edgeSmoothFlag bit 0 or 1: columns 0 to 7 are smoothed; bit 2 or 3: columns 8 to 15. What is not smoothed is
+ *         neither read nor written.
  *  @retval vekStsErrNullPtr a pointer is null
  */
 VEKVC_API VekStatus vekiSmoothingLuma_HorEdge_VC1_16s8u_C1R(const Vek16s* pSrcUpper, Vek32s srcUpperStep,
@@ -254,17 +268,19 @@ VEKVC_API VekStatus vekiSmoothingLuma_HorEdge_VC1_16s8u_C1R(const Vek16s* pSrcUp
 /** @name Overlap smoothing, luma, vertical edge
  *  @{ */
 
-/** Overlap smoothing (SMPTE 421M 8.5) across a vertical edge of 16 pixels: x0 x1 before the edge and x2 x3 behind it give
- *  (7 x0 + x3 + r0) >> 3, (-x0 + 7 x1 + x2 + x3 + r1) >> 3, (x0 + x1 + 7 x2 - x3 + r0) >> 3, (x0 + 7 x3 + r1) >> 3,
- *  clipped to 0..255 and written to the two pixels before pDst and the two from it on. Every product and every addition, from left
- *  to right, is limited to 16 bits. r0 is 4 in even rows and 3 in odd ones, counted from the first; r1 is 7 - r0.
+/** Overlap smoothing (SMPTE 421M 8.5) across a vertical edge of 16 pixels: x0 x1 before the edge and x2 x3 behind it
+ *  give (7 x0 + x3 + r0) >> 3, (-x0 + 7 x1 + x2 + x3 + r1) >> 3, (x0 + x1 + 7 x2 - x3 + r0) >> 3, (x0 + 7 x3 + r1) >>
+ *  3, clipped to 0..255 and written to the two pixels before pDst and the two from it on. Every product (-x0 too) and
+ *  every addition, from left to right, is limited to 16 bits. r0 is 4 in even rows and 3 in odd ones, counted from the
+ *  first; r1 is 7 - r0.
  *  @param pSrcLeft, srcLeftStep the left block's second-last column (x0); x1 is the column right of it
  *  @param pSrcRight, srcRightStep the right block's first column (x2); x3 is the column right of it
  *  @param pDst, dstStep the right block's first column in the picture
- *  @param fieldNeighbourFlag 0: both blocks hold frame rows. 1: the right block holds fields, the even rows in its rows 0 to 7, the odd
- *         ones in 8 to 15. 2: the left block does. 3: both do. With 1 to 3 all 16 rows are smoothed, even picture rows with r0 = 4, odd
- *         ones with r0 = 3. Above 3 nothing is done.
- *  @param edgeSmoothFlag 0: nothing is done. With fieldNeighbourFlag 0: bit 0 or 1: rows 0 to 7 are smoothed; bit 2 or 3: rows 8 to 15
+ *  @param fieldNeighbourFlag 0: both blocks hold frame rows. 1: the right block holds fields, the even rows in its
+ *         rows 0 to 7, the odd ones in 8 to 15. 2: the left block does. 3: both do. With 1 to 3 all 16 rows are
+ *         smoothed, even picture rows with r0 = 4, odd ones with r0 = 3. With other values nothing is done.
+ *  @param edgeSmoothFlag 0: nothing is done. With fieldNeighbourFlag 0: bit 0 or 1: rows 0 to 7 are smoothed; bit 2 or
+ *         3: rows 8 to 15. What is not smoothed is neither read nor written.
  *  @retval vekStsErrNullPtr a pointer is null
  */
 VEKVC_API VekStatus vekiSmoothingLuma_VerEdge_VC1_16s8u_C1R(const Vek16s* pSrcLeft, Vek32s srcLeftStep,
@@ -292,7 +308,8 @@ VEKVC_API VekStatus vekiSmoothingChroma_VerEdge_VC1_16s8u_C1R(const Vek16s* pSrc
 /** @name Overlap smoothing, interleaved chroma
  *  @{ */
 
-/** As the form of one plane, for two planes of values whose results are interleaved: U in the even bytes, V in the odd ones.
+/** As the form of one plane, for two planes of values whose results are interleaved: U in the even bytes, V in the odd
+ *  ones.
  *  @param pDst, dstStep the first row (pair) behind the edge in the picture
  *  @retval vekStsErrNullPtr a pointer is null
  */
