@@ -189,6 +189,16 @@ VEKVC_SIMD_INLINE void storeLanes16(At at, u16x8 v) {
     put(7, _mm_extract_epi16(v.raw, 7));
 }
 
+// The four 32-bit lanes to four places: at(0) to at(3).
+template <class At>
+VEKVC_SIMD_INLINE void storeLanes32(At at, u32x4 v) {
+    const auto put = [&](int i, int value) { std::memcpy(at(i), &value, 4); };
+    put(0, _mm_cvtsi128_si32(v.raw));
+    put(1, _mm_extract_epi32(v.raw, 1));
+    put(2, _mm_extract_epi32(v.raw, 2));
+    put(3, _mm_extract_epi32(v.raw, 3));
+}
+
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
