@@ -105,11 +105,7 @@ VEKVC_SIMD_INLINE void storeRows16(Vek8u* p, std::ptrdiff_t step, V v) {
     }
 }
 VEKVC_SIMD_INLINE void storeRows32(Vek8u* p, std::ptrdiff_t step, u16x8 v) {
-    const u32x4 rows = as<u32x4>(v);
-    storeBytes<4>(p, rows);
-    store<Vek32u>(p + step, lane<1>(rows));
-    store<Vek32u>(p + 2 * step, lane<2>(rows));
-    store<Vek32u>(p + 3 * step, lane<3>(rows));
+    storeLanes32([=](int i) { return p + i * step; }, as<u32x4>(v));
 }
 
 // `n` samples along an edge, all enabled.
