@@ -294,9 +294,19 @@ VEKVC_SIMD_INLINE V constant() {
     asm("" : "+r"(p));
     return load<V>(p);
 }
-// Every lane the value at p.
+// Every lane the value at p. 32-bit lanes are broadcast by the load itself: GCC 12 does so for floats only.
 template <class V>
 VEKVC_SIMD_INLINE V splatFrom(const void* p) {
+#if VEKVC_VECTOR256
+    if constexpr (laneBytes<V> == 4) {
+        float bits;
+        std::memcpy(&bits, p, sizeof bits);
+        if constexpr (is128<V>)
+            return {_mm_castps_si128(_mm_set1_ps(bits))};
+        else
+            return {_mm256_castps_si256(_mm256_set1_ps(bits))};
+    }
+#endif
     typename V::Lane value;
     std::memcpy(&value, p, sizeof value);
     return splat<V>(value);
@@ -668,6 +678,29 @@ VEKVC_SIMD_INLINE Vec<T, N> blend16(Vec<T, N> a, Vec<T, N> b) {
 #if VEKVC_VECTOR256
     else
         return {_mm256_blend_epi16(a.raw, b.raw, mask)};
+#endif
+}
+// The same with 32-bit lanes, of vectors of 128 bits.
+template <int mask, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> blend32(Vec<T, N> a, Vec<T, N> b) {
+    static_assert(is128<Vec<T, N>>);
+#if VEKVC_VECTOR256
+    return {_mm_blend_epi32(a.raw, b.raw, mask)};
+#else
+    return blend16<(mask & 1) * 3 | (mask & 2) * 6 | (mask & 4) * 12 | (mask & 8) * 24>(a, b);
+#endif
+}
+// Four runs of 4 bytes, from at(0) to at(3).
+template <class V, class At>
+VEKVC_SIMD_INLINE V loadLanes32(At at) {
+#if VEKVC_VECTOR256
+    using D = u32x4;
+    const D low = blend32<2>(splatFrom<D>(at(0)), splatFrom<D>(at(1)));
+    const D high = blend32<8>(splatFrom<D>(at(2)), splatFrom<D>(at(3)));
+    return as<V>(blend32<12>(low, high));
+#else
+    const u64x2 low = loadPair4<u64x2>(at(0), at(1)), high = loadPair4<u64x2>(at(2), at(3));
+    return as<V>(interleaveLow(low, high));
 #endif
 }
 template <int i, class T, int N>
