@@ -75,15 +75,14 @@ template <vc1::Rows leftRows, vc1::Rows rightRows>
 VEKVC_SIMD_INLINE EightRows smoothedRows(Block<Vek16s> left, Block<Vek16s> right, int first) {
     const RowReader<leftRows> l(left, first);
     const RowReader<rightRows> r(right, first);
-    i16x8 rows[4];  // rows i and i + 4
-    for (int i = 0; i < 4; ++i)
-        rows[i] = joinLow(loadPair4<i16x8>(l.at(i), r.at(i)), loadPair4<i16x8>(l.at(i + 4), r.at(i + 4)));
-    const i16x8 rows02 = interleaveLow(rows[0], rows[2]), rows46 = interleaveHigh(rows[0], rows[2]);
-    const i16x8 rows13 = interleaveLow(rows[1], rows[3]), rows57 = interleaveHigh(rows[1], rows[3]);
-    const i16x8 top01 = interleaveLow(rows02, rows13), top23 = interleaveHigh(rows02, rows13);
-    const i16x8 bottom01 = interleaveLow(rows46, rows57), bottom23 = interleaveHigh(rows46, rows57);
-    Across a = {
-        {joinLow(top01, bottom01), joinHigh(top01, bottom01), joinLow(top23, bottom23), joinHigh(top23, bottom23)}};
+    // Two values of four rows in 32-bit lanes, the first one low.
+    const auto fourRows = [](const auto& reader, int from) {
+        return loadLanes32<i32x4>([&](int i) { return reader.at(from + i); });
+    };
+    const auto firsts = [](i32x4 top, i32x4 bottom) { return narrowI16(top << 16 >> 16, bottom << 16 >> 16); };
+    const auto seconds = [](i32x4 top, i32x4 bottom) { return narrowI16(top >> 16, bottom >> 16); };
+    const i32x4 l0 = fourRows(l, 0), l4 = fourRows(l, 4), r0 = fourRows(r, 0), r4 = fourRows(r, 4);
+    Across a = {{firsts(l0, l4), seconds(l0, l4), firsts(r0, r4), seconds(r0, r4)}};
     a.smooth();
     const u8x16 y02 = narrowU8(a.x[0], a.x[2]), y13 = narrowU8(a.x[1], a.x[3]);
     const u16x8 y01 = as<u16x8>(interleaveLow(y02, y13)), y23 = as<u16x8>(interleaveHigh(y02, y13));
