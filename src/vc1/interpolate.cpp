@@ -12,8 +12,25 @@ using namespace vekvc;
 
 namespace {
 
-vc1::Interpolation interpolation(const VekVC1InterpolationParams& p, VekiSize size) {
-    return {p.pSrc, p.srcStep, p.pDst, p.dstStep, p.dx & 3, p.dy & 3, p.roundControl & 1, size};
+// A field of a record, loaded by itself into a general register. Callers write records just before the call, and a
+// vector load of several fields, as the compilers like it, waits for the stores of all of them.
+Vek32s field(Vek32s x) {
+    asm("" : "+r"(x));
+    return x;
+}
+VekiSize field(VekiSize s) { return {field(s.width), field(s.height)}; }
+Vek32s lowBits(Vek32s x, Vek32s mask) { return field(field(x) & mask); }
+
+template <class Shape>
+vc1::Interpolation interpolation(const VekVC1InterpolationParams& p, Shape shape) {
+    return {p.pSrc,
+            p.srcStep,
+            p.pDst,
+            p.dstStep,
+            lowBits(p.dx, 3),
+            lowBits(p.dy, 3),
+            lowBits(p.roundControl, 1),
+            shape(field(p.roiSize))};
 }
 
 template <class Record>
@@ -25,19 +42,19 @@ bool anyNullIn(const Record* pParam) {
 
 VekStatus vekiInterpolateQPBicubic_VC1_8u_C1R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    kernel::interpolateBicubic(interpolation(*pParam, vc1::bicubicSize(pParam->roiSize)));
+    kernel::interpolateBicubic(interpolation(*pParam, vc1::bicubicSize));
     return vekStsOk;
 }
 
 VekStatus vekiInterpolateQPBilinear_VC1_8u_C1R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    kernel::interpolateBilinear<1>(interpolation(*pParam, vc1::bilinearSize(pParam->roiSize)));
+    kernel::interpolateBilinear<1>(interpolation(*pParam, vc1::bilinearSize));
     return vekStsOk;
 }
 
 VekStatus vekiInterpolateQPBilinear_VC1_8u_C2R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    kernel::interpolateBilinear<2>(interpolation(*pParam, vc1::bilinearPairsSize(pParam->roiSize)));
+    kernel::interpolateBilinear<2>(interpolation(*pParam, vc1::bilinearPairsSize));
     return vekStsOk;
 }
 

@@ -73,22 +73,21 @@ void withReference(const VekVC1InterpolationBlockParams& b, VekiSize size, Reach
     const int columnCount = across.before + size.width + across.behind;
     const int rowCount = down.before + size.height + down.behind;
     const bool inside = left >= 0 && left + columnCount <= width && top >= 0 && top + rowCount <= rows.count;
+    Neighbourhood local;
     if (inside && b.pLUTTop == nullptr && b.pLUTBottom == nullptr) {
         p.src = b.pSrc + b.y * rows.step + std::ptrdiff_t{b.x} * channels;
-        filter(p);
-        return;
+    } else {
+        for (int i = 0; i < rowCount; ++i) {
+            const std::ptrdiff_t y = rows.nearest(top + i);
+            Vek8u* to = local.samples + i * Neighbourhood::kStep;
+            copyExtended<channels>(to, b.pSrc + y * rows.step, width, left, columnCount);
+            const Vek8u* table = (y & 1) == 0 ? b.pLUTTop : b.pLUTBottom;
+            if (table != nullptr)
+                std::transform(to, to + columnCount * channels, to, [=](Vek8u x) { return table[x]; });
+        }
+        p.src = local.samples + down.before * Neighbourhood::kStep + across.before * channels;
+        p.srcStep = Neighbourhood::kStep;
     }
-
-    Neighbourhood local;
-    for (int i = 0; i < rowCount; ++i) {
-        const std::ptrdiff_t y = rows.nearest(top + i);
-        Vek8u* to = local.samples + i * Neighbourhood::kStep;
-        copyExtended<channels>(to, b.pSrc + y * rows.step, width, left, columnCount);
-        const Vek8u* table = (y & 1) == 0 ? b.pLUTTop : b.pLUTBottom;
-        if (table != nullptr) std::transform(to, to + columnCount * channels, to, [=](Vek8u x) { return table[x]; });
-    }
-    p.src = local.samples + down.before * Neighbourhood::kStep + across.before * channels;
-    p.srcStep = Neighbourhood::kStep;
     filter(p);
 }
 

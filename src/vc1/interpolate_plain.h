@@ -28,12 +28,12 @@ constexpr VekiSize bicubicSize(VekiSize block) {
     return cutTo({shape <= 0 ? 8 : 16, shape <= 1 ? 8 : 16}, block);
 }
 constexpr VekiSize bilinearSize(VekiSize block) {
-    if (block.width == 16) return cutTo({16, 16}, block);
-    if (block.width == 8) return cutTo({8, block.height == 8 ? 8 : 4}, block);
+    if (block.width == 8) return {8, block.height == 8 ? 8 : std::min(4, block.height)};
+    if (block.width == 16) return {16, std::min(16, block.height)};
     return cutTo({4, 4}, block);
 }
 constexpr VekiSize bilinearPairsSize(VekiSize block) {
-    return cutTo({block.width == 8 ? 8 : 4, block.width == 8 && block.height == 8 ? 8 : 4}, block);
+    return block.width == 8 ? bilinearSize(block) : cutTo({4, 4}, block);
 }
 
 // The bicubic filters by fraction (8.3.6.5.2): the taps for the samples at -1, 0, 1 and 2, and the bits of their sum.
