@@ -12,16 +12,17 @@ using vc1::Interpolation;
 // Runs one case in a function of its own, with all arguments in registers (sizes are at most 16). Together in one
 // function, the cases share address arithmetic; and g++ 12 hands a structure over through memory, from which it is read
 // before it is written (8x8 bilinear: 30 to 43 cycles).
-template <class Case>
+template <class Case, int height>
 [[gnu::noinline]] void runCase(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep,
                                int modes) {
-    const VekiSize size = {modes >> 8 & 255, modes >> 16};
+    const VekiSize size = {modes >> 8 & 255, height > 0 ? height : modes >> 16};
     Case()({src, srcStep, dst, dstStep, modes & 3, modes >> 2 & 3, modes >> 4 & 1, size});
 }
 template <class Case>
 VEKVC_SIMD_INLINE void apart(const Interpolation& p, Case) {
-    runCase<Case>(p.src, p.srcStep, p.dst, p.dstStep,
-                  p.dx | p.dy << 2 | p.RND << 4 | p.size.width << 8 | p.size.height << 16);
+    const int modes = p.dx | p.dy << 2 | p.RND << 4 | p.size.width << 8 | p.size.height << 16;
+    const auto run = p.size.height == 8 ? runCase<Case, 8> : runCase<Case, 0>;  // the commonest height is unrolled
+    run(p.src, p.srcStep, p.dst, p.dstStep, modes);
 }
 
 // ---- bicubic, in strips of eight columns and an even number of rows
@@ -65,6 +66,7 @@ VEKVC_SIMD_INLINE void bicubicDown(const Interpolation& p, const Vek8u* src, Vek
     u8x16 last = load8(src + step);
     const u8x16 row = load8(src);
     u8x16 before0 = interleaveLow(load8(src - step), row), before1 = interleaveLow(row, last);  // of two rows
+#pragma GCC unroll 4
     for (int y = 0; y < p.size.height; y += 2) {
         const u8x16 next = load8(src + 2 * step), after = load8(src + 3 * step);
         const u8x16 behind0 = interleaveLow(last, next), behind1 = interleaveLow(next, after);
@@ -88,6 +90,7 @@ VEKVC_SIMD_INLINE void bicubicAcross(const Interpolation& p, const Vek8u* src, V
         const u8x16 before = interleaveLow(load8(s - 1), load8(s)), behind = interleaveLow(load8(s + 1), load8(s + 2));
         return (filtered<dx>(before, behind) + rounding) >> shift;
     };
+#pragma GCC unroll 4
     for (int y = 0; y < p.size.height; y += 2) {
         storePair8(dst, dst + dstStep, narrowU8(row(src), row(src + step)));
         src += 2 * step;
@@ -131,6 +134,7 @@ VEKVC_SIMD_INLINE void bicubicBoth(const Interpolation& p, const Vek8u* src, Vek
     const auto loadTwo = [=](const Vek8u* s) { return inOrder11(join(load11(s), load11(s + step))); };
     u8x32 above = loadTwo(src - step), below = loadTwo(src + step);
     RowsSideBySide before(above, highThenLow(above, below));
+#pragma GCC unroll 1
     for (int y = 0; y < p.size.height; y += 2) {
         const u8x32 next =
             y + 2 < p.size.height ? loadTwo(src + 3 * step) : inOrder11(join(load11(src + 3 * step), zero<u8x16>()));
@@ -240,6 +244,13 @@ struct BilinearRow {
     VEKVC_SIMD_INLINE static V load(const Vek8u* p, std::ptrdiff_t) { return loadBytes<V, W>(p); }
     VEKVC_SIMD_INLINE static void store(Vek8u* p, std::ptrdiff_t, V v) { storeBytes<W>(p, v); }
 };
+template <>
+struct BilinearRow<8> {
+    using V = u8x16;
+    static constexpr int rows = 2;
+    VEKVC_SIMD_INLINE static V load(const Vek8u* p, std::ptrdiff_t step) { return loadPair8<V>(p, p + step); }
+    VEKVC_SIMD_INLINE static void store(Vek8u* p, std::ptrdiff_t step, V v) { storePair8(p, p + step, v); }
+};
 #if VEKVC_VECTOR256
 template <>
 struct BilinearRow<16> {
@@ -250,21 +261,21 @@ struct BilinearRow<16> {
 };
 #endif
 
-// Pairs of bytes of two vectors, weighted and added: the low W bytes of each half, or all.
+// Pairs of bytes of two vectors, weighted and added: the low 4 bytes, or all.
 template <int W, class V>
 struct PairSums {
     using S = Vec<Vek16s, V::kBytes / 2>;
     S low, high;
 
     VEKVC_SIMD_INLINE PairSums(V a, V b, Weights<V> w)
-        : low(mulAddPairs(interleaveLow(a, b), w)), high(W == 16 ? mulAddPairs(interleaveHigh(a, b), w) : low) {}
+        : low(mulAddPairs(interleaveLow(a, b), w)), high(W >= 8 ? mulAddPairs(interleaveHigh(a, b), w) : low) {}
     VEKVC_SIMD_INLINE void add(const PairSums& other) {
         low += other.low;
-        if constexpr (W == 16) high += other.high;
+        if constexpr (W >= 8) high += other.high;
     }
     VEKVC_SIMD_INLINE V rounded(S rounding, int shift) const {
         const S a = (low + rounding) >> shift;
-        if constexpr (W == 16) return narrowU8(a, (high + rounding) >> shift);
+        if constexpr (W >= 8) return narrowU8(a, (high + rounding) >> shift);
         return narrowU8(a, a);
     }
 };
@@ -295,6 +306,7 @@ VEKVC_SIMD_INLINE void forRows(const Interpolation& p, Use&& use) {
     const Vek8u* src = p.src;
     Vek8u* dst = p.dst;
     const std::ptrdiff_t step = p.srcStep, dstStep = p.dstStep;
+#pragma GCC unroll 4
     for (int y = 0; y < p.size.height; y += 2) {
         for (int i = 0; i < 2; i += Row::rows) Row::store(dst + i * dstStep, dstStep, use(src + i * step, step));
         src += 2 * step;
@@ -325,11 +337,29 @@ VEKVC_SIMD_INLINE void bilinearBoth(const Interpolation& p) {
     const auto across = [&](int factor) { return as<Weights<V>>(splat<S>(factor * ((4 - p.dx) | p.dx << 8))); };
     const Weights<V> upper = across(4 - p.dy), lower = across(p.dy);
     const S rounding = splat<S>(8 - p.RND);
-    forRows<W>(p, [&](const Vek8u* s, std::ptrdiff_t step) {
-        PairSums<W, V> sums(Row::load(s, step), Row::load(s + channels, step), upper);
-        sums.add({Row::load(s + step, step), Row::load(s + step + channels, step), lower});
-        return sums.rounded(rounding, 4);
-    });
+    if constexpr (W == 8) {  // row by row: each is loaded once for the row above and for its own
+        const auto pairs = [](const Vek8u* s) { return interleaveLow(load8(s), load8(s + channels)); };
+        const auto mean = [&](u8x16 above, u8x16 below) {
+            return (mulAddPairs(above, upper) + mulAddPairs(below, lower) + rounding) >> 4;
+        };
+        const Vek8u* src = p.src;
+        Vek8u* dst = p.dst;
+        u8x16 last = pairs(src);
+#pragma GCC unroll 4
+        for (int y = 0; y < p.size.height; y += 2) {
+            const u8x16 middle = pairs(src + p.srcStep), next = pairs(src + 2 * p.srcStep);
+            storePair8(dst, dst + p.dstStep, narrowU8(mean(last, middle), mean(middle, next)));
+            last = next;
+            src += 2 * p.srcStep;
+            dst += 2 * p.dstStep;
+        }
+    } else {
+        forRows<W>(p, [&](const Vek8u* s, std::ptrdiff_t step) {
+            PairSums<W, V> sums(Row::load(s, step), Row::load(s + channels, step), upper);
+            sums.add({Row::load(s + step, step), Row::load(s + step + channels, step), lower});
+            return sums.rounded(rounding, 4);
+        });
+    }
 }
 
 template <int W, int channels>
