@@ -5,7 +5,6 @@
 #include <cstring>
 #include <type_traits>
 
-#include "place.h"
 #include "vekvc.h"
 
 namespace vekdec::h264 {
@@ -131,10 +130,18 @@ class Filter {
         const int count = static_cast<int>(picture.mbs.size()) / (structure == kFrame ? 1 : 2);
         mbs_ = picture.mbs.data() + (structure == kBottomField ? count : 0);
         mbCount_ = count;
+        for (int i = 0; i < 3; ++i) {
+            mbWidth_[i] = i == 0 ? 16 : sps.chromaWidthMb();
+            mbHeight_[i] = i == 0 ? 16 : sps.chromaHeightMb();
+        }
     }
 
     void run() {
-        for (int address = 0; address < mbCount_; ++address) filterMacroblock(address);
+        const bool pairs = picture_.mbaff && structure_ == kFrame;
+        int address = 0;
+        for (int row = 0; address < mbCount_; ++row)
+            for (int column = 0; column < picture_.widthInMbs; ++column)
+                for (int i = 0; i < (pairs ? 2 : 1); ++i) filterMacroblock(address++, column, row);
     }
 
   private:
@@ -144,7 +151,8 @@ class Filter {
         int indexA[2];
     };
 
-    void filterMacroblock(int address);
+    // `column` and `row` count macroblocks, or pairs of MBAFF frames.
+    void filterMacroblock(int address, int column, int row);
     void filterMixedLeft(const Macroblock* left, const Macroblock& mb, bool bottom);
     void filterTopInFields(const Macroblock* above, const Macroblock& mb);
     void filterEdges(Direction direction, const Macroblock* outer, const Macroblock& mb, const Strengths& strengths,
@@ -176,6 +184,7 @@ class Filter {
     const int planes_;
     Macroblock* mbs_;
     int mbCount_;
+    int mbWidth_[3], mbHeight_[3];
     // Of the macroblock being filtered:
     const SliceParameters* parameters_ = nullptr;
     std::uint8_t* data_[3] = {};
@@ -183,36 +192,36 @@ class Filter {
 };
 
 template <typename Sample>
-void Filter<Sample>::filterMacroblock(int address) {
+void Filter<Sample>::filterMacroblock(int address, int column, int row) {
     const Macroblock& mb = mbs_[address];
     if (mb.type == MbType::Missing) return;
     parameters_ = &picture_.slices[mb.slice];
     if (parameters_->disableDeblockingIdc == 1) return;
+    const int width = picture_.widthInMbs;
+    const bool pairs = picture_.mbaff && structure_ == kFrame;
+    const bool bottom = pairs && address % 2 != 0;
+    const int macroblockRow = pairs ? 2 * row + (bottom && !mb.field) : structure_ == kFrame ? row : 2 * row;
+    const int parityRow = pairs ? bottom && mb.field : structure_ == kBottomField;
     for (int i = 0; i < planes_; ++i) {
-        PlaneMemory& plane = picture_.plane[i];
-        const int w = i == 0 ? 16 : sps_.chromaWidthMb(), h = i == 0 ? 16 : sps_.chromaHeightMb();
-        const Place at = placeOf(picture_, structure_, address, w, h);
-        data_[i] = plane.data + plane.stride * at.y + at.x * static_cast<int>(sizeof(Sample));
-        step_[i] = static_cast<int>(plane.stride) * at.rowDistance;
+        const PlaneMemory& plane = picture_.plane[i];
+        data_[i] = plane.data + plane.stride * (macroblockRow * mbHeight_[i] + parityRow) +
+                   column * mbWidth_[i] * static_cast<int>(sizeof(Sample));
+        step_[i] = static_cast<int>(plane.stride) * (mb.field ? 2 : 1);
     }
     const bool withinSlice = parameters_->disableDeblockingIdc == 2;
     const auto usable = [&](const Macroblock& other) {
         return other.type != MbType::Missing && (!withinSlice || other.slice == mb.slice);
     };
-    const int width = picture_.widthInMbs;
-    const bool pairs = picture_.mbaff && structure_ == kFrame;
-    const int unit = pairs ? address / 2 : address;
-    const bool bottom = pairs && address % 2 != 0;
-    const Macroblock* left = unit % width == 0 ? nullptr : &mbs_[pairs ? address - 2 : address - 1];
+    const Macroblock* left = column == 0 ? nullptr : &mbs_[pairs ? address - 2 : address - 1];
     const Macroblock* above = nullptr;
     bool aboveInFields = false;  // a frame macroblock below a field pair
     bool mixedAbove = false;     // a field macroblock below a frame pair
     if (!pairs) {
-        if (unit >= width) above = &mbs_[address - width];
+        if (row > 0) above = &mbs_[address - width];
     } else if (bottom && !mb.field) {
         above = &mb - 1;
-    } else if (unit >= width) {
-        const Macroblock* pair = &mbs_[2 * (unit - width)];
+    } else if (row > 0) {
+        const Macroblock* pair = &mbs_[address - bottom - 2 * width];
         aboveInFields = !mb.field && pair->field;
         mixedAbove = mb.field && !pair->field;
         above = aboveInFields ? pair : mb.field && !bottom && pair->field ? pair : pair + 1;
@@ -276,8 +285,7 @@ void Filter<Sample>::filterMixedLeft(const Macroblock* left, const Macroblock& m
         }
         for (int i = 0; i < planes_; ++i) {
             const Thresholds t = thresholds(&p, mb, i);
-            const int rows = i == 0 ? 16 : sps_.chromaHeightMb();
-            std::uint8_t* data = data_[i] + std::ptrdiff_t{step_[i]} * (mb.field ? call * rows / 2 : call);
+            std::uint8_t* data = data_[i] + std::ptrdiff_t{step_[i]} * (mb.field ? call * mbHeight_[i] / 2 : call);
             callMixed(i, data, mb.field ? step_[i] : 2 * step_[i], t, bS);
         }
     }
