@@ -26,7 +26,6 @@ template <typename Sample>
 struct Block {
     Sample* data;
     int step;  // bytes
-    int width, height;
 };
 
 constexpr int kPatchStep = 32;  // samples; the widest patch is 16 + 5
@@ -52,8 +51,8 @@ struct Margin {
 enum class Component { Luma, Chroma };
 
 template <Component component, typename Sample>
-void interpolateInside(const Sample* src, int srcStep, const Block<Sample>& to, int dx, int dy, int bitDepth) {
-    const VekiSize size = {to.width, to.height};
+void interpolateInside(const Sample* src, int srcStep, const Block<Sample>& to, VekiSize size, int dx, int dy,
+                       int bitDepth) {
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         if constexpr (component == Component::Luma)
             vekiInterpolateLuma_H264_8u_C1R(src, srcStep, to.data, to.step, dx, dy, size);
@@ -69,9 +68,8 @@ void interpolateInside(const Sample* src, int srcStep, const Block<Sample>& to, 
 
 // The same with `out` rows of the block above (`top`) or below the picture.
 template <Component component, typename Sample>
-void interpolateOutside(const Sample* src, int srcStep, const Block<Sample>& to, int dx, int dy, bool top, int out,
-                        int bitDepth) {
-    const VekiSize size = {to.width, to.height};
+void interpolateOutside(const Sample* src, int srcStep, const Block<Sample>& to, VekiSize size, int dx, int dy,
+                        bool top, int out, int bitDepth) {
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         const auto call = component == Component::Luma
                               ? (top ? vekiInterpolateLumaTop_H264_8u_C1R : vekiInterpolateLumaBottom_H264_8u_C1R)
@@ -93,11 +91,12 @@ struct Position {
 
 // Interpolates a block, of luma or of one or both chroma components, which move alike.
 template <Component component, std::size_t planes, typename Sample>
-void interpolate(const ReferencePlane<Sample> (&refs)[planes], Position at, const Block<Sample> (&to)[planes]) {
+void interpolate(const ReferencePlane<Sample> (&refs)[planes], Position at, const Block<Sample> (&to)[planes],
+                 VekiSize size) {
     constexpr Margin margin = component == Component::Luma ? Margin{2, 3} : Margin{0, 1};
     const Margin mx = at.dx != 0 ? margin : Margin{0, 0}, my = at.dy != 0 ? margin : Margin{0, 0};
     const ReferencePlane<Sample>& ref = refs[0];
-    const int width = to[0].width, height = to[0].height;
+    const int width = size.width, height = size.height;
     // Blocks further out see nothing but border samples: no need to go further.
     const int x = std::clamp(at.x, -width - margin.behind, ref.width - 1 + margin.before);
     const int y = std::clamp(at.y, -height - margin.behind, ref.height - 1 + margin.before);
@@ -108,9 +107,9 @@ void interpolate(const ReferencePlane<Sample> (&refs)[planes], Position at, cons
             const Sample* src =
                 reinterpret_cast<const Sample*>(reinterpret_cast<const std::uint8_t*>(refs[i].data) + offset);
             if (!above && !below)
-                interpolateInside<component>(src, ref.step, to[i], at.dx, at.dy, ref.bitDepth);
+                interpolateInside<component>(src, ref.step, to[i], size, at.dx, at.dy, ref.bitDepth);
             else
-                interpolateOutside<component>(src, ref.step, to[i], at.dx, at.dy, above,
+                interpolateOutside<component>(src, ref.step, to[i], size, at.dx, at.dy, above,
                                               above ? -y : y + height - ref.height, ref.bitDepth);
         }
         return;
@@ -120,7 +119,8 @@ void interpolate(const ReferencePlane<Sample> (&refs)[planes], Position at, cons
         copyClamped(refs[i], x - margin.before, y - margin.before, width + margin.before + margin.behind,
                     height + margin.before + margin.behind, patch);
         interpolateInside<component>(patch + margin.before * (kPatchStep + 1),
-                                     kPatchStep * static_cast<int>(sizeof(Sample)), to[i], at.dx, at.dy, ref.bitDepth);
+                                     kPatchStep * static_cast<int>(sizeof(Sample)), to[i], size, at.dx, at.dy,
+                                     ref.bitDepth);
     }
 }
 
@@ -133,11 +133,11 @@ struct BlockWeights {
 };
 
 template <typename Sample>
-void weightOne(const Block<Sample>& b, const BlockWeights& w, int list, int bitDepth) {
+void weightOne(const Block<Sample>& b, VekiSize size, const BlockWeights& w, int list, int bitDepth) {
     if (w.kind != BlockWeights::Uni) return;
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         vekiUniDirWeightBlock_H264_8u_C1IR(b.data, b.step, static_cast<Vek32u>(w.logWD), w.weight[list], w.offset[list],
-                                           {b.width, b.height});
+                                           size);
     } else {
         const VekWeightParams16u p = {b.data,
                                       b.data,
@@ -145,8 +145,8 @@ void weightOne(const Block<Sample>& b, const BlockWeights& w, int list, int bitD
                                       b.step,
                                       b.step,
                                       b.step,
-                                      b.width,
-                                      b.height,
+                                      size.width,
+                                      size.height,
                                       bitDepth,
                                       static_cast<Vek32u>(w.logWD),
                                       w.weight[list],
@@ -159,28 +159,29 @@ void weightOne(const Block<Sample>& b, const BlockWeights& w, int list, int bitD
 
 // Joins the prediction in `to` with `second`, which has the same size.
 template <typename Sample>
-void weightTwo(const Block<Sample>& to, const Sample* second, int secondStep, const BlockWeights& w, int bitDepth) {
+void weightTwo(const Block<Sample>& to, VekiSize size, const Sample* second, int secondStep, const BlockWeights& w,
+               int bitDepth) {
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         switch (w.kind) {
             case BlockWeights::Bi:
                 vekiBiDirWeightBlock_H264_8u_P3P1R(to.data, second, to.data, to.step, secondStep, to.step,
                                                    static_cast<Vek32u>(w.logWD), w.weight[0], w.offset[0], w.weight[1],
-                                                   w.offset[1], {to.width, to.height});
+                                                   w.offset[1], size);
                 break;
             case BlockWeights::Implicit:
                 vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(to.data, second, to.data, to.step, secondStep, to.step,
-                                                           w.weight[0], w.weight[1], {to.width, to.height});
+                                                           w.weight[0], w.weight[1], size);
                 break;
             default:
-                vekiInterpolateBlock_H264_8u_P3P1R(to.data, second, to.data, to.width, to.height, to.step, secondStep,
-                                                   to.step);
+                vekiInterpolateBlock_H264_8u_P3P1R(to.data, second, to.data, size.width, size.height, to.step,
+                                                   secondStep, to.step);
         }
     } else {
         const int scale = 1 << (bitDepth - 8);
         const VekWeightParams16u p = {to.data,     second,
                                       to.data,     to.step,
                                       secondStep,  to.step,
-                                      to.width,    to.height,
+                                      size.width,  size.height,
                                       bitDepth,    static_cast<Vek32u>(w.logWD),
                                       w.weight[0], w.offset[0] * scale,
                                       w.weight[1], w.offset[1] * scale};
@@ -242,7 +243,9 @@ class Predictor {
             if (pictures[list]->picture == nullptr) throw BadSyntax("a reference picture is missing");
         }
         const bool both = pictures[0] != nullptr && pictures[1] != nullptr;
-        const Block<Sample> luma[1] = {block(0, x, y, w, h)};
+        const Block<Sample> luma[1] = {block(0, x, y)};
+        // Sizes are built from numbers at hand, never read back in one piece from where they were stored in two.
+        const VekiSize lumaSize = {4 * w, 4 * h}, chromaSize = {2 * w, 4 * h >> subY_};
         alignas(32) Sample second[3][16 * 16];
         constexpr int kSpareStep = 16 * static_cast<int>(sizeof(Sample));
         for (std::size_t list = 0; list < 2; ++list) {
@@ -250,29 +253,27 @@ class Predictor {
             const ReferencePicture& reference = *pictures[list];
             const MotionVector mv = mb.mv[list][4 * y + x];
             const bool aside = both && list == 1;
-            const Block<Sample> lumaAside[1] = {{second[0], kSpareStep, luma[0].width, luma[0].height}};
+            const Block<Sample> lumaAside[1] = {{second[0], kSpareStep}};
             const ReferencePlane<Sample> lumaRef[1] = {plane(reference, 0)};
-            interpolate<Component::Luma>(lumaRef, lumaPosition(mv, 4 * x, 4 * y), aside ? lumaAside : luma);
+            interpolate<Component::Luma>(lumaRef, lumaPosition(mv, 4 * x, 4 * y), aside ? lumaAside : luma, lumaSize);
             if (planes_ == 1) continue;
-            Block<Sample> chroma[2] = {block(1, x, y, w, h), block(2, x, y, w, h)};
-            if (aside)
-                for (std::size_t i = 0; i < 2; ++i) {
-                    chroma[i].data = second[1 + i];
-                    chroma[i].step = kSpareStep;
-                }
+            const Block<Sample> chroma[2] = {
+                aside ? Block<Sample>{second[1], kSpareStep} : block(1, x, y),
+                aside ? Block<Sample>{second[2], kSpareStep} : block(2, x, y),
+            };
             const ReferencePlane<Sample> chromaRefs[2] = {plane(reference, 1), plane(reference, 2)};
-            interpolate<Component::Chroma>(chromaRefs, chromaPosition(reference, mv, 4 * x, 4 * y), chroma);
+            interpolate<Component::Chroma>(chromaRefs, chromaPosition(reference, mv, 4 * x, 4 * y), chroma, chromaSize);
         }
         if (!both && context_.weightMode != WeightMode::Explicit) return;
         for (std::size_t i = 0; i < planes_; ++i) {
-            const Block<Sample> to = i == 0 ? luma[0] : block(i, x, y, w, h);
+            const VekiSize size = i == 0 ? lumaSize : chromaSize;
             const BlockWeights weights = context_.weightMode == WeightMode::Default
                                              ? BlockWeights{}
                                              : weightsOf(context_, current_.view, ref, i);
             if (both)
-                weightTwo(to, second[i], kSpareStep, weights, bitDepth(i));
+                weightTwo(block(i, x, y), size, second[i], kSpareStep, weights, bitDepth(i));
             else
-                weightOne(to, weights, pictures[0] != nullptr ? 0 : 1, bitDepth(i));
+                weightOne(block(i, x, y), size, weights, pictures[0] != nullptr ? 0 : 1, bitDepth(i));
         }
     }
 
@@ -280,12 +281,11 @@ class Predictor {
     int bitDepth(std::size_t component) const {
         return component == 0 ? context_.sps->bitDepthLuma : context_.sps->bitDepthChroma;
     }
-    // The partition's samples in the picture; units of 4 luma samples.
-    Block<Sample> block(std::size_t component, int x, int y, int w, int h) const {
+    // Where samples of the picture lie that belong to 4x4 block (x, y) of the macroblock.
+    Block<Sample> block(std::size_t component, int x, int y) const {
         const int sx = component == 0 ? 0 : 1, sy = component == 0 ? 0 : subY_;
         auto* row = current_.plane[component] + std::ptrdiff_t{current_.planeStep[component]} * (4 * y >> sy);
-        return {reinterpret_cast<Sample*>(row) + (4 * x >> sx), current_.planeStep[component], 4 * w >> sx,
-                4 * h >> sy};
+        return {reinterpret_cast<Sample*>(row) + (4 * x >> sx), current_.planeStep[component]};
     }
     ReferencePlane<Sample> plane(const ReferencePicture& reference, std::size_t component) const {
         const PlaneMemory& memory = reference.picture->plane[component];

@@ -101,7 +101,8 @@ void SliceDecoder::State::start(int address, bool field) {
     const bool fieldPicture = context.slice->structure != kFrame;
     Macroblock& mb = context.mbs[address];
     inMacroblock = true;
-    std::memset(static_cast<void*>(&mb), 0, offsetof(Macroblock, mv));  // vectors are stored where they count
+    static constexpr Macroblock kBlank;
+    std::memcpy(static_cast<void*>(&mb), &kBlank, offsetof(Macroblock, mv));  // vectors are stored where they count
     mb.field = field || fieldPicture;
     mb.slice = static_cast<std::uint16_t>(context.slice->number);
     current.mb = &mb;
@@ -137,7 +138,7 @@ void SliceDecoder::State::start(int address, bool field) {
                            column_ * mbWidth[i] * picture.bytesPerSample;
         current.planeStep[i] = static_cast<int>(plane.stride) * current.step;
     }
-    neighbours = findNeighbours(context, current);
+    findNeighbours(context, current, neighbours);
 }
 
 void SliceDecoder::State::setQp(Macroblock& mb) const {
