@@ -1,6 +1,7 @@
 #include "deblocking.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <type_traits>
@@ -35,15 +36,26 @@ enum Direction { kVerticalEdges = 0, kHorizontalEdges = 1 };
 struct Strengths {
     Vek8u bS[16];
 
-    bool any() const {
-        std::uint64_t words[2];
-        std::memcpy(words, bS, sizeof words);
-        return (words[0] | words[1]) != 0;
+    // Edges are written and read in one piece: a wider read would wait for the stores before it.
+    std::uint32_t edge(int i) const {
+        std::uint32_t word;
+        std::memcpy(&word, bS + 4 * i, sizeof word);
+        return word;
     }
-    void setEdge(int edge, int value) { std::memset(bS + 4 * edge, value, 4); }
+    bool any() const { return (edge(0) | edge(1) | edge(2) | edge(3)) != 0; }
+    void setEdge(int i, int value) { std::memset(bS + 4 * i, value, 4); }
+    void setEdge(int i, const std::array<Vek8u, 4>& values) { std::memcpy(bS + 4 * i, values.data(), 4); }
 };
 
 // ---- boundary strengths, 8.7.2.1
+
+// An edge's strengths where the set bits of the index mark segments beside coefficients.
+constexpr auto kTwos = [] {
+    std::array<std::array<Vek8u, 4>, 16> table{};
+    for (std::size_t i = 0; i < 16; ++i)
+        for (std::size_t s = 0; s < 4; ++s) table[i][s] = i >> s & 1 ? 2 : 0;
+    return table;
+}();
 
 bool vectorsDiffer(MotionVector a, MotionVector b, int limitY) {
     return std::abs(a.x - b.x) >= 4 || std::abs(a.y - b.y) >= limitY;
@@ -74,10 +86,10 @@ void deriveInner(const Macroblock& mb, Strengths strengths[2]) {
     const unsigned nonZero = mb.nonZero;
     if (nonZero != 0) {
         const unsigned beside = (nonZero | nonZero << 1) & 0xeeee, over = nonZero | nonZero << 4;
-        for (int i = 0; i < 16; ++i) {
-            const int transposed = (i & 3) * 4 + (i >> 2);
-            strengths[kVerticalEdges].bS[transposed] = beside >> i & 1 ? 2 : 0;
-            if (i >= 4) strengths[kHorizontalEdges].bS[i] = over >> i & 1 ? 2 : 0;
+        for (int edge = 1; edge < 4; ++edge) {
+            const unsigned column = beside >> edge & 0x1111;  // bits 0, 4, 8 and 12 are rows 0 to 3
+            strengths[kVerticalEdges].setEdge(edge, kTwos[(column | column >> 3 | column >> 6 | column >> 9) & 15]);
+            strengths[kHorizontalEdges].setEdge(edge, kTwos[over >> 4 * edge & 15]);
         }
     }
     if (mb.partitioning == Partitioning::Whole) return;
@@ -308,8 +320,9 @@ void Filter<Sample>::callEdges(Direction direction, int component, std::uint8_t*
     const bool vertical = direction == kVerticalEdges, is422 = sps_.chromaFormatIdc == 2;
     // tC0 of all edges, or of edges 0 and 2 one behind the other.
     const bool allEdges = component == 0 || (is422 && !vertical);
-    Sample tc0[16];
+    Sample tc0[16] = {};
     for (int edge = 0; edge < (allEdges ? 4 : 2); ++edge) {
+        if (strengths.edge(allEdges ? edge : 2 * edge) == 0) continue;
         const std::uint8_t* row = kTc0[t.indexA[edge > 0]];
         const Vek8u* bS = strengths.bS + 4 * (allEdges ? edge : 2 * edge);
         for (int s = 0; s < 4; ++s) tc0[4 * edge + s] = scaled(row[bS[s]], component);
