@@ -410,10 +410,7 @@ void SliceDecoder::State::parseSubMacroblocks(bool refsAreZero) {
     if (anyDirect) {
         direct.prepare(motion);
         for (int i = 0; i < 4; ++i)
-            if (types[i]->lists == 0) {
-                direct.derive(i, directMotion);
-                mb.subDirect = static_cast<std::uint8_t>(mb.subDirect | 1 << i);
-            }
+            if (types[i]->lists == 0) direct.derive(i, directMotion);
     }
     for (int list = 0; list < (isB() ? 2 : 1); ++list)
         for (int i = 0; i < 4; ++i) {
@@ -444,7 +441,6 @@ void SliceDecoder::State::predictDirect() {
     DirectPrediction direct(context, current);
     direct.prepare(motion);
     for (int i = 0; i < 4; ++i) direct.derive(i, motion);
-    mb.subDirect = 15;
     mb.partitioning = context.sps->direct8x8Inference ? Partitioning::Quadrants : Partitioning::Smaller;
     // Most move as a whole.
     for (int list = 0; list < 2; ++list) {
