@@ -1,11 +1,11 @@
 #include "deblocking.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <type_traits>
 
-#include "place.h"
 #include "vekvc.h"
 
 namespace vekdec::h264 {
@@ -36,15 +36,26 @@ enum Direction { kVerticalEdges = 0, kHorizontalEdges = 1 };
 struct Strengths {
     Vek8u bS[16];
 
-    bool any() const {
-        std::uint64_t words[2];
-        std::memcpy(words, bS, sizeof words);
-        return (words[0] | words[1]) != 0;
+    // Edges are written and read in one piece: a wider read would wait for the stores before it.
+    std::uint32_t edge(int i) const {
+        std::uint32_t word;
+        std::memcpy(&word, bS + 4 * i, sizeof word);
+        return word;
     }
-    void setEdge(int edge, int value) { std::memset(bS + 4 * edge, value, 4); }
+    bool any() const { return (edge(0) | edge(1) | edge(2) | edge(3)) != 0; }
+    void setEdge(int i, int value) { std::memset(bS + 4 * i, value, 4); }
+    void setEdge(int i, const std::array<Vek8u, 4>& values) { std::memcpy(bS + 4 * i, values.data(), 4); }
 };
 
 // ---- boundary strengths, 8.7.2.1
+
+// An edge's strengths where the set bits of the index mark segments beside coefficients.
+constexpr auto kTwos = [] {
+    std::array<std::array<Vek8u, 4>, 16> table{};
+    for (std::size_t i = 0; i < 16; ++i)
+        for (std::size_t s = 0; s < 4; ++s) table[i][s] = i >> s & 1 ? 2 : 0;
+    return table;
+}();
 
 bool vectorsDiffer(MotionVector a, MotionVector b, int limitY) {
     return std::abs(a.x - b.x) >= 4 || std::abs(a.y - b.y) >= limitY;
@@ -75,10 +86,10 @@ void deriveInner(const Macroblock& mb, Strengths strengths[2]) {
     const unsigned nonZero = mb.nonZero;
     if (nonZero != 0) {
         const unsigned beside = (nonZero | nonZero << 1) & 0xeeee, over = nonZero | nonZero << 4;
-        for (int i = 0; i < 16; ++i) {
-            const int transposed = (i & 3) * 4 + (i >> 2);
-            strengths[kVerticalEdges].bS[transposed] = beside >> i & 1 ? 2 : 0;
-            if (i >= 4) strengths[kHorizontalEdges].bS[i] = over >> i & 1 ? 2 : 0;
+        for (int edge = 1; edge < 4; ++edge) {
+            const unsigned column = beside >> edge & 0x1111;  // bits 0, 4, 8 and 12 are rows 0 to 3
+            strengths[kVerticalEdges].setEdge(edge, kTwos[(column | column >> 3 | column >> 6 | column >> 9) & 15]);
+            strengths[kHorizontalEdges].setEdge(edge, kTwos[over >> 4 * edge & 15]);
         }
     }
     if (mb.partitioning == Partitioning::Whole) return;
@@ -131,10 +142,18 @@ class Filter {
         const int count = static_cast<int>(picture.mbs.size()) / (structure == kFrame ? 1 : 2);
         mbs_ = picture.mbs.data() + (structure == kBottomField ? count : 0);
         mbCount_ = count;
+        for (int i = 0; i < 3; ++i) {
+            mbWidth_[i] = i == 0 ? 16 : sps.chromaWidthMb();
+            mbHeight_[i] = i == 0 ? 16 : sps.chromaHeightMb();
+        }
     }
 
     void run() {
-        for (int address = 0; address < mbCount_; ++address) filterMacroblock(address);
+        const bool pairs = picture_.mbaff && structure_ == kFrame;
+        int address = 0;
+        for (int row = 0; address < mbCount_; ++row)
+            for (int column = 0; column < picture_.widthInMbs; ++column)
+                for (int i = 0; i < (pairs ? 2 : 1); ++i) filterMacroblock(address++, column, row);
     }
 
   private:
@@ -144,7 +163,8 @@ class Filter {
         int indexA[2];
     };
 
-    void filterMacroblock(int address);
+    // `column` and `row` count macroblocks, or pairs of MBAFF frames.
+    void filterMacroblock(int address, int column, int row);
     void filterMixedLeft(const Macroblock* left, const Macroblock& mb, bool bottom);
     void filterTopInFields(const Macroblock* above, const Macroblock& mb);
     void filterEdges(Direction direction, const Macroblock* outer, const Macroblock& mb, const Strengths& strengths,
@@ -176,6 +196,7 @@ class Filter {
     const int planes_;
     Macroblock* mbs_;
     int mbCount_;
+    int mbWidth_[3], mbHeight_[3];
     // Of the macroblock being filtered:
     const SliceParameters* parameters_ = nullptr;
     std::uint8_t* data_[3] = {};
@@ -183,36 +204,36 @@ class Filter {
 };
 
 template <typename Sample>
-void Filter<Sample>::filterMacroblock(int address) {
+void Filter<Sample>::filterMacroblock(int address, int column, int row) {
     const Macroblock& mb = mbs_[address];
     if (mb.type == MbType::Missing) return;
     parameters_ = &picture_.slices[mb.slice];
     if (parameters_->disableDeblockingIdc == 1) return;
+    const int width = picture_.widthInMbs;
+    const bool pairs = picture_.mbaff && structure_ == kFrame;
+    const bool bottom = pairs && address % 2 != 0;
+    const int macroblockRow = pairs ? 2 * row + (bottom && !mb.field) : structure_ == kFrame ? row : 2 * row;
+    const int parityRow = pairs ? bottom && mb.field : structure_ == kBottomField;
     for (int i = 0; i < planes_; ++i) {
-        PlaneMemory& plane = picture_.plane[i];
-        const int w = i == 0 ? 16 : sps_.chromaWidthMb(), h = i == 0 ? 16 : sps_.chromaHeightMb();
-        const Place at = placeOf(picture_, structure_, address, w, h);
-        data_[i] = plane.data + plane.stride * at.y + at.x * static_cast<int>(sizeof(Sample));
-        step_[i] = static_cast<int>(plane.stride) * at.rowDistance;
+        const PlaneMemory& plane = picture_.plane[i];
+        data_[i] = plane.data + plane.stride * (macroblockRow * mbHeight_[i] + parityRow) +
+                   column * mbWidth_[i] * static_cast<int>(sizeof(Sample));
+        step_[i] = static_cast<int>(plane.stride) * (mb.field ? 2 : 1);
     }
     const bool withinSlice = parameters_->disableDeblockingIdc == 2;
     const auto usable = [&](const Macroblock& other) {
         return other.type != MbType::Missing && (!withinSlice || other.slice == mb.slice);
     };
-    const int width = picture_.widthInMbs;
-    const bool pairs = picture_.mbaff && structure_ == kFrame;
-    const int unit = pairs ? address / 2 : address;
-    const bool bottom = pairs && address % 2 != 0;
-    const Macroblock* left = unit % width == 0 ? nullptr : &mbs_[pairs ? address - 2 : address - 1];
+    const Macroblock* left = column == 0 ? nullptr : &mbs_[pairs ? address - 2 : address - 1];
     const Macroblock* above = nullptr;
     bool aboveInFields = false;  // a frame macroblock below a field pair
     bool mixedAbove = false;     // a field macroblock below a frame pair
     if (!pairs) {
-        if (unit >= width) above = &mbs_[address - width];
+        if (row > 0) above = &mbs_[address - width];
     } else if (bottom && !mb.field) {
         above = &mb - 1;
-    } else if (unit >= width) {
-        const Macroblock* pair = &mbs_[2 * (unit - width)];
+    } else if (row > 0) {
+        const Macroblock* pair = &mbs_[address - bottom - 2 * width];
         aboveInFields = !mb.field && pair->field;
         mixedAbove = mb.field && !pair->field;
         above = aboveInFields ? pair : mb.field && !bottom && pair->field ? pair : pair + 1;
@@ -276,8 +297,7 @@ void Filter<Sample>::filterMixedLeft(const Macroblock* left, const Macroblock& m
         }
         for (int i = 0; i < planes_; ++i) {
             const Thresholds t = thresholds(&p, mb, i);
-            const int rows = i == 0 ? 16 : sps_.chromaHeightMb();
-            std::uint8_t* data = data_[i] + std::ptrdiff_t{step_[i]} * (mb.field ? call * rows / 2 : call);
+            std::uint8_t* data = data_[i] + std::ptrdiff_t{step_[i]} * (mb.field ? call * mbHeight_[i] / 2 : call);
             callMixed(i, data, mb.field ? step_[i] : 2 * step_[i], t, bS);
         }
     }
@@ -300,8 +320,9 @@ void Filter<Sample>::callEdges(Direction direction, int component, std::uint8_t*
     const bool vertical = direction == kVerticalEdges, is422 = sps_.chromaFormatIdc == 2;
     // tC0 of all edges, or of edges 0 and 2 one behind the other.
     const bool allEdges = component == 0 || (is422 && !vertical);
-    Sample tc0[16];
+    Sample tc0[16] = {};
     for (int edge = 0; edge < (allEdges ? 4 : 2); ++edge) {
+        if (strengths.edge(allEdges ? edge : 2 * edge) == 0) continue;
         const std::uint8_t* row = kTc0[t.indexA[edge > 0]];
         const Vek8u* bS = strengths.bS + 4 * (allEdges ? edge : 2 * edge);
         for (int s = 0; s < 4; ++s) tc0[4 * edge + s] = scaled(row[bS[s]], component);

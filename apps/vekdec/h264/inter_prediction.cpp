@@ -26,7 +26,6 @@ template <typename Sample>
 struct Block {
     Sample* data;
     int step;  // bytes
-    int width, height;
 };
 
 constexpr int kPatchStep = 32;  // samples; the widest patch is 16 + 5
@@ -52,8 +51,8 @@ struct Margin {
 enum class Component { Luma, Chroma };
 
 template <Component component, typename Sample>
-void interpolateInside(const Sample* src, int srcStep, const Block<Sample>& to, int dx, int dy, int bitDepth) {
-    const VekiSize size = {to.width, to.height};
+void interpolateInside(const Sample* src, int srcStep, const Block<Sample>& to, VekiSize size, int dx, int dy,
+                       int bitDepth) {
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         if constexpr (component == Component::Luma)
             vekiInterpolateLuma_H264_8u_C1R(src, srcStep, to.data, to.step, dx, dy, size);
@@ -69,9 +68,8 @@ void interpolateInside(const Sample* src, int srcStep, const Block<Sample>& to, 
 
 // The same with `out` rows of the block above (`top`) or below the picture.
 template <Component component, typename Sample>
-void interpolateOutside(const Sample* src, int srcStep, const Block<Sample>& to, int dx, int dy, bool top, int out,
-                        int bitDepth) {
-    const VekiSize size = {to.width, to.height};
+void interpolateOutside(const Sample* src, int srcStep, const Block<Sample>& to, VekiSize size, int dx, int dy,
+                        bool top, int out, int bitDepth) {
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         const auto call = component == Component::Luma
                               ? (top ? vekiInterpolateLumaTop_H264_8u_C1R : vekiInterpolateLumaBottom_H264_8u_C1R)
@@ -86,29 +84,44 @@ void interpolateOutside(const Sample* src, int srcStep, const Block<Sample>& to,
     }
 }
 
-// Interpolates a block whose integer position is (x, y), with the fractions (dx, dy).
-template <Component component, typename Sample>
-void interpolate(const ReferencePlane<Sample>& ref, int x, int y, int dx, int dy, const Block<Sample>& to) {
+// Where in a reference plane a block comes from: its integer position and the fractions.
+struct Position {
+    int x, y, dx, dy;
+};
+
+// Interpolates a block, of luma or of one or both chroma components, which move alike.
+template <Component component, std::size_t planes, typename Sample>
+void interpolate(const ReferencePlane<Sample> (&refs)[planes], Position at, const Block<Sample> (&to)[planes],
+                 VekiSize size) {
     constexpr Margin margin = component == Component::Luma ? Margin{2, 3} : Margin{0, 1};
-    const Margin mx = dx != 0 ? margin : Margin{0, 0}, my = dy != 0 ? margin : Margin{0, 0};
+    const Margin mx = at.dx != 0 ? margin : Margin{0, 0}, my = at.dy != 0 ? margin : Margin{0, 0};
+    const ReferencePlane<Sample>& ref = refs[0];
+    const int width = size.width, height = size.height;
     // Blocks further out see nothing but border samples: no need to go further.
-    x = std::clamp(x, -to.width - margin.behind, ref.width - 1 + margin.before);
-    y = std::clamp(y, -to.height - margin.behind, ref.height - 1 + margin.before);
-    const bool above = y - my.before<0, below = y + to.height + my.behind> ref.height;
-    if (x - mx.before >= 0 && x + to.width + mx.behind <= ref.width && !(above && below)) {
-        const Sample* src = ref.row(y) + x;
-        if (!above && !below)
-            interpolateInside<component>(src, ref.step, to, dx, dy, ref.bitDepth);
-        else
-            interpolateOutside<component>(src, ref.step, to, dx, dy, above, above ? -y : y + to.height - ref.height,
-                                          ref.bitDepth);
+    const int x = std::clamp(at.x, -width - margin.behind, ref.width - 1 + margin.before);
+    const int y = std::clamp(at.y, -height - margin.behind, ref.height - 1 + margin.before);
+    const bool above = y - my.before<0, below = y + height + my.behind> ref.height;
+    if (x - mx.before >= 0 && x + width + mx.behind <= ref.width && !(above && below)) {
+        const std::ptrdiff_t offset = std::ptrdiff_t{ref.step} * y + x * static_cast<int>(sizeof(Sample));
+        for (std::size_t i = 0; i < planes; ++i) {
+            const Sample* src =
+                reinterpret_cast<const Sample*>(reinterpret_cast<const std::uint8_t*>(refs[i].data) + offset);
+            if (!above && !below)
+                interpolateInside<component>(src, ref.step, to[i], size, at.dx, at.dy, ref.bitDepth);
+            else
+                interpolateOutside<component>(src, ref.step, to[i], size, at.dx, at.dy, above,
+                                              above ? -y : y + height - ref.height, ref.bitDepth);
+        }
         return;
     }
     alignas(32) Sample patch[kPatchStep * (16 + 5)];
-    copyClamped(ref, x - margin.before, y - margin.before, to.width + margin.before + margin.behind,
-                to.height + margin.before + margin.behind, patch);
-    interpolateInside<component>(patch + margin.before * (kPatchStep + 1),
-                                 kPatchStep * static_cast<int>(sizeof(Sample)), to, dx, dy, ref.bitDepth);
+    for (std::size_t i = 0; i < planes; ++i) {
+        copyClamped(refs[i], x - margin.before, y - margin.before, width + margin.before + margin.behind,
+                    height + margin.before + margin.behind, patch);
+        interpolateInside<component>(patch + margin.before * (kPatchStep + 1),
+                                     kPatchStep * static_cast<int>(sizeof(Sample)), to[i], size, at.dx, at.dy,
+                                     ref.bitDepth);
+    }
 }
 
 // ---- weighting, 8.4.2.3
@@ -120,11 +133,11 @@ struct BlockWeights {
 };
 
 template <typename Sample>
-void weightOne(const Block<Sample>& b, const BlockWeights& w, int list, int bitDepth) {
+void weightOne(const Block<Sample>& b, VekiSize size, const BlockWeights& w, int list, int bitDepth) {
     if (w.kind != BlockWeights::Uni) return;
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         vekiUniDirWeightBlock_H264_8u_C1IR(b.data, b.step, static_cast<Vek32u>(w.logWD), w.weight[list], w.offset[list],
-                                           {b.width, b.height});
+                                           size);
     } else {
         const VekWeightParams16u p = {b.data,
                                       b.data,
@@ -132,8 +145,8 @@ void weightOne(const Block<Sample>& b, const BlockWeights& w, int list, int bitD
                                       b.step,
                                       b.step,
                                       b.step,
-                                      b.width,
-                                      b.height,
+                                      size.width,
+                                      size.height,
                                       bitDepth,
                                       static_cast<Vek32u>(w.logWD),
                                       w.weight[list],
@@ -146,28 +159,29 @@ void weightOne(const Block<Sample>& b, const BlockWeights& w, int list, int bitD
 
 // Joins the prediction in `to` with `second`, which has the same size.
 template <typename Sample>
-void weightTwo(const Block<Sample>& to, const Sample* second, int secondStep, const BlockWeights& w, int bitDepth) {
+void weightTwo(const Block<Sample>& to, VekiSize size, const Sample* second, int secondStep, const BlockWeights& w,
+               int bitDepth) {
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         switch (w.kind) {
             case BlockWeights::Bi:
                 vekiBiDirWeightBlock_H264_8u_P3P1R(to.data, second, to.data, to.step, secondStep, to.step,
                                                    static_cast<Vek32u>(w.logWD), w.weight[0], w.offset[0], w.weight[1],
-                                                   w.offset[1], {to.width, to.height});
+                                                   w.offset[1], size);
                 break;
             case BlockWeights::Implicit:
                 vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(to.data, second, to.data, to.step, secondStep, to.step,
-                                                           w.weight[0], w.weight[1], {to.width, to.height});
+                                                           w.weight[0], w.weight[1], size);
                 break;
             default:
-                vekiInterpolateBlock_H264_8u_P3P1R(to.data, second, to.data, to.width, to.height, to.step, secondStep,
-                                                   to.step);
+                vekiInterpolateBlock_H264_8u_P3P1R(to.data, second, to.data, size.width, size.height, to.step,
+                                                   secondStep, to.step);
         }
     } else {
         const int scale = 1 << (bitDepth - 8);
         const VekWeightParams16u p = {to.data,     second,
                                       to.data,     to.step,
                                       secondStep,  to.step,
-                                      to.width,    to.height,
+                                      size.width,  size.height,
                                       bitDepth,    static_cast<Vek32u>(w.logWD),
                                       w.weight[0], w.offset[0] * scale,
                                       w.weight[1], w.offset[1] * scale};
@@ -214,7 +228,6 @@ class Predictor {
     Predictor(const SliceContext& context, const CurrentMacroblock& current)
         : context_(context),
           current_(current),
-          subX_(1),
           subY_(context.sps->chromaFormatIdc == 1 ? 1 : 0),
           planes_(context.sps->chromaFormatIdc == 0 ? 1 : 3) {}
 
@@ -223,71 +236,83 @@ class Predictor {
         const Macroblock& mb = *current_.mb;
         const int quadrant = (y >> 1) * 2 + (x >> 1);
         const int ref[2] = {mb.refIdx[0][quadrant], mb.refIdx[1][quadrant]};
-        const int block = 4 * y + x;
         const ReferencePicture* pictures[2] = {};
         for (std::size_t list = 0; list < 2; ++list) {
             if (ref[list] < 0) continue;
             pictures[list] = &context_.references[current_.view][list][static_cast<std::size_t>(ref[list])];
             if (pictures[list]->picture == nullptr) throw BadSyntax("a reference picture is missing");
         }
+        const bool both = pictures[0] != nullptr && pictures[1] != nullptr;
+        const Block<Sample> luma[1] = {block(0, x, y)};
+        // Sizes are built from numbers at hand, never read back in one piece from where they were stored in two.
+        const VekiSize lumaSize = {4 * w, 4 * h}, chromaSize = {2 * w, 4 * h >> subY_};
+        alignas(32) Sample second[3][16 * 16];
+        constexpr int kSpareStep = 16 * static_cast<int>(sizeof(Sample));
+        for (std::size_t list = 0; list < 2; ++list) {
+            if (pictures[list] == nullptr) continue;
+            const ReferencePicture& reference = *pictures[list];
+            const MotionVector mv = mb.mv[list][4 * y + x];
+            const bool aside = both && list == 1;
+            const Block<Sample> lumaAside[1] = {{second[0], kSpareStep}};
+            const ReferencePlane<Sample> lumaRef[1] = {plane(reference, 0)};
+            interpolate<Component::Luma>(lumaRef, lumaPosition(mv, 4 * x, 4 * y), aside ? lumaAside : luma, lumaSize);
+            if (planes_ == 1) continue;
+            const Block<Sample> chroma[2] = {
+                aside ? Block<Sample>{second[1], kSpareStep} : block(1, x, y),
+                aside ? Block<Sample>{second[2], kSpareStep} : block(2, x, y),
+            };
+            const ReferencePlane<Sample> chromaRefs[2] = {plane(reference, 1), plane(reference, 2)};
+            interpolate<Component::Chroma>(chromaRefs, chromaPosition(reference, mv, 4 * x, 4 * y), chroma, chromaSize);
+        }
+        if (!both && context_.weightMode != WeightMode::Explicit) return;
         for (std::size_t i = 0; i < planes_; ++i) {
-            const int sx = i == 0 ? 0 : subX_, sy = i == 0 ? 0 : subY_;
-            auto* base = reinterpret_cast<std::uint8_t*>(current_.plane[i]) +
-                         std::ptrdiff_t{current_.planeStep[i]} * (4 * y >> sy);
-            const Block<Sample> to = {reinterpret_cast<Sample*>(base) + (4 * x >> sx), current_.planeStep[i],
-                                      4 * w >> sx, 4 * h >> sy};
-            const int bitDepth = i == 0 ? context_.sps->bitDepthLuma : context_.sps->bitDepthChroma;
-            alignas(32) Sample second[16 * 16];
-            const Block<Sample> spare = {second, 16 * static_cast<int>(sizeof(Sample)), to.width, to.height};
-            const bool both = pictures[0] != nullptr && pictures[1] != nullptr;
-            for (std::size_t list = 0; list < 2; ++list)
-                if (pictures[list] != nullptr)
-                    fetch(*pictures[list], i, mb.mv[list][block], 4 * x, 4 * y, both && list == 1 ? spare : to,
-                          bitDepth);
-            if (context_.weightMode == WeightMode::Default) {
-                if (both) weightTwo(to, second, spare.step, BlockWeights{}, bitDepth);
-                continue;
-            }
-            const BlockWeights weights = weightsOf(context_, current_.view, ref, i);
+            const VekiSize size = i == 0 ? lumaSize : chromaSize;
+            const BlockWeights weights = context_.weightMode == WeightMode::Default
+                                             ? BlockWeights{}
+                                             : weightsOf(context_, current_.view, ref, i);
             if (both)
-                weightTwo(to, second, spare.step, weights, bitDepth);
+                weightTwo(block(i, x, y), size, second[i], kSpareStep, weights, bitDepth(i));
             else
-                weightOne(to, weights, pictures[0] != nullptr ? 0 : 1, bitDepth);
+                weightOne(block(i, x, y), size, weights, pictures[0] != nullptr ? 0 : 1, bitDepth(i));
         }
     }
 
   private:
-    // One prediction of one component; (x, y) is the partition's place in the macroblock, in luma samples.
-    void fetch(const ReferencePicture& reference, std::size_t component, MotionVector mv, int x, int y,
-               const Block<Sample>& to, int bitDepth) const {
-        const PlaneMemory& plane = reference.picture->plane[component];
-        const bool field = reference.structure != kFrame;
-        const ReferencePlane<Sample> ref = {reinterpret_cast<const Sample*>(reference.plane[component]),
-                                            static_cast<int>(plane.stride) * (field ? 2 : 1), plane.width,
-                                            plane.height / (field ? 2 : 1), bitDepth};
-        x += current_.x;
+    int bitDepth(std::size_t component) const {
+        return component == 0 ? context_.sps->bitDepthLuma : context_.sps->bitDepthChroma;
+    }
+    // Where samples of the picture lie that belong to 4x4 block (x, y) of the macroblock.
+    Block<Sample> block(std::size_t component, int x, int y) const {
+        const int sx = component == 0 ? 0 : 1, sy = component == 0 ? 0 : subY_;
+        auto* row = current_.plane[component] + std::ptrdiff_t{current_.planeStep[component]} * (4 * y >> sy);
+        return {reinterpret_cast<Sample*>(row) + (4 * x >> sx), current_.planeStep[component]};
+    }
+    ReferencePlane<Sample> plane(const ReferencePicture& reference, std::size_t component) const {
+        const PlaneMemory& memory = reference.picture->plane[component];
+        const int fields = reference.structure != kFrame ? 2 : 1;
+        return {reinterpret_cast<const Sample*>(reference.plane[component]), static_cast<int>(memory.stride) * fields,
+                memory.width, fields == 2 ? memory.height / 2 : memory.height, bitDepth(component)};
+    }
+    // (x, y) is the partition's place in the macroblock, in luma samples.
+    Position lumaPosition(MotionVector mv, int x, int y) const {
+        return {current_.x + x + (mv.x >> 2), current_.y + y + (mv.y >> 2), mv.x & 3, mv.y & 3};
+    }
+    // 8.4.1.4: horizontally eighths of a chroma sample; vertically too in 4:2:0, quarters in 4:2:2.
+    Position chromaPosition(const ReferencePicture& reference, MotionVector mv, int x, int y) const {
+        x = (current_.x + x) / 2 + (mv.x >> 3);
         y += current_.y;
-        if (component == 0) {
-            interpolate<Component::Luma>(ref, x + (mv.x >> 2), y + (mv.y >> 2), mv.x & 3, mv.y & 3, to);
-            return;
-        }
-        // 8.4.1.4: horizontally eighths of a chroma sample; vertically too in 4:2:0, quarters in 4:2:2.
-        const int mvX = mv.x;
-        if (subY_ == 0) {
-            interpolate<Component::Chroma>(ref, (x >> 1) + (mvX >> 3), y + (mv.y >> 2), mvX & 7, (mv.y & 3) << 1, to);
-            return;
-        }
+        if (subY_ == 0) return {x, y + (mv.y >> 2), mv.x & 7, (mv.y & 3) << 1};
         int mvY = mv.y;
-        if (field) {
+        if (reference.structure != kFrame) {  // Table 8-9
             const int own = context_.mbaff ? current_.parity() : context_.slice->structure;
             if (own != reference.structure) mvY += own == kBottomField ? 2 : -2;
         }
-        interpolate<Component::Chroma>(ref, (x >> 1) + (mvX >> 3), (y >> 1) + (mvY >> 3), mvX & 7, mvY & 7, to);
+        return {x, y / 2 + (mvY >> 3), mv.x & 7, mvY & 7};
     }
 
     const SliceContext& context_;
     const CurrentMacroblock& current_;
-    int subX_, subY_;  // shifts from luma to chroma
+    int subY_;  // vertical shift from luma to chroma; the horizontal one is 1
     std::size_t planes_;
 };
 

@@ -1,6 +1,7 @@
 #include "macroblock_layer.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include "direct_prediction.h"
@@ -51,7 +52,9 @@ struct SliceDecoder::State {
     bool inMacroblock = false;  // one is begun and not yet whole
     int qp = 0;                 // QPY of the macroblock before
     int qpBdOffsetY = 0, qpBdOffsetC = 0;
-    bool wide = false;  // samples of 16 bits
+    std::int8_t chromaQps[2][52 + 36];  // QPc of Cb and Cr by QPY + QpBdOffsetY
+    bool wide = false;                  // samples of 16 bits
+    int planes = 1, mbWidth[3] = {}, mbHeight[3] = {};
 
     void decodeSlice(BitReader& reader, const Slice& slice);
 
@@ -74,6 +77,8 @@ struct SliceDecoder::State {
     void predictDirect();
     void storeMotion();
     void finishInter();
+
+    int unit_ = -1, column_ = 0, row_ = 0;  // the last macroblock (pair) and its place
 };
 
 // NextMbAddress (8.2.2), in MBAFF frames of pairs.
@@ -96,7 +101,8 @@ void SliceDecoder::State::start(int address, bool field) {
     const bool fieldPicture = context.slice->structure != kFrame;
     Macroblock& mb = context.mbs[address];
     inMacroblock = true;
-    mb = Macroblock{};
+    static constexpr Macroblock kBlank;
+    std::memcpy(static_cast<void*>(&mb), &kBlank, offsetof(Macroblock, mv));  // vectors are stored where they count
     mb.field = field || fieldPicture;
     mb.slice = static_cast<std::uint16_t>(context.slice->number);
     current.mb = &mb;
@@ -104,34 +110,40 @@ void SliceDecoder::State::start(int address, bool field) {
     current.bottom = context.mbaff && address % 2 != 0;
     current.view = context.mbaff && field ? (current.bottom ? kFromBottomField : kFromTopField) : kAsListed;
     current.step = mb.field ? 2 : 1;
-    int firstRow;  // in the frame, in luma rows
-    if (context.mbaff) {
-        const int pair = address / 2;
-        current.x = pair % width * 16;
-        const int top = pair / width * 32;
-        current.y = field ? top / 2 : top + 16 * current.bottom;
-        firstRow = field ? top + current.bottom : current.y;
-    } else {
-        current.x = address % width * 16;
-        current.y = address / width * 16;
-        firstRow = fieldPicture ? 2 * current.y + (context.slice->structure == kBottomField) : current.y;
+    const int unit = context.mbaff ? address / 2 : address;
+    if (unit == unit_ + 1) {  // saves the division
+        if (++column_ == width) {
+            column_ = 0;
+            ++row_;
+        }
+    } else if (unit != unit_) {
+        column_ = unit % width;
+        row_ = unit / width;
     }
-    const int parityRow = mb.field ? firstRow & 1 : 0;
-    for (int i = 0; i < 3; ++i) {
-        PlaneMemory& plane = picture.plane[i];
-        if (plane.data == nullptr) continue;
-        const int w = i == 0 ? 16 : context.sps->chromaWidthMb(), h = i == 0 ? 16 : context.sps->chromaHeightMb();
-        const int row = (firstRow - parityRow) / 16 * h + (firstRow - parityRow) % 16 * h / 16 + parityRow;
-        current.plane[i] = plane.data + plane.stride * row + current.x / 16 * w * picture.bytesPerSample;
+    unit_ = unit;
+    current.x = 16 * column_;
+    int macroblockRow = row_, parityRow = 0;  // where it begins in the frame: in macroblocks, and a row more or none
+    if (context.mbaff) {
+        current.y = field ? 16 * row_ : 32 * row_ + 16 * current.bottom;
+        macroblockRow = 2 * row_ + (!field && current.bottom);
+        parityRow = field && current.bottom;
+    } else {
+        current.y = 16 * row_;
+        if (fieldPicture) macroblockRow = 2 * row_;
+        parityRow = context.slice->structure == kBottomField;
+    }
+    for (int i = 0; i < planes; ++i) {
+        const PlaneMemory& plane = picture.plane[i];
+        current.plane[i] = plane.data + plane.stride * (macroblockRow * mbHeight[i] + parityRow) +
+                           column_ * mbWidth[i] * picture.bytesPerSample;
         current.planeStep[i] = static_cast<int>(plane.stride) * current.step;
     }
-    neighbours = findNeighbours(context, current);
+    findNeighbours(context, current, neighbours);
 }
 
 void SliceDecoder::State::setQp(Macroblock& mb) const {
     mb.qp = static_cast<std::int8_t>(qp);
-    for (std::size_t i = 0; i < 2; ++i)
-        mb.qpc[i] = static_cast<std::int8_t>(chromaQp(qp, context.pps->chromaQpIndexOffset[i], qpBdOffsetC));
+    for (std::size_t i = 0; i < 2; ++i) mb.qpc[i] = chromaQps[i][qp + qpBdOffsetY];
 }
 
 // ---- slice_data(), 7.3.4
@@ -145,6 +157,16 @@ void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice) {
     qpBdOffsetY = 6 * (context.sps->bitDepthLuma - 8);
     qpBdOffsetC = 6 * (context.sps->bitDepthChroma - 8);
     wide = context.sps->bitDepth() > 8;
+    planes = context.sps->chromaFormatIdc == 0 ? 1 : 3;
+    for (int i = 0; i < 3; ++i) {
+        mbWidth[i] = i == 0 ? 16 : context.sps->chromaWidthMb();
+        mbHeight[i] = i == 0 ? 16 : context.sps->chromaHeightMb();
+    }
+    for (std::size_t i = 0; i < 2; ++i)
+        for (int q = -qpBdOffsetY; q <= 51; ++q)
+            chromaQps[i][q + qpBdOffsetY] =
+                static_cast<std::int8_t>(chromaQp(q, context.pps->chromaQpIndexOffset[i], qpBdOffsetC));
+    unit_ = -2;
     const bool mbaff = context.mbaff;
     int address = slice.header.firstMbInSlice * (mbaff ? 2 : 1);
     current.address = address;
@@ -248,13 +270,11 @@ void SliceDecoder::State::parseIntra(unsigned mbType) {
 void SliceDecoder::State::parsePcm() {
     Macroblock& mb = *current.mb;
     while (bits->position() % 8 != 0) bits->flag();
-    for (std::size_t i = 0; i < 3; ++i) {
-        if (context.picture->plane[i].data == nullptr) continue;
+    for (int i = 0; i < planes; ++i) {
         const int depth = i == 0 ? context.sps->bitDepthLuma : context.sps->bitDepthChroma;
-        const int w = i == 0 ? 16 : context.sps->chromaWidthMb(), h = i == 0 ? 16 : context.sps->chromaHeightMb();
-        for (int y = 0; y < h; ++y) {
+        for (int y = 0; y < mbHeight[i]; ++y) {
             std::uint8_t* row = current.plane[i] + std::ptrdiff_t{current.planeStep[i]} * y;
-            for (int x = 0; x < w; ++x) {
+            for (int x = 0; x < mbWidth[i]; ++x) {
                 const std::uint32_t sample = bits->u(depth);
                 if (wide)
                     reinterpret_cast<std::uint16_t*>(row)[x] = static_cast<std::uint16_t>(sample);
@@ -390,10 +410,7 @@ void SliceDecoder::State::parseSubMacroblocks(bool refsAreZero) {
     if (anyDirect) {
         direct.prepare(motion);
         for (int i = 0; i < 4; ++i)
-            if (types[i]->lists == 0) {
-                direct.derive(i, directMotion);
-                mb.subDirect = static_cast<std::uint8_t>(mb.subDirect | 1 << i);
-            }
+            if (types[i]->lists == 0) direct.derive(i, directMotion);
     }
     for (int list = 0; list < (isB() ? 2 : 1); ++list)
         for (int i = 0; i < 4; ++i) {
@@ -424,7 +441,6 @@ void SliceDecoder::State::predictDirect() {
     DirectPrediction direct(context, current);
     direct.prepare(motion);
     for (int i = 0; i < 4; ++i) direct.derive(i, motion);
-    mb.subDirect = 15;
     mb.partitioning = context.sps->direct8x8Inference ? Partitioning::Quadrants : Partitioning::Smaller;
     // Most move as a whole.
     for (int list = 0; list < 2; ++list) {
@@ -446,6 +462,7 @@ void SliceDecoder::State::storeMotion() {
         if (list == 1 && !isB()) {
             std::memset(mb.refIdx[1], -1, sizeof mb.refIdx[1]);
             std::memset(mb.refPicId[1], -1, sizeof mb.refPicId[1]);
+            std::memset(static_cast<void*>(mb.mv[1]), 0, sizeof mb.mv[1]);
             continue;
         }
         for (int y = 0; y < 4; ++y)

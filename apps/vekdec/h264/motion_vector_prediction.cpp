@@ -28,29 +28,62 @@ void take(const Macroblock* mb, int raster, int list, bool field, std::int8_t& r
 
 int median(int a, int b, int c) { return std::max(std::min(a, b), std::min(std::max(a, b), c)); }
 
+// The four blocks of the neighbour above, and of a left neighbour of the same kind. Vectors that are not used are zero.
+void takeAbove(const Macroblock* mb, int list, std::int8_t* ref, MotionVector* mv) {
+    if (mb == nullptr || mb->type != MbType::Inter) {
+        std::memset(ref, mb == nullptr ? MotionCache::kNotAvailable : MotionCache::kNotUsed, 4);
+        std::memset(static_cast<void*>(mv), 0, 4 * sizeof *mv);
+        return;
+    }
+    ref[0] = ref[1] = mb->refIdx[list][2];
+    ref[2] = ref[3] = mb->refIdx[list][3];
+    std::memcpy(mv, &mb->mv[list][12], 4 * sizeof *mv);
+}
+
+void takeLeft(const Macroblock* mb, int list, std::int8_t* ref, MotionVector* mv) {
+    const bool inter = mb != nullptr && mb->type == MbType::Inter;
+    const std::int8_t none = mb == nullptr ? MotionCache::kNotAvailable : MotionCache::kNotUsed;
+    for (int i = 0; i < 4; ++i) {
+        ref[i * MotionCache::kStep] = inter ? mb->refIdx[list][i / 2 * 2 + 1] : none;
+        mv[i * MotionCache::kStep] = inter ? mb->mv[list][4 * i + 3] : MotionVector{};
+    }
+}
+
+void gatherMixed(const Neighbours& n, bool field, int list, MotionCache& cache) {
+    std::int8_t* ref = cache.ref[list];
+    MotionVector* mv = cache.mv[list];
+    for (int i = 0; i < 4; ++i) {
+        const std::uint8_t entry = n.rows->luma[i];
+        const int left = MotionCache::at(-1, i), above = MotionCache::at(i, -1);
+        take(n.leftOf(entry), (entry & 3) * 4 + 3, list, field, ref[left], mv[left]);
+        take(n.above, 12 + i, list, field, ref[above], mv[above]);
+    }
+    if (!n.leftMixed) return;
+    for (int i = 1; i < 4; ++i) {
+        const std::uint8_t entry = n.rows->lumaAbove[i];
+        take(n.leftOf(entry), (entry & 3) * 4 + 3, list, field, cache.leftAboveRef[list][i],
+             cache.leftAboveMv[list][i]);
+    }
+}
+
 }  // namespace
 
 void gatherMotion(const Neighbours& n, bool field, int lists, MotionCache& cache) {
     cache.leftMixed = n.leftMixed;
+    const bool mixed = n.leftMixed || (n.above != nullptr && n.above->field != field);
     for (int list = 0; list < lists; ++list) {
         std::int8_t* ref = cache.ref[list];
         MotionVector* mv = cache.mv[list];
-        for (int i = 0; i < 4; ++i) {
-            const std::uint8_t entry = n.rows->luma[i];
-            const int left = MotionCache::at(-1, i), above = MotionCache::at(i, -1);
-            take(n.leftOf(entry), (entry & 3) * 4 + 3, list, field, ref[left], mv[left]);
-            take(n.above, 12 + i, list, field, ref[above], mv[above]);
-            std::memset(ref + MotionCache::at(0, i), MotionCache::kNotAvailable, 5);
+        for (int i = 0; i < 4; ++i) std::memset(ref + MotionCache::at(0, i), MotionCache::kNotAvailable, 5);
+        if (mixed) {
+            gatherMixed(n, field, list, cache);
+        } else {
+            takeLeft(n.left[0], list, ref + MotionCache::at(-1, 0), mv + MotionCache::at(-1, 0));
+            takeAbove(n.above, list, ref + MotionCache::at(0, -1), mv + MotionCache::at(0, -1));
         }
         const int aboveLeft = MotionCache::at(-1, -1), aboveRight = MotionCache::at(4, -1);
         take(n.aboveLeft, n.aboveLeftRow * 4 + 3, list, field, ref[aboveLeft], mv[aboveLeft]);
         take(n.aboveRight, 12, list, field, ref[aboveRight], mv[aboveRight]);
-        if (n.leftMixed)
-            for (int i = 1; i < 4; ++i) {
-                const std::uint8_t entry = n.rows->lumaAbove[i];
-                take(n.leftOf(entry), (entry & 3) * 4 + 3, list, field, cache.leftAboveRef[list][i],
-                     cache.leftAboveMv[list][i]);
-            }
     }
 }
 

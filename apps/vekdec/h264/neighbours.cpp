@@ -35,7 +35,7 @@ const Macroblock* availableAt(const SliceContext& context, int address) {
     return mb.type != MbType::Missing && mb.slice == static_cast<std::uint16_t>(context.slice->number) ? &mb : nullptr;
 }
 
-Neighbours findInPairs(const SliceContext& context, const CurrentMacroblock& current) {
+void findInPairs(const SliceContext& context, const CurrentMacroblock& current, Neighbours& n) {
     const int pair = current.address / 2, width = context.widthInMbs, column = pair % width;
     const bool field = current.mb->field;
     const auto pairAt = [&](bool inside, int offset) {
@@ -49,7 +49,7 @@ Neighbours findInPairs(const SliceContext& context, const CurrentMacroblock& cur
     const auto lastOf = [&](const Macroblock* p) {
         return p == nullptr ? nullptr : field && !current.bottom && p->field ? p : p + 1;
     };
-    Neighbours n{};
+    n = {};
     n.aboveLeftRow = 3;
     n.rows = &kSameKind;
     if (a != nullptr) {
@@ -73,16 +73,15 @@ Neighbours findInPairs(const SliceContext& context, const CurrentMacroblock& cur
         n.aboveRight = lastOf(c);
         n.aboveLeft = lastOf(d);
     }
-    return n;
 }
 
 }  // namespace
 
-Neighbours findNeighbours(const SliceContext& context, const CurrentMacroblock& current) {
-    if (context.mbaff) return findInPairs(context, current);
+void findNeighbours(const SliceContext& context, const CurrentMacroblock& current, Neighbours& n) {
+    if (context.mbaff) return findInPairs(context, current, n);
     const int address = current.address, width = context.widthInMbs;
     const bool first = current.x == 0, last = current.x == 16 * (width - 1);
-    Neighbours n{};
+    n = {};
     n.aboveLeftRow = 3;
     n.rows = &kSameKind;
     n.left[0] = n.left[1] = first ? nullptr : availableAt(context, address - 1);
@@ -91,7 +90,6 @@ Neighbours findNeighbours(const SliceContext& context, const CurrentMacroblock& 
         n.aboveRight = last ? nullptr : availableAt(context, address - width + 1);
         n.aboveLeft = first ? nullptr : availableAt(context, address - width - 1);
     }
-    return n;
 }
 
 bool inferFieldDecodingFlag(const SliceContext& context, int topAddress) {

@@ -27,7 +27,7 @@ struct Neighbours {
     const Macroblock* leftOf(std::uint8_t entry) const { return left[entry >> 2]; }
 };
 
-Neighbours findNeighbours(const SliceContext& context, const CurrentMacroblock& current);
+void findNeighbours(const SliceContext& context, const CurrentMacroblock& current, Neighbours& n);
 
 // mb_field_decoding_flag of a pair that carries none: that of the left, else of the upper pair of the slice (7.4.4).
 bool inferFieldDecodingFlag(const SliceContext& context, int topAddress);

@@ -43,7 +43,6 @@ struct Macroblock {
     std::uint16_t nonZero = 0;            // 4x4 luma blocks (8x8: all four of the quadrant) with coefficients, for bS 2
     std::int8_t refIdx[2][4] = {};        // per quadrant; -1: not used
     std::int8_t refPicId[2][4] = {};      // which picture that is: 4 * Picture::id + Structure; -1: none
-    std::uint8_t subDirect = 0;  // quadrants predicted in direct mode (bit per quadrant), as a spatial neighbour sees
     MotionVector mv[2][16];      // raster order
     bool intra() const { return type >= MbType::I4x4 && type <= MbType::IPcm; }
 };

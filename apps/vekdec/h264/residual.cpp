@@ -147,8 +147,8 @@ void parseResidual(BitReader& bits, const CavlcTables& tables, const Neighbours&
     Vek32u coded = 0, codedChroma = 0;
     Counts counts;
     std::memset(counts.count, 0, sizeof counts.count);
-    gatherLuma(neighbours, counts);
     const bool is16x16 = mb.type == MbType::I16x16;
+    if (is16x16 || (mb.codedBlockPattern & 15) != 0) gatherLuma(neighbours, counts);
     if (is16x16 && parser.block(counts.nC(Counts::at(0, 0)), 16, parser.scan) != 0) coded |= 1;
     unsigned nonZero = 0;
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
