@@ -185,8 +185,8 @@ VEKVC_API VekStatus vekiReconstructDCTBlockIntra_MPEG2_32s(Vek32u** ppBitStream,
  *  @param[in] pSrcTable   the code list, records `code, run, level` with both signs of each level
  *  @param[out] ppDstSpec  receives the table, one block from vekMalloc(); release it with vekFree()
  *  @return vekStsOk; vekStsErrNullPtr; vekStsErrMemAlloc, with nothing written, if there is no memory for the table.
- *          Records that the table's layout has no place for (a negative run, a level farther from 0 than half the
- *          number of records of its run) are not entered.
+ *          Records with a negative run, a run above 4095 or a place outside the table are not entered. Where a run's
+ *          levels do not come in pairs of both signs, codes may take the place of other runs' codes.
  */
 VEKVC_API VekStatus vekiCreateRLEncodeTable(const Vek32s* pSrcTable, VekRLEncodeTable** ppDstSpec);
 

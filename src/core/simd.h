@@ -191,6 +191,16 @@ VEKVC_SIMD_INLINE void storeLanes16(At at, u16x8 v) {
 // A double at any address, for the instructions that move the high half of a vector.
 using UnalignedDouble [[gnu::aligned(1), gnu::may_alias]] = double;
 
+// The four 32-bit lanes to four places: at(0) to at(3).
+template <class At>
+VEKVC_SIMD_INLINE void storeLanes32(At at, u32x4 v) {
+    const auto put = [&](int i, int value) { std::memcpy(at(i), &value, 4); };
+    put(0, _mm_cvtsi128_si32(v.raw));
+    put(1, _mm_extract_epi32(v.raw, 1));
+    put(2, _mm_extract_epi32(v.raw, 2));
+    put(3, _mm_extract_epi32(v.raw, 3));
+}
+
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
@@ -286,9 +296,19 @@ VEKVC_SIMD_INLINE V constant() {
     asm("" : "+r"(p));
     return load<V>(p);
 }
-// Every lane the value at p.
+// Every lane the value at p. 32-bit lanes are broadcast by the load itself: GCC 12 does so for floats only.
 template <class V>
 VEKVC_SIMD_INLINE V splatFrom(const void* p) {
+#if VEKVC_VECTOR256
+    if constexpr (laneBytes<V> == 4) {
+        float bits;
+        std::memcpy(&bits, p, sizeof bits);
+        if constexpr (is128<V>)
+            return {_mm_castps_si128(_mm_set1_ps(bits))};
+        else
+            return {_mm256_castps_si256(_mm256_set1_ps(bits))};
+    }
+#endif
     typename V::Lane value;
     std::memcpy(&value, p, sizeof value);
     return splat<V>(value);
@@ -660,6 +680,29 @@ VEKVC_SIMD_INLINE Vec<T, N> blend16(Vec<T, N> a, Vec<T, N> b) {
 #if VEKVC_VECTOR256
     else
         return {_mm256_blend_epi16(a.raw, b.raw, mask)};
+#endif
+}
+// The same with 32-bit lanes, of vectors of 128 bits.
+template <int mask, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> blend32(Vec<T, N> a, Vec<T, N> b) {
+    static_assert(is128<Vec<T, N>>);
+#if VEKVC_VECTOR256
+    return {_mm_blend_epi32(a.raw, b.raw, mask)};
+#else
+    return blend16<(mask & 1) * 3 | (mask & 2) * 6 | (mask & 4) * 12 | (mask & 8) * 24>(a, b);
+#endif
+}
+// Four runs of 4 bytes, from at(0) to at(3).
+template <class V, class At>
+VEKVC_SIMD_INLINE V loadLanes32(At at) {
+#if VEKVC_VECTOR256
+    using D = u32x4;
+    const D low = blend32<2>(splatFrom<D>(at(0)), splatFrom<D>(at(1)));
+    const D high = blend32<8>(splatFrom<D>(at(2)), splatFrom<D>(at(3)));
+    return as<V>(blend32<12>(low, high));
+#else
+    const u64x2 low = loadPair4<u64x2>(at(0), at(1)), high = loadPair4<u64x2>(at(2), at(3));
+    return as<V>(interleaveLow(low, high));
 #endif
 }
 template <int i, class T, int N>

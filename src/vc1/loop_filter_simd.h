@@ -1,0 +1,231 @@
+// Fast forms of the VC-1 loop filter: up to 16 bytes along an edge at once, in 16-bit lanes.
+#ifndef VEKVC_VC1_LOOP_FILTER_SIMD_H
+#define VEKVC_VC1_LOOP_FILTER_SIMD_H
+
+#include <utility>
+
+#include "core/simd.h"
+#include "vc1/loop_filter_plain.h"
+
+namespace vekvc::simd {
+
+using vc1::Edge;
+
+// What follows along an edge: samples of one plane, or pairs of interleaved chroma.
+enum class Places { samples, pairs };
+
+// Of each segment (8 bytes of samples in 16-bit lanes, or 16 of pairs) the third place's mask, all over.
+template <Places places, class V>
+VEKVC_SIMD_INLINE V thirdPlace(V mask) {
+    if constexpr (places == Places::pairs) {
+        return shuffle32<2, 2, 2, 2>(mask);
+    } else {
+        alignas(32) static constexpr Vek8u kThird[32] = {4, 5, 4, 5, 4, 5, 4, 5, 12, 13, 12, 13, 12, 13, 12, 13,
+                                                         4, 5, 4, 5, 4, 5, 4, 5, 12, 13, 12, 13, 12, 13, 12, 13};
+        return shuffleBytes(mask, load<V>(kThird));
+    }
+}
+
+// (2 (a - d) - 5 (b - c) + 4) >> 3: at most 224 either way.
+template <class V>
+VEKVC_SIMD_INLINE V activity(V a, V b, V c, V d) {
+    const V outer = a - d, inner = b - c;
+    return (outer + outer - inner * constant<V, 5>() + constant<V, 4>()) >> 3;
+}
+
+// What is taken from P4 and added to P5. P[0] to P[7] are P1 to P8. a0 and d have opposite signs, so that d goes with
+// clip where a0 and P4 - P5 differ in sign.
+template <Places places, class V>
+VEKVC_SIMD_INLINE V edgeChange(const V (&P)[8], Vek32s pQuant) {
+    const V step = P[3] - P[4], clip = abs(step) >> 1;
+    const V a0 = activity(P[2], P[3], P[4], P[5]);
+    const V a1 = activity(P[0], P[1], P[2], P[3]), a2 = activity(P[4], P[5], P[6], P[7]);
+    const V size = abs(a0), excess = size - min(abs(a1), abs(a2));
+    const V filtered = (clip > zero<V>()) & (splat<V>(clip3(0, 256, pQuant)) > size) & (excess > zero<V>());
+    const V away = (a0 ^ step) >> 15;
+    const V d = min(excess * constant<V, 5>() >> 3, clip);
+    return withSign(d & filtered & thirdPlace<places>(filtered) & away, step);
+}
+
+// The 16-bit lanes of one vector as bytes.
+VEKVC_SIMD_INLINE u8x16 bytesOf(i16x8 v) { return narrowU8(v, v); }
+#if VEKVC_VECTOR256
+VEKVC_SIMD_INLINE u8x16 bytesOf(i16x16 v) { return narrowU8(lowHalf(v), highHalf(v)); }
+#endif
+
+// ---- one plane
+
+// Rows of eight pixels to columns: P[0] has the first pixels of all rows. The samples are transposed in pairs, which then
+// come apart by masks and shifts. Of `rows` rows, 4 or 8 come into each half of the lanes.
+template <int rows, class V>
+VEKVC_SIMD_INLINE void loadColumns(const Vek8u* p, std::ptrdiff_t step, V (&P)[8]) {
+    const auto twoRows = [=](int y) {
+        return y % 8 < rows ? loadPair8<i16x8>(p + y * step, p + (y + 1) * step) : zero<i16x8>();
+    };
+    V x[4];
+    for (int i = 0; i < 4; ++i) {
+#if VEKVC_VECTOR256
+        if constexpr (rows == 16)
+            x[i] = join(twoRows(2 * i), twoRows(2 * i + 8));
+        else
+#endif
+            x[i] = twoRows(2 * i);
+    }
+    for (int bit = 0; bit < 3; ++bit) {
+        const V y[4] = {interleaveLow(x[0], x[2]), interleaveHigh(x[0], x[2]), interleaveLow(x[1], x[3]),
+                        interleaveHigh(x[1], x[3])};
+        for (int i = 0; i < 4; ++i) x[i] = y[i];
+    }
+    using U = Vec<Vek16u, V::kBytes / 2>;
+    for (int i = 0; i < 4; ++i) {
+        P[2 * i] = x[i] & constant<V, 255>();
+        P[2 * i + 1] = as<V>(as<U>(x[i]) >> 8);
+    }
+}
+template <int rows, class V>
+VEKVC_SIMD_INLINE void storeRows16(Vek8u* p, std::ptrdiff_t step, V v) {
+    if constexpr (rows == 8) {
+        storeLanes16([=](int i) { return p + i * step; }, as<u16x8>(v));
+    } else {
+        storeBytes<2>(p, v);
+        storeBytes<2>(p + step, bytesRight<2>(v));
+        storeBytes<2>(p + 2 * step, bytesRight<4>(v));
+        storeBytes<2>(p + 3 * step, bytesRight<6>(v));
+    }
+}
+
+// `n` samples along an edge, in the lanes of V.
+template <Edge edge, int n, class V>
+VEKVC_SIMD_INLINE void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant) {
+    V P[8];
+    if constexpr (edge == Edge::horizontal) {
+        for (int i = 0; i < 8; ++i) {
+            const u8x16 row = loadBytes<u8x16, n>(p + (i - 4) * step);
+#if VEKVC_VECTOR256
+            if constexpr (n == 16)
+                P[i] = widen(row);
+            else
+#endif
+                P[i] = widenLow(row);
+        }
+    } else {
+        loadColumns<n>(p - 4, step, P);
+    }
+    const V change = edgeChange<Places::samples>(P, pQuant);
+    const V P4 = P[3] - change, P5 = P[4] + change;
+    if constexpr (edge == Edge::horizontal) {
+        storeBytes<n>(p - step, bytesOf(P4));
+        storeBytes<n>(p, bytesOf(P5));
+    } else {
+        const V both = P4 | P5 << 8;
+#if VEKVC_VECTOR256
+        if constexpr (n == 16) {
+            storeRows16<8>(p - 1, step, lowHalf(both));
+            storeRows16<8>(p - 1 + 8 * step, step, highHalf(both));
+        } else
+#endif
+            storeRows16<n>(p - 1, step, both);
+    }
+}
+template <Edge edge, int n>
+VEKVC_SIMD_INLINE void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant) {
+    if constexpr (n == 16) {
+#if VEKVC_VECTOR256
+        filterSamples<edge, 16, i16x16>(p, step, pQuant);
+#else
+        filterSamples<edge, 8, i16x8>(p, step, pQuant);
+        filterSamples<edge, 8, i16x8>(p + 8 * (edge == Edge::horizontal ? 1 : step), step, pQuant);
+#endif
+    } else {
+        filterSamples<edge, n, i16x8>(p, step, pQuant);
+    }
+}
+
+template <Edge edge, int segments>
+VEKVC_SIMD_INLINE void filterEdge(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, unsigned enabled) {
+    if (enabled == (1u << segments) - 1) {
+        filterSamples<edge, 4 * segments>(p, step, pQuant);
+        return;
+    }
+    const std::ptrdiff_t next = 4 * (edge == Edge::horizontal ? 1 : step);
+    for (; enabled != 0; enabled >>= 1, p += next)
+        if ((enabled & 1) != 0) filterSamples<edge, 4>(p, step, pQuant);
+}
+
+// ---- pairs of interleaved chroma
+
+// The components that are filtered in a segment, as a mask of each pair's 16-bit lanes.
+VEKVC_SIMD_INLINE i16x8 enabledLanes(unsigned u, unsigned v, int segment) {
+    const unsigned mask = (u >> segment & 1) * 0xFFFFu | (v >> segment & 1) * 0xFFFF0000u;
+    return as<i16x8>(splat<i32x4>(static_cast<Vek32s>(mask)));
+}
+
+struct ChangedPixels {
+    u8x16 P4, P5;
+};
+
+// The low 8 bytes along an edge, or all 16; `low` and `high` are the masks of the two segments.
+template <int bytes>
+VEKVC_SIMD_INLINE ChangedPixels filterAlong(const u8x16 (&P)[8], Vek32s pQuant, i16x8 low, i16x8 high) {
+    const auto run = [&](auto widened, auto enabled) {
+        using V = decltype(enabled);
+        V lanes[8];
+        for (int i = 0; i < 8; ++i) lanes[i] = widened(P[i]);
+        const V change = edgeChange<Places::pairs>(lanes, pQuant) & enabled;
+        return ChangedPixels{bytesOf(lanes[3] - change), bytesOf(lanes[4] + change)};
+    };
+    if constexpr (bytes <= 8) {
+        return run([](u8x16 v) { return widenLow(v); }, low);
+    } else {
+#if VEKVC_VECTOR256
+        return run([](u8x16 v) { return widen(v); }, join(low, high));
+#else
+        const ChangedPixels a = run([](u8x16 v) { return widenLow(v); }, low);
+        const ChangedPixels b = run([](u8x16 v) { return widenHigh(v); }, high);
+        return {joinLow(a.P4, b.P4), joinLow(a.P5, b.P5)};
+#endif
+    }
+}
+
+// `n` pairs along an edge.
+template <Edge edge, int n>
+VEKVC_SIMD_INLINE void filterPairs(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, i16x8 low, i16x8 high) {
+    u8x16 P[8];
+    if constexpr (edge == Edge::horizontal) {
+        for (int i = 0; i < 8; ++i) P[i] = loadBytes<u8x16, 2 * n>(p + (i - 4) * step);
+    } else {
+        i16x8 rows[8];
+        for (int y = 0; y < 8; ++y) rows[y] = y < n ? load<i16x8>(p - 8 + y * step) : zero<i16x8>();
+        transpose8x8(rows);
+        for (int i = 0; i < 8; ++i) P[i] = as<u8x16>(rows[i]);
+    }
+    const ChangedPixels c = filterAlong<2 * n>(P, pQuant, low, high);
+    if constexpr (edge == Edge::horizontal) {
+        storeBytes<2 * n>(p - step, c.P4);
+        storeBytes<2 * n>(p, c.P5);
+    } else {
+        const auto row = [=](int y) { return p - 2 + y * step; };
+        storeLanes32(row, as<u32x4>(interleaveLow(as<u16x8>(c.P4), as<u16x8>(c.P5))));
+        if constexpr (n == 8)
+            storeLanes32([=](int y) { return row(y + 4); },
+                         as<u32x4>(interleaveHigh(as<u16x8>(c.P4), as<u16x8>(c.P5))));
+    }
+}
+
+template <Edge edge>
+VEKVC_SIMD_INLINE void filterEdgeInterleaved(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, unsigned enabledU,
+                                             unsigned enabledV) {
+    const i16x8 low = enabledLanes(enabledU, enabledV, 0), high = enabledLanes(enabledU, enabledV, 1);
+    switch (enabledU | enabledV) {
+        case 1:
+            return filterPairs<edge, 4>(p, step, pQuant, low, low);
+        case 2:
+            return filterPairs<edge, 4>(p + 4 * (edge == Edge::horizontal ? 2 : step), step, pQuant, high, high);
+        case 3:
+            return filterPairs<edge, 8>(p, step, pQuant, low, high);
+    }
+}
+
+}  // namespace vekvc::simd
+
+#endif
