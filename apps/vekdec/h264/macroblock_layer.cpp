@@ -465,6 +465,15 @@ void SliceDecoder::State::storeMotion() {
             std::memset(static_cast<void*>(mb.mv[1]), 0, sizeof mb.mv[1]);
             continue;
         }
+        if (mb.partitioning == Partitioning::Whole) {
+            const std::size_t first = MotionCache::at(0, 0);
+            const int ref = motion.ref[list][first];
+            std::fill_n(mb.mv[list], 16, motion.mv[list][first]);
+            std::memset(mb.refIdx[list], ref, 4);
+            std::memset(mb.refPicId[list],
+                        ref < 0 ? -1 : context.references[current.view][list][static_cast<std::size_t>(ref)].id, 4);
+            continue;
+        }
         for (int y = 0; y < 4; ++y)
             std::memcpy(&mb.mv[list][4 * y], &motion.mv[list][MotionCache::at(0, y)], 4 * sizeof(MotionVector));
         for (int i = 0; i < 4; ++i) {

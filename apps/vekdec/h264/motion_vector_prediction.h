@@ -1,6 +1,8 @@
 // Motion vector prediction (H.264 8.4.1.1, 8.4.1.3) from the blocks around a partition.
 #pragma once
 
+#include <algorithm>
+
 #include "neighbours.h"
 
 namespace vekdec::h264 {
@@ -19,11 +21,10 @@ struct MotionCache {
 
     static constexpr int at(int x, int y) { return (y + 1) * kStep + x + 1; }  // in units of 4 samples
     void fill(int list, int x, int y, int w, int h, std::int8_t refIdx, MotionVector vector) {
-        for (int row = y; row < y + h; ++row)
-            for (int i = at(x, row); i < at(x + w, row); ++i) {
-                ref[list][i] = refIdx;
-                mv[list][i] = vector;
-            }
+        for (int row = y; row < y + h; ++row) {
+            std::fill_n(ref[list] + at(x, row), w, refIdx);
+            std::fill_n(mv[list] + at(x, row), w, vector);
+        }
     }
 };
 

@@ -13,7 +13,7 @@
 
 namespace vekdec::h264 {
 
-struct MotionVector {
+struct alignas(4) MotionVector {
     std::int16_t x = 0, y = 0;  // quarter luma samples
     bool operator==(const MotionVector&) const = default;
 };
@@ -43,7 +43,7 @@ struct Macroblock {
     std::uint16_t nonZero = 0;            // 4x4 luma blocks (8x8: all four of the quadrant) with coefficients, for bS 2
     std::int8_t refIdx[2][4] = {};        // per quadrant; -1: not used
     std::int8_t refPicId[2][4] = {};      // which picture that is: 4 * Picture::id + Structure; -1: none
-    MotionVector mv[2][16];      // raster order
+    MotionVector mv[2][16];               // raster order
     bool intra() const { return type >= MbType::I4x4 && type <= MbType::IPcm; }
 };
 
