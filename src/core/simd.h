@@ -207,7 +207,7 @@ VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
 }
 VEKVC_SIMD_FN void storePair8(void* low, void* high, Vec<T, N> v) {
     _mm_storel_epi64(static_cast<__m128i*>(low), v.raw);
-    _mm_storeh_pd(static_cast<double*>(high), _mm_castsi128_pd(v.raw));
+    _mm_storeh_pi(static_cast<__m64*>(high), _mm_castsi128_ps(v.raw));
 }
 template <class V>
 VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
