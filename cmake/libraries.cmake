@@ -127,3 +127,9 @@ if(VEKVC_STATIC_VARIANT)
   target_link_libraries(vekvc_static PUBLIC vekcore OpenMP::OpenMP_CXX)
   set_target_properties(vekvc_static PROPERTIES OUTPUT_NAME vekvc)
 endif()
+
+# All variants, for programs that are run from the build tree.
+add_custom_target(vekvc_libraries DEPENDS vekcore)
+foreach(code ${vekvc_variants})
+  add_dependencies(vekvc_libraries vekvc-${code})
+endforeach()

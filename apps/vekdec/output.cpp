@@ -33,8 +33,19 @@ class VideoOutput : public FrameOutput {
             std::fputs("FRAME\n", file_);
         }
         begun_ = true;
-        packFrame(frame, bytes_);
-        if (std::fwrite(bytes_.data(), 1, bytes_.size(), file_) != bytes_.size()) fail();
+        if (frame.chromaFormatIdc == 0) {
+            packFrame(frame, bytes_);
+            write(bytes_.data(), bytes_.size());
+            return;
+        }
+        for (const FramePlane& plane : frame.plane) {
+            const std::size_t rowBytes = static_cast<std::size_t>(plane.width) * (frame.bitDepth > 8 ? 2 : 1);
+            if (plane.stride == static_cast<std::ptrdiff_t>(rowBytes)) {  // nothing between the rows
+                write(plane.data, rowBytes * static_cast<std::size_t>(plane.height));
+                continue;
+            }
+            for (int y = 0; y < plane.height; ++y) write(plane.data + plane.stride * y, rowBytes);
+        }
     }
     bool finish() override {
         if (std::fflush(file_) != 0) fail();
@@ -42,6 +53,9 @@ class VideoOutput : public FrameOutput {
     }
 
   private:
+    void write(const std::uint8_t* bytes, std::size_t count) {
+        if (std::fwrite(bytes, 1, count, file_) != count) fail();
+    }
     [[noreturn]] void fail() { throw std::runtime_error("cannot write " + name_ + ": " + std::strerror(errno)); }
 
     std::string name_;

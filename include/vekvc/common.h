@@ -3,8 +3,8 @@
  *  scans, variance, smoothing. 8-bit samples are Vek8u, residuals and coefficients Vek16s.
  *
  *  Block sizes are columns by rows, as in the names. Steps are signed counts of bytes for all element types and are
- * used as they are: negative steps, zero source steps and odd addresses work. Operands must not overlap unless the
- * function works in place.
+ *  used as they are: negative steps, zero source steps and odd addresses work. Operands must not overlap unless the
+ *  function works in place.
  *
  *  Half-sample positions. r(x, y) is the reference block:
  *
@@ -46,7 +46,7 @@ VEKVC_API VekStatus vekiCopy16x16_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8
  *  @param pSrc, srcStep the reference block; one more column and/or row is read where the case needs it
  *  @param pDst, dstStep the result
  *  @param acc the case, in bits 0 and 1: 0 full sample, 1 horizontal half, 2 vertical half, 3 diagonal half. (mcType of
- * the other functions orders the cases differently.) Other bits are ignored.
+ *  the other functions orders the cases differently.) Other bits are ignored.
  *  @param rounding the rounding, in bit 0; other bits are ignored
  *  @retval vekStsErrNullPtr a pointer is null
  */
@@ -91,7 +91,7 @@ VEKVC_API VekStatus vekiAverage16x16_8u_C1IR(const Vek8u* pSrc, Vek32s srcStep, 
  *  @{ */
 
 /** Averages the block found at a full- or half-sample position into another: pSrcDst = (pSrcDst + p + 1) >> 1. The
- * average rounds up for either rounding of p.
+ *  average rounds up for either rounding of p.
  *  @param pSrc, srcStep the reference block; one more column and/or row is read where the case needs it
  *  @param pSrcDst, srcDstStep the other block, and the result
  *  @param acc the case, in bits 0 and 1: 0 full sample, 1 horizontal half, 2 vertical half, 3 diagonal half
@@ -112,14 +112,14 @@ VEKVC_API VekStatus vekiInterpolateAverage8x4_8u_C1IR(const Vek8u* pSrc, Vek32s 
  *  @{ */
 
 /** Predicts a block from one reference and adds the residual: clip255(p + residual), the sum limited to 16 bits before
- * it is clipped. In the UV forms a row holds 8 pairs of interleaved Cb and Cr samples (16 bytes, 8 rows), the residual
- * likewise (16 values a row), and the horizontal neighbour is the next sample of the same component, two bytes on: a
- * horizontal case reads two bytes to the right of the block.
+ *  it is clipped. In the UV forms a row holds 8 pairs of interleaved Cb and Cr samples (16 bytes, 8 rows), the residual
+ *  likewise (16 values a row), and the horizontal neighbour is the next sample of the same component, two bytes on: a
+ *  horizontal case reads two bytes to the right of the block.
  *  @param pSrcRef, srcStep the reference block; one more column and/or row is read where the case needs it
  *  @param pSrcYData, srcYDataStep the residual
  *  @param pDst, dstStep the result
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half; other
- * bits are ignored
+ *  bits are ignored
  *  @param roundControl the rounding, in bit 0; other bits are ignored
  *  @retval vekStsErrNullPtr a pointer is null
  */
@@ -155,13 +155,13 @@ VEKVC_API VekStatus vekiMC16x8UV_8u_C1(const Vek8u* pSrcRef, Vek32s srcStep, con
  *  @{ */
 
 /** Predicts a block from two references and adds the residual: clip255(((f + b + 1) >> 1) + residual), the sum limited
- * to 16 bits before it is clipped. The average of the two predictions rounds up in all cases. In the UV forms a row
- * holds 8 pairs of interleaved Cb and Cr samples (16 bytes, 8 rows), the residual likewise (16 values a row), and the
- * horizontal neighbour is the next sample of the same component, two bytes on: a horizontal case reads two bytes to the
- * right of the block.
+ *  to 16 bits before it is clipped. The average of the two predictions rounds up in all cases. In the UV forms a row
+ *  holds 8 pairs of interleaved Cb and Cr samples (16 bytes, 8 rows), the residual likewise (16 values a row), and the
+ *  horizontal neighbour is the next sample of the same component, two bytes on: a horizontal case reads two bytes to
+ *  the right of the block.
  *  @param pSrcRefF, srcStepF the forward reference block; one more column and/or row is read where the case needs it
  *  @param mcTypeF the forward case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal
- * half
+ *  half
  *  @param pSrcRefB, srcStepB, mcTypeB the backward reference and its case, likewise
  *  @param pSrcYData, srcYDataStep the residual
  *  @param pDst, dstStep the result
@@ -210,10 +210,10 @@ VEKVC_API VekStatus vekiMC16x8BUV_8u_C1(const Vek8u* pSrcRefF, Vek32s srcStepF, 
  *  @{ */
 
 /** Predicts an interleaved chroma block from one reference and adds the residual, which lies in two planes. 8x8 (8x4)
- * counts samples of each component: a row holds 8 pairs of Cb and Cr, 16 bytes. The horizontal neighbour is the next
- * sample of the same component.
+ *  counts samples of each component: a row holds 8 pairs of Cb and Cr, 16 bytes. The horizontal neighbour is the next
+ *  sample of the same component.
  *  @param pSrcRef, srcStep the reference block; two more bytes a row and/or one more row are read where the case needs
- * it
+ *  it
  *  @param pSrcU, pSrcV the residuals of the samples in the even and odd bytes, 8 values a row each
  *  @param srcUVStep the step of both residuals
  *  @param pDst, dstStep the result
@@ -233,11 +233,11 @@ VEKVC_API VekStatus vekiMC8x4_16s8u_P2C2R(const Vek8u* pSrcRef, Vek32s srcStep, 
  *  @{ */
 
 /** Predicts an interleaved chroma block from two references and adds the residual, which lies in two planes. The
- * average of the two predictions rounds up in all cases.
+ *  average of the two predictions rounds up in all cases.
  *  @param pSrcRefF, srcStepF the forward reference; two more bytes a row and/or one more row are read where the case
- * needs it
+ *  needs it
  *  @param mcTypeF the forward case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal
- * half
+ *  half
  *  @param pSrcRefB, srcStepB, mcTypeB the backward reference and its case, likewise
  *  @param pSrcU, pSrcV the residuals of the samples in the even and odd bytes, 8 values a row each
  *  @param srcUVStep the step of both residuals
@@ -259,7 +259,7 @@ VEKVC_API VekStatus vekiMC8x4B_16s8u_P2C2R(const Vek8u* pSrcRefF, Vek32s srcStep
  *  @{ */
 
 /** Adds a residual to a block in place: pSrcDst = clip255(pSrcDst + residual), the sum limited to 16 bits before it is
- * clipped.
+ *  clipped.
  *  @param pSrc, srcStep the residual
  *  @param pSrcDst, srcDstStep the block
  *  @retval vekStsErrNullPtr a pointer is null
@@ -271,7 +271,7 @@ VEKVC_API VekStatus vekiAdd8x8_16s8u_C1IRS(const Vek16s* pSrc, Vek32s srcStep, V
  *  @{ */
 
 /** Adds a residual to the block found at a full- or half-sample position: pDst = clip255(p + residual), the sum limited
- * to 16 bits before it is clipped.
+ *  to 16 bits before it is clipped.
  *  @param pSrc, srcStep the residual
  *  @param pRef, refStep the reference block; one more column and/or row is read where the case needs it
  *  @param pDst, dstStep the result
@@ -287,7 +287,7 @@ VEKVC_API VekStatus vekiAdd8x8HP_16s8u_C1RS(const Vek16s* pSrc, Vek32s srcStep, 
  *  @{ */
 
 /** Adds a constant to a block in place. Unlike the residual additions, the 16-bit sum wraps before it is clipped to
- * 0..255: 100 plus 32700 stores 0.
+ *  0..255: 100 plus 32700 stores 0.
  *  @param value the constant
  *  @param pSrcDst, srcDstStep the block
  *  @retval vekStsErrNullPtr the pointer is null
@@ -303,7 +303,7 @@ VEKVC_API VekStatus vekiAddC8x8_16s8u_C1IR(Vek16s value, Vek8u* pSrcDst, Vek32s 
  *  @param pRef, refStep the reference block; one more column and/or row is read where the case needs it
  *  @param[out] pResult the sum
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
- * with rounding 0; other bits are ignored
+ *  with rounding 0; other bits are ignored
  *  @retval vekStsErrNullPtr a pointer is null
  */
 VEKVC_API VekStatus vekiSAD16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
@@ -343,14 +343,14 @@ VEKVC_API VekStatus vekiSAD8x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, con
  *  @{ */
 
 /** The sums of |pSrc - p| over 8x8 samples of each of two interleaved components (16 bytes a row). The horizontal
- * neighbour is the next sample of the same component.
+ *  neighbour is the next sample of the same component.
  *  @param pSrc, srcStep the source block; the step must be at least 1
  *  @param pRef, refStep the reference block; the step must be at least 1; two more bytes a row and/or one more row are
- * read where the case needs it
+ *  read where the case needs it
  *  @param[out] pResultU the sum of the even bytes
  *  @param[out] pResultV the sum of the odd bytes
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
- * with rounding 0; other bits are ignored
+ *  with rounding 0; other bits are ignored
  *  @retval vekStsErrNullPtr a pointer is null
  *  @retval vekStsErrStep a step is below 1
  */
@@ -366,7 +366,7 @@ VEKVC_API VekStatus vekiSAD8x8_8u32s_C2R(const Vek8u* pSrc, Vek32s srcStep, cons
  *  @param pRef, refStep the reference block; one more column and/or row is read where the case needs it
  *  @param[out] pResult the sum
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
- * with rounding 0; other bits are ignored
+ *  with rounding 0; other bits are ignored
  *  @retval vekStsErrNullPtr a pointer is null
  */
 VEKVC_API VekStatus vekiSSD8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
@@ -381,7 +381,7 @@ VEKVC_API VekStatus vekiSSD4x4_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, cons
 /** The sums of absolute differences of one source block against reference blocks at consecutive horizontal positions.
  *  @param pSrc, srcStep the source block
  *  @param pRef, refStep the reference block of the first position; count + width - 1 bytes of each row are read, with
- * count rounded down to a multiple of 8
+ *  count rounded down to a multiple of 8
  *  @param[out] pDstSAD pDstSAD[i] receives the sum at pRef + i, for i below the rounded count
  *  @param count the number of positions, at least 8; rounded down to a multiple of 8
  *  @retval vekStsErrNullPtr a pointer is null
@@ -401,7 +401,7 @@ VEKVC_API VekStatus vekiSAD16x16xN_8u16u_C1R(const Vek8u* pSrc, Vek32s srcStep, 
 /** As the search without index, and finds the smallest sum.
  *  @param pSrc, srcStep the source block
  *  @param pRef, refStep the reference block of the first position; count + width - 1 bytes of each row are read, with
- * count rounded down to a multiple of 8
+ *  count rounded down to a multiple of 8
  *  @param[out] pDstSAD pDstSAD[i] receives the sum at pRef + i, for i below the rounded count
  *  @param count the number of positions, at least 8; rounded down to a multiple of 8
  *  @param[out] pMinIndex the index of the smallest sum, the lowest one among equals
@@ -421,12 +421,12 @@ VEKVC_API VekStatus vekiSAD16x16xNI_8u16u_C1R(const Vek8u* pSrc, Vek32s srcStep,
 
 /** Puts the coefficients of an 8x8 block into scan order: pDst[i] = pSrc[scan position i].
  *  With countNonZero of 20 or more the whole block is permuted. Below 20, countNonZero is trusted: the walk through the
- * scan stops when so many non-zero coefficients were found, and all later ones become 0.
+ *  scan stops when so many non-zero coefficients were found, and all later ones become 0.
  *  @param pSrc 64 coefficients in raster order; all may be read
  *  @param[out] pDst 64 coefficients in scan order
  *  @param countNonZero the number of non-zero coefficients, 1 to 64
  *  @param scan the scan: 1 the alternate scan (ISO 13818-2 figure 7-3), 2 the alternate horizontal scan (ISO 14496-2),
- * any other value the zigzag scan (ISO 13818-2 figure 7-2)
+ *  any other value the zigzag scan (ISO 13818-2 figure 7-2)
  *  @retval vekStsErrNullPtr a pointer is null
  *  @retval vekStsErrOutOfRange countNonZero is outside 1..64
  */
@@ -437,12 +437,12 @@ VEKVC_API VekStatus vekiScanFwd_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s 
  *  @{ */
 
 /** Puts coefficients in scan order back into an 8x8 block: pDst[scan position i] = pSrc[i] for i up to indxLastNonZero;
- * all other coefficients become 0.
+ *  all other coefficients become 0.
  *  @param pSrc coefficients in scan order; those behind indxLastNonZero are not read
  *  @param[out] pDst 64 coefficients in raster order
  *  @param indxLastNonZero the scan position of the last coefficient, 0 to 63
  *  @param scan the scan: 1 the alternate scan (ISO 13818-2 figure 7-3), 2 the alternate horizontal scan (ISO 14496-2),
- * any other value the zigzag scan (ISO 13818-2 figure 7-2)
+ *  any other value the zigzag scan (ISO 13818-2 figure 7-2)
  *  @retval vekStsErrNullPtr a pointer is null
  *  @retval vekStsErrOutOfRange indxLastNonZero is outside 0..63
  */
@@ -464,7 +464,7 @@ VEKVC_API VekStatus vekiCountZeros8x8_16s_C1(const Vek16s* pSrc, Vek32u* pCount)
  *  @{ */
 
 /** With S the sum of the 64 samples and Q that of their squares, both exact: m = S / 64 and v = Q / 64 - m * m, each
- * operation rounded to single precision. Both names are one operation.
+ *  operation rounded to single precision. Both names are one operation.
  *  @param pSrc, srcStep the block
  *  @param[out] pVar v, the fraction dropped
  *  @param[out] pMean S: the sum of the samples, not divided by 64
@@ -478,8 +478,8 @@ VEKVC_API VekStatus vekiVarSum8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, V
  *  @{ */
 
 /** As the 8-bit form on signed 16-bit samples, with two differences: each of the eight column sums is limited to 16
- * bits after every addition, from the first row to the last, before they are added up to S; and Q is formed in 32 bits
- * with wrap-around and read as signed. Both names are one operation.
+ *  bits after every addition, from the first row to the last, before they are added up to S; and Q is formed in 32 bits
+ *  with wrap-around and read as signed. Both names are one operation.
  *  @param pSrc, srcStep the block; the step counts bytes
  *  @param[out] pVar v, the fraction dropped
  *  @param[out] pMean S: the sum of the samples, not divided by 64
@@ -493,8 +493,8 @@ VEKVC_API VekStatus vekiVarSum8x8_16s32s_C1R(const Vek16s* pSrc, Vek32s srcStep,
  *  @{ */
 
 /** The sum of squared deviations from the mean (256 times the variance): Q - T, with S the sum of the 256 samples, Q
- * that of their squares and T = S * S / 256. S * S is formed in 32 bits with wrap-around and read as signed: for S
- * above 46340 it is wrong in a fixed way that callers rely on.
+ *  that of their squares and T = S * S / 256. S * S is formed in 32 bits with wrap-around and read as signed: for S
+ *  above 46340 it is wrong in a fixed way that callers rely on.
  *  @param pSrc, srcStep the block
  *  @param[out] pVar Q - T
  *  @retval vekStsErrNullPtr a pointer is null
@@ -506,7 +506,7 @@ VEKVC_API VekStatus vekiVariance16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, V
  *  @{ */
 
 /** Smooths a plane with the 3x3 binomial filter: weights 1 2 1 by 1 2 1, (sum + 8) >> 4. Samples beyond the region's
- * border are those of the border.
+ *  border are those of the border.
  *  @param pSrc, srcStep the source region; the step must be at least the width
  *  @param pDst, dstStep the result; the step must be at least the width; must not overlap the source
  *  @param roiSize the region, width and height at least 1

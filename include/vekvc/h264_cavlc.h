@@ -2,10 +2,11 @@
  *  H.264 residual coding: CAVLC block decoding, Exp-Golomb codes, and the analysis half of a CAVLC encoder.
  *
  *  The bit stream is a sequence of native 32-bit words, each read from its most significant bit down; `**ppBitStream`
- * is the current word, `*pBitOffset` (31 down to 0, 31 the most significant) its next unread bit. A byte stream is
- * loaded with the first byte of each group of four in the word's top eight bits. There is no length argument: a decoder
- * reads at most the word that follows the one holding the last bit it consumes, so one word of padding behind the
- * stream is enough for a valid stream, and the caller bounds a broken one.
+ *  is the current word, `*pBitOffset` (31 down to 0, 31 the most significant) its next unread bit. A byte stream is
+ *  loaded with the first byte of each group of four in the word's top eight bits. There is no length argument: a
+ *  decoder
+ *  reads at most the word that follows the one holding the last bit it consumes, so one word of padding behind the
+ *  stream is enough for a valid stream, and the caller bounds a broken one.
  *
  *  Decoding tables are those of vekiHuffmanTableInitAlloc_32s(), built from the code tables of the standard. Their
  *  values: coeff_token (Table 9-5) TrailingOnes + 256 * TotalCoeff, total_zeros (Tables 9-7 to 9-9) and run_before
@@ -80,7 +81,7 @@ VEKVC_API VekStatus vekiDecodeCAVLCCoeffs_H264_1u32s(Vek32u** ppBitStream, Vek32
  *  @param[in,out] pBitOffset   the word cursor's bit, 31 down to 0
  *  @param[out] pTotalCoeff     receives TotalCoeff, 0 to 4
  *  @param[in,out] ppCoeffs     where the 4 coefficients go; moves on by 4 unless TotalCoeff is 0, when nothing is
- * written
+ *  written
  *  @param[in] pCoeffTokenTable the table of column nC = -1
  *  @param[in] ppTotalZerosTables  4 tables by TotalCoeff (Table 9-9 a); element 0 is not read
  *  @param[in] ppRunBeforeTables   tables by zerosLeft, of which 1 to 3 are read
@@ -117,7 +118,7 @@ VEKVC_API VekStatus vekiDecodeCAVLCChromaDcCoeffs_H264_1u32s(Vek32u** ppBitStrea
  *  @param[in,out] pBitOffset   the word cursor's bit, 31 down to 0
  *  @param[out] pTotalCoeff     receives TotalCoeff, 0 to 8
  *  @param[in,out] ppCoeffs     where the 8 coefficients go; moves on by 8 unless TotalCoeff is 0, when nothing is
- * written
+ *  written
  *  @param[in] pCoeffTokenTable the table of column nC = -2
  *  @param[in] ppTotalZerosTables  8 tables by TotalCoeff (Table 9-9 b); element 0 is not read
  *  @param[in] ppRunBeforeTables   tables by zerosLeft, of which 1 to 6 are read

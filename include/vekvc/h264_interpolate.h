@@ -14,7 +14,7 @@
  *    over the widened width: the block read is (width + 5) x (height + 5) samples.
  *  - Luma sizes: the width is a sum of 4, 8 and 16 (no other bit set), the height a multiple of 4. Chroma sizes: the
  *    width is a sum of 2, 4 and 8, the height even. Sizes that a partition does not have (a width of 12 or 24, a
- *    height of 64) are done in full; a width of 0, or a height of 0 or below, does nothing.
+ *    height of 64) are done in full; a width or height below 1 is vekStsErrSize.
  *  - 16-bit samples: `bitDepth` is 8 to 14, and every sample read must lie in 0 .. 2^bitDepth - 1. Luma clips its
  *    results to that range; chroma cannot leave it and takes the argument so that both have the same list.
  *  - Checks: null pointers (vekStsErrNullPtr); a fraction outside 0..3 (luma) or 0..7 (chroma) (vekStsErrBadArg); the

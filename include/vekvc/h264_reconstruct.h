@@ -253,10 +253,10 @@ VEKVC_API VekStatus vekiReconstructChromaIntraHalves4x4MB_H264_16s8u_P2R(
     const Vek16s* pLevelScaleV, Vek32s levelScaleDCU, Vek32s levelScaleDCV, Vek8u bypass);
 
 /* ---- luma macroblocks, 8 to 14 bits ----
- * As the 8-bit forms of the same name: 32-bit coefficients and arithmetic (wrapping), 16-bit samples, steps in bytes.
- * QP is QP'Y = QPY + QpBdOffsetY, 0..51 + 6 * (bitDepth - 8); bitDepth is 8..14, results are clipped to
- * 0..2^bitDepth - 1, and 2^(bitDepth - 1) takes the place of 128. Samples read must be below 2^bitDepth.
- * vekStsErrOutOfRange also for bitDepth. */
+ *  As the 8-bit forms of the same name: 32-bit coefficients and arithmetic (wrapping), 16-bit samples, steps in bytes.
+ *  QP is QP'Y = QPY + QpBdOffsetY, 0..51 + 6 * (bitDepth - 8); bitDepth is 8..14, results are clipped to
+ *  0..2^bitDepth - 1, and 2^(bitDepth - 1) takes the place of 128. Samples read must be below 2^bitDepth.
+ *  vekStsErrOutOfRange also for bitDepth. */
 
 /** vekiReconstructLumaInter4x4MB_H264_16s8u_C1R for 8 to 14 bits. */
 VEKVC_API VekStatus vekiReconstructLumaInter4x4_H264High_32s16u_IP1R(Vek32s** ppCoeffs, Vek16u* pSrcDst,
@@ -300,7 +300,7 @@ VEKVC_API VekStatus vekiReconstructLumaIntraHalf8x8_H264High_32s16u_IP1R(Vek32s*
                                                                          Vek32s bitDepth);
 
 /* ---- 4:2:0 chroma macroblocks, 8 to 14 bits ----
- * chromaQPU and chromaQPV are QP'c = QPc + QpBdOffsetC, 0..39 + 6 * (bitDepth - 8). */
+ *  chromaQPU and chromaQPV are QP'c = QPc + QpBdOffsetC, 0..39 + 6 * (bitDepth - 8). */
 
 /** vekiReconstructChromaInter4x4MB_H264_16s8u_P2R for 8 to 14 bits. */
 VEKVC_API VekStatus vekiReconstructChromaInter4x4_H264High_32s16u_IP2R(
@@ -319,11 +319,12 @@ VEKVC_API VekStatus vekiReconstructChromaIntraHalf4x4_H264High_32s16u_IP2R(
     Vek32s levelScaleDCU, Vek32s levelScaleDCV, Vek8u bypass, Vek32s bitDepth);
 
 /* ---- 4:2:2 chroma macroblocks ----
- * Two planes of 8x16 samples. Each plane has a DC block of 8 values (two wide, four high, 8.5.11) and eight AC blocks
- * in raster order, (0,0), (4,0), (0,4), (4,4) .. (4,12). These need more bits than one word has room for behind the
- * luma bits, so these forms have a word of their own, cbpChroma: bit 0 Cb DC, bit 1 Cr DC, bits 2..9 Cb AC blocks 0..7,
- * bits 10..17 Cr AC blocks 0..7. chromaQPU and chromaQPV stay QP'c; the DC blocks are scaled with QP'c,dc = QP'c + 3,
- * which the functions add themselves. levelScaleDCU and levelScaleDCV are LevelScale4x4((QP'c + 3)%6, 0, 0). */
+ *  Two planes of 8x16 samples. Each plane has a DC block of 8 values (two wide, four high, 8.5.11) and eight AC blocks
+ *  in raster order, (0,0), (4,0), (0,4), (4,4) .. (4,12). These need more bits than one word has room for behind the
+ *  luma bits, so these forms have a word of their own, cbpChroma: bit 0 Cb DC, bit 1 Cr DC, bits 2..9 Cb AC blocks
+ *  0..7,
+ *  bits 10..17 Cr AC blocks 0..7. chromaQPU and chromaQPV stay QP'c; the DC blocks are scaled with QP'c,dc = QP'c + 3,
+ *  which the functions add themselves. levelScaleDCU and levelScaleDCV are LevelScale4x4((QP'c + 3)%6, 0, 0). */
 
 /** vekiReconstructChromaInter4x4MB_H264_16s8u_P2R for 4:2:2. */
 VEKVC_API VekStatus vekiReconstructChroma422Inter4x4_H264High_16s8u_IP2R(

@@ -3,7 +3,7 @@
  *
  *  Bit streams are sequences of native 32-bit words, each read or written from its most significant bit down;
  *  `**ppBitStream` is the current word, `*pBitOffset` (31 down to 0, 31 the most significant; not checked) its next
- * bit. A reader touches at most the word that follows the one holding the last bit that it consumes.
+ *  bit. A reader touches at most the word that follows the one holding the last bit that it consumes.
  *
  *  Code lists. A code table of a standard is handed to the builders as an array of Vek32s:
  *  - word 0 is not read (by convention the longest code length);
@@ -17,11 +17,11 @@
  *  Lists are not validated: the caller ends them and makes them prefix-free.
  *
  *  Decode tables (VekVlcTable_32s) are arrays of 32-bit entries. A (sub-)table at entry `off` holds the number b of
- * bits to look up at `off` and its 2^b slots at `off` + 1 onwards; the first one starts at entry 0, the others follow
- * in the order in which the list first needs them. A slot is one of
+ *  bits to look up at `off` and its 2^b slots at `off` + 1 onwards; the first one starts at entry 0, the others follow
+ *  in the order in which the list first needs them. A slot is one of
  *  - `(off << 8) | 0x80`: look up the next bits in the sub-table at `off`;
  *  - `(value << 8) | g`, or `(level << 16) | ((run & 0xFF) << 8) | g`: a code that ends g bits before the last bit
- * looked up; a value keeps its low 24 bits, a level its low 16; the level of escape and end of block is stored as 0;
+ *  looked up; a value keeps its low 24 bits, a level its low 16; the level of escape and end of block is stored as 0;
  *  - `0x00F0F101`: no code.
  *
  *  Encode tables (VekRLEncodeTable) are arrays of 32-bit words. Word 0 holds the escape code in bits 0-9 and the
@@ -66,7 +66,7 @@ VEKVC_API VekStatus vekiHuffmanTableFree_32s(VekVlcTable_32s* pDecodeTable);
 
 /** Decodes one value.
  *  @param[in,out] ppBitStream  the word cursor; moves past the code. Where no code matches it moves past all bits
- * looked up (unlike vekiDecodeHuffmanPair_1u16s())
+ *  looked up (unlike vekiDecodeHuffmanPair_1u16s())
  *  @param[in,out] pBitOffset   the word cursor's bit
  *  @param[out] pDst            receives the value, -2^23 to 2^23 - 1; where no code matches 61681
  *  @param[in] pDecodeTable     a table of vekiHuffmanTableInitAlloc_32s()
@@ -91,8 +91,8 @@ VEKVC_API VekStatus vekiDecodeHuffmanPair_1u16s(Vek32u** ppBitStream, Vek32s* pB
 /** Decodes and inverse-quantizes one non-intra block of MPEG-1 (ISO 11172-2 2.4.3.7, 2.4.4.2).
  *  A first bit of 1 is the first coefficient's short code: run 0, level +1 or -1 by the next bit. Coefficients are
  *  (2 * level + sign) * W * QP / 16 truncated toward zero in 32 bits (wrapping), made odd toward zero when even,
- * limited to -2048 .. 2047. Levels of the table are read as 8-bit values; an escape is followed by 6 bits of run and 8
- * or 16 bits of level.
+ *  limited to -2048 .. 2047. Levels of the table are read as 8-bit values; an escape is followed by 6 bits of run and 8
+ *  or 16 bits of level.
  *
  *  @param[in,out] ppBitStream     the word cursor; moves past the end-of-block code
  *  @param[in,out] pBitOffset      the word cursor's bit
@@ -105,7 +105,7 @@ VEKVC_API VekStatus vekiDecodeHuffmanPair_1u16s(Vek32u** ppBitStream, Vek32s* pB
  *  @param[out] pDstSize           receives the scan index of the last coefficient, 0 if there is none
  *  @return vekStsOk; vekStsErrNullPtr for a null pointer or `*ppBitStream`; vekStsErrVlcData if a scan index passes 63
  *          (so too where no code matches): the cursor stands behind the offending code (for an escape behind its
- * level), the block holds the coefficients up to it, `*pDstSize` is not written
+ *  level), the block holds the coefficients up to it, `*pDstSize` is not written
  */
 VEKVC_API VekStatus vekiReconstructDCTBlock_MPEG1_32s(Vek32u** ppBitStream, Vek32s* pBitOffset,
                                                       const VekVlcTable_32s* pFirstCoefTable,
@@ -116,7 +116,7 @@ VEKVC_API VekStatus vekiReconstructDCTBlock_MPEG1_32s(Vek32u** ppBitStream, Vek3
 /** Decodes and inverse-quantizes one non-intra block of MPEG-2 (ISO 13818-2 7.2.2, 7.4), with mismatch control.
  *  Like vekiReconstructDCTBlock_MPEG1_32s(), but: an escape is followed by 6 bits of run and 12 bits of level;
  *  coefficients are (2 * level + sign) * W * QP / 32 and keep their low 16 bits, unlimited; if the sum of all of them
- * is even, the last bit of block[63] is flipped.
+ *  is even, the last bit of block[63] is flipped.
  *
  *  @param[in,out] ppBitStream     the word cursor; moves past the end-of-block code
  *  @param[in,out] pBitOffset      the word cursor's bit
@@ -185,8 +185,8 @@ VEKVC_API VekStatus vekiReconstructDCTBlockIntra_MPEG2_32s(Vek32u** ppBitStream,
  *  @param[in] pSrcTable   the code list, records `code, run, level` with both signs of each level
  *  @param[out] ppDstSpec  receives the table, one block from vekMalloc(); release it with vekFree()
  *  @return vekStsOk; vekStsErrNullPtr; vekStsErrMemAlloc, with nothing written, if there is no memory for the table.
- *          Records that the table's layout has no place for (a negative run, a level farther from 0 than half the
- *          number of records of its run) are not entered.
+ *          Records with a negative run, a run above 4095 or a place outside the table are not entered. Where a run's
+ *          levels do not come in pairs of both signs, codes may take the place of other runs' codes.
  */
 VEKVC_API VekStatus vekiCreateRLEncodeTable(const Vek32s* pSrcTable, VekRLEncodeTable** ppDstSpec);
 
@@ -204,7 +204,7 @@ VEKVC_API VekStatus vekiCreateRLEncodeTable(const Vek32s* pSrcTable, VekRLEncode
  *  @param EOBLen               length of the end-of-block code, 0 to 32
  *  @param EOBCode              the end-of-block code
  *  @param count                number of non-zero AC coefficients to write; the walk ends at scan index 63 at the
- * latest
+ *  latest
  *  @return vekStsOk; vekStsErrNullPtr for a null pointer or `*ppBitStream`
  */
 VEKVC_API VekStatus vekiPutIntraBlock(Vek32u** ppBitStream, Vek32s* pBitOffset, const Vek16s* pSrcBlock,
@@ -222,7 +222,7 @@ VEKVC_API VekStatus vekiPutIntraBlock(Vek32u** ppBitStream, Vek32s* pBitOffset, 
  *  @param EOBLen               length of the end-of-block code, 0 to 32
  *  @param EOBCode              the end-of-block code
  *  @param count                number of non-zero coefficients to write, pSrcBlock[0] included (which is written
- * whatever
+ *  whatever
  *                              @p count says); the walk ends at scan index 63 at the latest
  *  @return vekStsOk; vekStsErrNullPtr for a null pointer or `*ppBitStream`
  */
@@ -244,7 +244,7 @@ VEKVC_API VekStatus vekiQuantIntra_MPEG2_16s_C1I(Vek16s* pSrcDst, Vek32s QP, con
 
 /** Quantizes one non-intra block of MPEG-2 in place: with a matrix as vekiQuantIntra_MPEG2_16s_C1I(), the DC included;
  *  without one in integers: (|x| * m) >> 16 with m = (QP / 2 + 65536) / QP, at most 2047, with the sign of x, where
- * -32768 counts as -32767. Without a matrix and with @p QP below 2 the block keeps its values and is only counted.
+ *  -32768 counts as -32767. Without a matrix and with @p QP below 2 the block keeps its values and is only counted.
  *  @param[in,out] pSrcDst    64 coefficients, raster order
  *  @param QP                 the quantizer scale as a factor, not 0
  *  @param[in] pQuantMatrix   64 reciprocal weights, raster order, or null
@@ -255,9 +255,10 @@ VEKVC_API VekStatus vekiQuant_MPEG2_16s_C1I(Vek16s* pSrcDst, Vek32s QP, const Ve
 
 /** Inverse-quantizes one intra block of MPEG-2 in place, with mismatch control (ISO 13818-2 7.4.2, 7.4.4):
  *  (x * QP * W + (x < 0 ? 15 : 0)) >> 4, the products taken modulo 2^16, the sum saturated to 16 bits; the result is
- * not limited to -2048 .. 2047. The DC keeps its value. If the sum of the results is even, the last bit of the last one
- * is flipped. The sum is formed in eight lanes that saturate at 16 bits (lane k: positions k, k + 8, ... k + 56) and
- * only then joined.
+ *  not limited to -2048 .. 2047. The DC keeps its value. If the sum of the results is even, the last bit of the last
+ *  one
+ *  is flipped. The sum is formed in eight lanes that saturate at 16 bits (lane k: positions k, k + 8, ... k + 56) and
+ *  only then joined.
  *  @param[in,out] pSrcDst    64 coefficients, raster order
  *  @param QP                 the quantizer scale as a factor
  *  @param[in] pQuantMatrix   64 weights W, raster order; the DC's is not used
@@ -268,7 +269,7 @@ VEKVC_API VekStatus vekiQuantInvIntra_MPEG2_16s_C1I(Vek16s* pSrcDst, Vek32s QP, 
 /** Inverse-quantizes one non-intra block of MPEG-2 in place, with the mismatch control of
  *  vekiQuantInvIntra_MPEG2_16s_C1I() (ISO 13818-2 7.4.2.3, 7.4.4): with m = QP * W and p = x * m, both modulo 2^16,
  *  (p +- (m >> 1) + (p < 0 ? 15 : 0)) >> 4, the half weight added away from 0 where x is not 0, sums saturated to 16
- * bits. Rounding follows the sign of p. Without a matrix all weights are 16: with t = 2 * x + sign(x), saturated, and
+ *  bits. Rounding follows the sign of p. Without a matrix all weights are 16: with t = 2 * x + sign(x), saturated, and
  *  p = t * QP modulo 2^16, (p + (x < 0 ? 1 : 0)) >> 1.
  *  @param[in,out] pSrcDst    64 coefficients, raster order
  *  @param QP                 the quantizer scale as a factor

@@ -188,6 +188,8 @@ VEKVC_SIMD_INLINE void storeLanes16(At at, u16x8 v) {
     put(6, _mm_extract_epi16(v.raw, 6));
     put(7, _mm_extract_epi16(v.raw, 7));
 }
+// A double at any address, for the instructions that move the high half of a vector.
+using UnalignedDouble [[gnu::aligned(1), gnu::may_alias]] = double;
 
 // The four 32-bit lanes to four places: at(0) to at(3).
 template <class At>
@@ -202,12 +204,12 @@ VEKVC_SIMD_INLINE void storeLanes32(At at, u32x4 v) {
 // Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
-    return {_mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(_mm_loadl_epi64(static_cast<const __m128i*>(low))),
-                                          static_cast<const double*>(high)))};
+    const __m128d first = _mm_castsi128_pd(_mm_loadl_epi64(static_cast<const __m128i*>(low)));
+    return {_mm_castpd_si128(__m128d{first[0], *static_cast<const UnalignedDouble*>(high)})};
 }
 VEKVC_SIMD_FN void storePair8(void* low, void* high, Vec<T, N> v) {
     _mm_storel_epi64(static_cast<__m128i*>(low), v.raw);
-    _mm_storeh_pi(static_cast<__m64*>(high), _mm_castsi128_ps(v.raw));
+    *static_cast<UnalignedDouble*>(high) = _mm_castsi128_pd(v.raw)[1];
 }
 template <class V>
 VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {

@@ -13,20 +13,33 @@ using namespace vekvc;
 
 namespace {
 
+// Where rows lie so close that the samples around one run into the next, the order of lines and edges shows: the
+// definition keeps it. No picture has such rows.
+constexpr int kWidestRow = 24;  // samples around the edges of a macroblock: at most 4 before and 16 behind
+template <class T>
+bool rowsMeet(std::ptrdiff_t step) {
+    constexpr std::ptrdiff_t kBytes = kWidestRow * sizeof(T);
+    return step < kBytes && step > -kBytes;
+}
+
 using Filter8u = void (*)(const DeblockOperands<Vek8u>&);
 
-template <Filter8u filter>
+template <Filter8u filter, Filter8u definition>
 VekStatus deblock(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha, const Vek8u* pBeta, const Vek8u* pThresholds,
                   const Vek8u* pBs) {
     if (anyNull(pSrcDst, pAlpha, pBeta, pThresholds, pBs)) return vekStsErrNullPtr;
-    filter({pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs, 255});
+    const DeblockOperands<Vek8u> operands = {pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs, 255};
+    if (rowsMeet<Vek8u>(srcDstStep)) [[unlikely]]
+        definition(operands);
+    else
+        filter(operands);
     return vekStsOk;
 }
 
-template <Filter8u filter>
+template <Filter8u filter, Filter8u definition>
 VekStatus deblock(const VekDeblockingParams8u* p) {
     if (anyNull(p)) return vekStsErrNullPtr;
-    return deblock<filter>(p->pSrcDstPlane, p->srcDstStep, p->pAlpha, p->pBeta, p->pThresholds, p->pBs);
+    return deblock<filter, definition>(p->pSrcDstPlane, p->srcDstStep, p->pAlpha, p->pBeta, p->pThresholds, p->pBs);
 }
 
 // An edge that nothing can cross: no difference is below 0, or no strength is set.
@@ -37,45 +50,51 @@ bool isOff(std::int64_t alpha, const Vek8u* pBs) { return alpha == 0 || load<Vek
 VekStatus vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                         const Vek8u* pBeta, const Vek8u* pThresholds,
                                                         const Vek8u* pBs) {
-    return deblock<kernel::deblockLumaVertical<Vek8u>>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+    return deblock<kernel::deblockLumaVertical<Vek8u>, plain::deblockLumaVertical<Vek8u>>(pSrcDst, srcDstStep, pAlpha,
+                                                                                          pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                         const Vek8u* pBeta, const Vek8u* pThresholds,
                                                         const Vek8u* pBs) {
-    return deblock<kernel::deblockLumaHorizontal<Vek8u>>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+    return deblock<kernel::deblockLumaHorizontal<Vek8u>, plain::deblockLumaHorizontal<Vek8u>>(
+        pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                           const Vek8u* pBeta, const Vek8u* pThresholds,
                                                           const Vek8u* pBs) {
-    return deblock<kernel::deblockChromaVertical<Vek8u>>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+    return deblock<kernel::deblockChromaVertical<Vek8u>, plain::deblockChromaVertical<Vek8u>>(
+        pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma_HorEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                           const Vek8u* pBeta, const Vek8u* pThresholds,
                                                           const Vek8u* pBs) {
-    return deblock<kernel::deblockChromaHorizontal<Vek8u>>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+    return deblock<kernel::deblockChromaHorizontal<Vek8u>, plain::deblockChromaHorizontal<Vek8u>>(
+        pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma_VerEdge_H264_8u_C2IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                           const Vek8u* pBeta, const Vek8u* pThresholds,
                                                           const Vek8u* pBs) {
-    return deblock<kernel::deblockChromaPairsVertical>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+    return deblock<kernel::deblockChromaPairsVertical, plain::deblockChromaPairsVertical>(pSrcDst, srcDstStep, pAlpha,
+                                                                                          pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma_HorEdge_H264_8u_C2IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                           const Vek8u* pBeta, const Vek8u* pThresholds,
                                                           const Vek8u* pBs) {
-    return deblock<kernel::deblockChromaPairsHorizontal>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+    return deblock<kernel::deblockChromaPairsHorizontal, plain::deblockChromaPairsHorizontal>(
+        pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR(const VekDeblockingParams8u* pParams) {
-    return deblock<kernel::deblockChroma422Vertical<Vek8u>>(pParams);
+    return deblock<kernel::deblockChroma422Vertical<Vek8u>, plain::deblockChroma422Vertical<Vek8u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingChroma422HorEdge_H264_8u_C1IR(const VekDeblockingParams8u* pParams) {
-    return deblock<kernel::deblockChroma422Horizontal<Vek8u>>(pParams);
+    return deblock<kernel::deblockChroma422Horizontal<Vek8u>, plain::deblockChroma422Horizontal<Vek8u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u alpha,
@@ -107,10 +126,17 @@ bool anyNullIn(const VekDeblockingParams16u* p) {
 std::ptrdiff_t stepOf(const VekDeblockingParams16u& p) { return std::ptrdiff_t{p.srcDstStep} * 2; }
 int maxSampleOf(const VekDeblockingParams16u& p) { return (1 << (p.bitDepth & 15)) - 1; }
 
-template <void (*filter)(const DeblockOperands<Vek16u>&)>
+using Filter16u = void (*)(const DeblockOperands<Vek16u>&);
+
+template <Filter16u filter, Filter16u definition>
 VekStatus deblock(const VekDeblockingParams16u* p) {
     if (anyNullIn(p)) return vekStsErrNullPtr;
-    filter({p->pSrcDstPlane, stepOf(*p), p->pAlpha, p->pBeta, p->pThresholds, p->pBs, maxSampleOf(*p)});
+    const DeblockOperands<Vek16u> operands = {p->pSrcDstPlane, stepOf(*p), p->pAlpha,      p->pBeta,
+                                              p->pThresholds,  p->pBs,     maxSampleOf(*p)};
+    if (rowsMeet<Vek16u>(stepOf(*p))) [[unlikely]]
+        definition(operands);
+    else
+        filter(operands);
     return vekStsOk;
 }
 
@@ -125,27 +151,27 @@ VekStatus deblockMbaff(const VekDeblockingParams16u* p) {
 }  // namespace
 
 VekStatus vekiFilterDeblockingLumaVerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
-    return deblock<kernel::deblockLumaVertical<Vek16u>>(pParams);
+    return deblock<kernel::deblockLumaVertical<Vek16u>, plain::deblockLumaVertical<Vek16u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingLumaHorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
-    return deblock<kernel::deblockLumaHorizontal<Vek16u>>(pParams);
+    return deblock<kernel::deblockLumaHorizontal<Vek16u>, plain::deblockLumaHorizontal<Vek16u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingChromaVerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
-    return deblock<kernel::deblockChromaVertical<Vek16u>>(pParams);
+    return deblock<kernel::deblockChromaVertical<Vek16u>, plain::deblockChromaVertical<Vek16u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingChromaHorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
-    return deblock<kernel::deblockChromaHorizontal<Vek16u>>(pParams);
+    return deblock<kernel::deblockChromaHorizontal<Vek16u>, plain::deblockChromaHorizontal<Vek16u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingChroma422VerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
-    return deblock<kernel::deblockChroma422Vertical<Vek16u>>(pParams);
+    return deblock<kernel::deblockChroma422Vertical<Vek16u>, plain::deblockChroma422Vertical<Vek16u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingChroma422HorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
-    return deblock<kernel::deblockChroma422Horizontal<Vek16u>>(pParams);
+    return deblock<kernel::deblockChroma422Horizontal<Vek16u>, plain::deblockChroma422Horizontal<Vek16u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingLumaVerEdgeMBAFF_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {

@@ -6,9 +6,12 @@
 
 namespace vekvc {
 
-// No bits in a width but those of the block widths (negative widths have others), whole groups of rows.
-constexpr bool validLumaSize(VekiSize size) { return (size.width & ~28) == 0 && (size.height & 3) == 0; }
-constexpr bool validChromaSize(VekiSize size) { return (size.width & ~14) == 0 && (size.height & 1) == 0; }
+// At least one sample, no bits in a width but those of the block widths, whole groups of rows.
+constexpr bool validSize(VekiSize size, Vek32s widths, Vek32s rows) {
+    return !anyBelow(1, size.width, size.height) && (size.width & ~widths) == 0 && size.height % rows == 0;
+}
+constexpr bool validLumaSize(VekiSize size) { return validSize(size, 4 | 8 | 16, 4); }
+constexpr bool validChromaSize(VekiSize size) { return validSize(size, 2 | 4 | 8, 2); }
 
 constexpr bool validDepth(Vek32s bitDepth) { return !outside(bitDepth, 8, 14); }
 constexpr int maxOfDepth(Vek32s bitDepth) { return (1 << bitDepth) - 1; }

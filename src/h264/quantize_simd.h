@@ -51,13 +51,13 @@ class LevelCounter {
 
 // ---- 16-bit coefficients
 
-// Multipliers of 0 to 32767: |c| * multiplier + f stays below 2^31.
+// |c| * multiplier + f keeps within 32 bits. The multiplier is signed, |c| is not: 32768 is one of its values.
 template <class V>
 VEKVC_SIMD_INLINE V quantized(V c, V multiplier, QuantRounding r) {
     using U = Vec<Vek16u, V::kBytes / 2>;
     using D = Vec<Vek32s, V::kBytes / 4>;
     const V magnitude = abs(c), low = magnitude * multiplier;
-    const V high = as<V>(mulHigh(as<U>(magnitude), as<U>(multiplier)));
+    const V high = as<V>(mulHigh(as<U>(magnitude), as<U>(multiplier))) - (magnitude & (multiplier >> 15));
     const D f = splat<D>(r.f);
     const D first = (as<D>(interleaveLow(low, high)) + f) >> r.qbits,
             second = (as<D>(interleaveHigh(low, high)) + f) >> r.qbits;

@@ -71,8 +71,11 @@ VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(const Vek8u* pSrc1, const V
                                                      Vek32s src1Step, Vek32s src2Step, Vek32s dstStep, Vek32s weight1,
                                                      Vek32s weight2, VekiSize roiSize) {
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
-    kernel::weightTwo<Vek8u>({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, roiSize,
-                             implicitTwo(weight1, weight2), 255);
+    // Rows of the result that overlap are written one after the other.
+    const bool rowsOverlap = dstStep < roiSize.width && dstStep > -roiSize.width;
+    (rowsOverlap ? plain::weightTwo<Vek8u> : kernel::weightTwo<Vek8u>)({pSrc1, src1Step}, {pSrc2, src2Step},
+                                                                       {pDst, dstStep}, roiSize,
+                                                                       implicitTwo(weight1, weight2), 255);
     return vekStsOk;
 }
 

@@ -7,43 +7,38 @@
 
 namespace vekvc {
 
-// ((p1 * weight1 + p2 * weight2 + round) >> shift) + offset. 64 bits hold every value for every argument: a product has
-// at most 47 bits, round at most 60.
+// ((p1 * weight1 + p2 * weight2 + round) >> shift) + offset, where round is half of 2^shift, or 0 for a shift of 0.
 struct Weighting {
-    std::int64_t weight1;
-    std::int64_t weight2;
-    std::int64_t round;
-    int shift;
-    std::int64_t offset;
+    Vek32s weight1;
+    Vek32s weight2;
+    Vek32s offset;
+    int shift;  // at most 60, so that 64 bits hold every value: a product has at most 47 bits
 };
 
-// 2^n. From n = 59 on it exceeds twice any sum of two products, so that the result of a shift is the same for all of
-// them.
+// From a shift of 59 on, 2^shift exceeds twice any sum of two products, and the result is the same for all.
 constexpr int cappedLog(Vek32u n) { return n < 59 ? static_cast<int>(n) : 59; }
-constexpr std::int64_t powerOf2(int n) { return std::int64_t{1} << n; }
 
 // H.264 8.4.2.3.2, one prediction (8-298, 8-299) and two (8-300).
 constexpr Weighting explicitOne(Vek32u logWD, Vek32s weight, Vek32s offset) {
-    const int n = cappedLog(logWD);
-    return {weight, 0, n >= 1 ? powerOf2(n - 1) : 0, n, offset};
+    return {weight, 0, offset, cappedLog(logWD)};
 }
 constexpr Weighting explicitTwo(Vek32u logWD, Vek32s weight1, Vek32s offset1, Vek32s weight2, Vek32s offset2) {
-    const int n = cappedLog(logWD);
-    return {weight1, weight2, powerOf2(n), n + 1, (std::int64_t{offset1} + offset2 + 1) >> 1};
+    const std::int64_t offsets = std::int64_t{offset1} + offset2 + 1;
+    return {weight1, weight2, static_cast<Vek32s>(offsets >> 1), cappedLog(logWD) + 1};
 }
 // The same with the implicit mode's logWD of 5 and offsets of 0.
 constexpr Weighting implicitTwo(Vek32s weight1, Vek32s weight2) { return explicitTwo(5, weight1, 0, weight2, 0); }
 // Unlike explicitTwo: the shift is logWD, and the one offset is added whole.
 constexpr Weighting averageTwo(Vek32s weight1, Vek32s weight2, Vek32u logWD, Vek32s offset) {
-    const int n = cappedLog(logWD);
-    return {weight1, weight2, n >= 1 ? powerOf2(n - 1) : 0, n, offset};
+    return {weight1, weight2, offset, cappedLog(logWD)};
 }
 
 namespace plain {
 
 template <class T>
 T weighted(const Weighting& w, int p1, int p2, int maxSample) {
-    const std::int64_t sum = p1 * w.weight1 + p2 * w.weight2 + w.round;
+    const std::int64_t round = w.shift >= 1 ? std::int64_t{1} << (w.shift - 1) : 0;
+    const std::int64_t sum = p1 * std::int64_t{w.weight1} + p2 * std::int64_t{w.weight2} + round;
     return static_cast<T>(clip3(std::int64_t{0}, std::int64_t{maxSample}, (sum >> w.shift) + w.offset));
 }
 

@@ -8,7 +8,8 @@
 
 namespace vekvc::simd {
 
-// ---- walking over a block: op(a, b) makes the samples of the result; where Op::kOneSource is set, b is a
+// ---- walking over a block: op(a, b) makes the samples of the result; where Op::kOneSource is set, b is a;
+// Op::kRows says how many rows of a width it takes at once
 
 // One column of a block, R rows at a time, then the rows left over one by one.
 template <int W, class Op>
@@ -27,8 +28,9 @@ template <int W, class Op>
             a += R * aStep, out += R * outStep;
         }
     };
-    rows(std::integral_constant<int, kTileRows<W, 4>>());
-    if constexpr (kTileRows < W, 4 >> 1)
+    constexpr int R = Op::template kRows<W>;
+    rows(std::integral_constant<int, R>());
+    if constexpr (R > 1)
         if (height > 0) [[unlikely]]
             rows(std::integral_constant<int, 1>());
 }
@@ -85,6 +87,8 @@ B lastColumn(const B& block, int width) {
 
 struct Average {
     static constexpr bool kOneSource = false;
+    template <int W>
+    static constexpr int kRows = kTileRows<W, 4>;
     template <class U>
     [[gnu::always_inline]] U operator()(U a, U b) const {
         return average(a, b);
@@ -106,10 +110,13 @@ template <class T>
 
 // ---- weights
 
-// Sums in 16 bits. Where round is half of 2^shift, (sum + round) >> shift = (sum * 2^(15 - shift) + 2^14) >> 15.
+// Sums in 16 bits: (sum + half of 2^shift) >> shift = (sum * 2^(15 - shift) + 2^14) >> 15. One prediction is two halves of
+// itself, so that a weight of 128 has room in two bytes.
 template <bool oneSource>
 struct Weigh16 {
     static constexpr bool kOneSource = oneSource;
+    template <int W>
+    static constexpr int kRows = kWideTileRows<W, 4>;
     int weights;  // weight1 and weight2, a byte each
     int factor;   // 2^(15 - shift)
     int offset;
@@ -125,17 +132,28 @@ struct Weigh16 {
         return narrowU8(addSat(low, added), addSat(high, added));
     }
 
-    // Can this do it? The products must fit bytes, their sums 16 bits. A shift of 0 is one of 1 with twice the weights.
+    // Can this do it? Each weight must fit a byte and the sums 16 bits: 255 * 128 = 32640. Weights of different signs keep
+    // within that by themselves. A shift of 0 is one of 1 with twice the weights.
     [[gnu::always_inline]] static bool fits(const Weighting& w, Weigh16& result) {
-        const int doubled = w.shift == 0, shift = w.shift + doubled;
-        const std::int64_t twice1 = w.weight1 << doubled, twice2 = w.weight2 << doubled;
-        const auto isByte = [](std::int64_t x) { return x >= -128 && x <= 127; };
-        if (!isByte(twice1) || !isByte(twice2) || shift > 14) return false;
-        if (w.offset < -32768 || w.offset > 32767) return false;
-        const int w1 = static_cast<int>(twice1), w2 = static_cast<int>(twice2);
-        const int most = (w1 > 0 ? w1 : 0) + (w2 > 0 ? w2 : 0), least = w1 + w2 - most;
-        if (most > 128 || least < -128) return false;  // 255 * 128 = 32640
-        result = {(w1 & 255) | w2 * 256, 1 << (15 - shift), static_cast<int>(w.offset)};
+        constexpr Vek32u kMost = 128;
+        const auto within = [](Vek32s x, Vek32u limit) { return static_cast<Vek32u>(x) + limit <= 2 * limit; };
+        if (!within(w.offset, 32767) || static_cast<Vek32u>(w.shift) > 14) return false;
+        const int doubled = w.shift == 0;
+        Vek32s w1 = w.weight1, w2 = w.weight2;
+        if constexpr (oneSource) {
+            if (!within(w1, kMost >> doubled)) return false;
+            w1 <<= doubled;
+            w2 = w1 - (w1 >> 1);
+            w1 >>= 1;
+        } else {
+            const auto isByte = [&](Vek32s x) {
+                return static_cast<Vek32u>(x) + (kMost >> doubled) < 2 * (kMost >> doubled);
+            };
+            if (!isByte(w1) || !isByte(w2) || !within(w1 + w2, kMost >> doubled)) return false;
+            w1 <<= doubled;
+            w2 <<= doubled;
+        }
+        result = {(w1 & 255) | w2 * 256, 1 << (15 - doubled) >> w.shift, w.offset};
         return true;
     }
 };
@@ -143,6 +161,8 @@ struct Weigh16 {
 // Sums in 32 bits, of samples of at most 14 bits.
 struct Weigh32 {
     static constexpr bool kOneSource = false;
+    template <int W>
+    static constexpr int kRows = kWideTileRows<W, 4>;
     int weights;  // 16 bits each
     int round, shift, offset;
     int maxSample;
@@ -168,13 +188,11 @@ struct Weigh32 {
 
     // Two products are below 2^30 in magnitude where the weights have 16 bits.
     static bool fits(const Weighting& w, int maxSample, Weigh32& result) {
-        const auto isShort = [](std::int64_t x) { return x >= -32768 && x <= 32767; };
-        if (!isShort(w.weight1) || !isShort(w.weight2) || w.shift > 30 || w.round > 1 << 29) return false;
+        const auto isShort = [](Vek32s x) { return x >= -32768 && x <= 32767; };
+        if (!isShort(w.weight1) || !isShort(w.weight2) || w.shift > 30) return false;
         if (w.offset < -(1 << 29) || w.offset > 1 << 29) return false;
-        const auto low = static_cast<std::uint32_t>(w.weight1) & 0xFFFF, high = static_cast<std::uint32_t>(w.weight2)
-                                                                                << 16;
-        result = {static_cast<int>(low | high), static_cast<int>(w.round), w.shift, static_cast<int>(w.offset),
-                  maxSample};
+        const Vek32u low = static_cast<Vek32u>(w.weight1) & 0xFFFF, high = static_cast<Vek32u>(w.weight2) << 16;
+        result = {static_cast<int>(low | high), w.shift >= 1 ? 1 << (w.shift - 1) : 0, w.shift, w.offset, maxSample};
         return true;
     }
 };
@@ -196,12 +214,10 @@ template <class T, bool oneSource = false>
     weightAnyWidth(src1, src2, dst, size, w, maxSample);
 }
 
-// One prediction is two halves of itself: a weight of 128 has room in two bytes.
 template <class T>
 [[gnu::always_inline]] inline void weightOne(Block<T> src, MutableBlock<T> dst, VekiSize size, const Weighting& w,
                                              int maxSample) {
-    const std::int64_t half = w.weight1 >> 1;
-    weightTwo<T, true>(src, src, dst, size, {half, w.weight1 - half, w.round, w.shift, w.offset}, maxSample);
+    weightTwo<T, true>(src, src, dst, size, w, maxSample);
 }
 
 }  // namespace vekvc::simd

@@ -1,4 +1,5 @@
 // The block writers (ISO 13818-2 7.2 from the encoder's side). One form: their work is the bit writer's.
+#include <algorithm>
 #include <bit>
 
 #include "core/arith.h"
@@ -22,7 +23,8 @@ struct RunLevelWriter {
             const Vek32s* const centre = offsetBytes(table, load<Vek32s>(table + 1 + run));
             if (static_cast<Vek32s>(magnitude(level)) <= load<Vek32s>(centre)) {
                 const auto code = load<Vek32u>(centre + level);
-                writer.put(code >> 16, static_cast<int>(code & 0xFFFF));
+                // A place that no code was entered at may hold any word.
+                writer.put(code >> 16, static_cast<int>(std::min(code & 0xFFFF, 32u)));
                 return;
             }
         }

@@ -26,7 +26,7 @@ VekStatus buildEncodeTable(CodeList list, VekRLEncodeTable** ppDstSpec) {
     const std::int64_t size = 2 * std::int64_t{maxRun} + records + 3;
     if (size > INT32_MAX / 4) return vekStsErrMemAlloc;
     auto* const table = static_cast<Vek32s*>(vekMalloc(static_cast<int>(4 * size)));
-    auto* const half = static_cast<Vek32s*>(vekMalloc(4 * (maxRun + 1)));  // half the number of records, by run
+    auto* const half = static_cast<Vek32s*>(vekMalloc(4 * (maxRun + 1)));  // by run: half the number of records
     if (anyNull(table, half)) {
         vekFree(half);
         vekFree(table);
@@ -46,17 +46,25 @@ VekStatus buildEncodeTable(CodeList list, VekRLEncodeTable** ppDstSpec) {
     for (Vek32s run = 0; run <= maxRun; ++run) {
         half[run] /= 2;
         offsets[run] = 4 * (section + half[run]);
-        table[section + half[run]] = -1;
         section += 2 * half[run] + 1;
     }
+    // Codes go to their places as far as the table reaches; words of other sections give way, centres do not.
+    const auto centreOf = [&](Vek32s run) { return std::int64_t{offsets[run] / 4}; };
+    const auto inside = [&](std::int64_t word) { return word >= maxRun + 2 && word < size; };
     for (list.rewind(); list.next(record);) {
-        if (!ordinary(record) || record.level == 0) continue;
-        const Vek32u distance = magnitude(record.level);
-        if (distance > static_cast<Vek32u>(half[record.value])) continue;
-        Vek32s* const centre = table + offsets[record.value] / 4;
-        centre[record.level] = packed(record, 16);
-        if (static_cast<Vek32s>(distance) > *centre) *centre = static_cast<Vek32s>(distance);
+        if (!ordinary(record)) continue;
+        if (const std::int64_t word = centreOf(record.value) + record.level; inside(word))
+            table[word] = packed(record, 16);
     }
+    // The largest level goes no further than a reader may look on both sides of the centre.
+    for (Vek32s run = 0; run <= maxRun; ++run) half[run] = -1;
+    for (list.rewind(); list.next(record);) {
+        if (!ordinary(record)) continue;
+        const std::int64_t distance = magnitude(record.level), centre = centreOf(record.value);
+        if (distance > half[record.value] && centre - distance >= 0 && centre + distance < size)
+            half[record.value] = static_cast<Vek32s>(distance);
+    }
+    for (Vek32s run = 0; run <= maxRun; ++run) table[centreOf(run)] = half[run];
     vekFree(half);
     store(ppDstSpec, table);
     return vekStsOk;

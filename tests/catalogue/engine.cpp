@@ -77,6 +77,15 @@ void catchFaults() {
     (void)installed;
 }
 
+// Calls the function; false if a fault stopped it. By itself, so that no object lives across the jump.
+[[gnu::noinline]] bool callGuarded(Thunk thunk, void* function, const Slot* slots, VekStatus& status) {
+    if (sigsetjmp(landing, 1) != 0) return false;
+    armed = 1;
+    status = thunk(function, slots);
+    armed = 0;
+    return true;
+}
+
 // ---- content
 
 // One sample drawn in a style: noise, flat extremes, mixed extremes, near the middle, small.
@@ -341,11 +350,7 @@ Outcome Instance::run(void* function) {
     catchFaults();
     restore();
     Outcome outcome;
-    if (sigsetjmp(landing, 1) == 0) {
-        armed = 1;
-        outcome.status = row_.thunk(function, slots_.data());
-        armed = 0;
-    } else {
+    if (!callGuarded(row_.thunk, function, slots_.data(), outcome.status)) {
         outcome.fault = std::string(strsignal(caughtSignal)) + explainFault(caughtAddress);
         return outcome;
     }

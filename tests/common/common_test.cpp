@@ -181,7 +181,7 @@ TEST(Search, RoundsTheCountAndFindsTheFirstUnsignedMinimum) {
     EXPECT_EQ(sads[8], 255 * 256 - 16);  // as the search before left it: 15 acts as 8
 
     std::vector<Vek8u> twoMinima(32, 100);
-    for (const std::size_t at : {3, 4, 5, 6, 11, 12, 13, 14}) twoMinima[at] = 0;
+    for (const std::size_t at : {3u, 4u, 5u, 6u, 11u, 12u, 13u, 14u}) twoMinima[at] = 0;
     ASSERT_EQ(vekiSAD4x4xNI_8u16u_C1R(source.data(), 16, twoMinima.data(), flat, sads.data(), 16, &index), vekStsOk);
     EXPECT_EQ(index, 3u);
 }

@@ -29,18 +29,10 @@ void Payload::assign(const std::uint8_t* nal, std::size_t bytes) {
 BitReader::BitReader(const Payload& payload)
     : base_(const_cast<Vek32u*>(payload.words().data())), word_(base_), end_(payload.bits()) {}
 
-std::size_t BitReader::position() const {
-    return static_cast<std::size_t>(word_ - base_) * 32 + static_cast<std::size_t>(31 - offset_);
-}
-
-void BitReader::skip(std::size_t bits) {
-    const std::size_t to = position() + bits;
-    word_ = base_ + to / 32;
-    offset_ = 31 - static_cast<Vek32s>(to % 32);
-}
+void BitReader::throwEnd() { throw BadSyntax("the data ends inside a syntax element"); }
 
 std::uint32_t BitReader::u(int n) {
-    if (position() + static_cast<std::size_t>(n) > end_) throw BadSyntax("the data ends inside a syntax element");
+    if (position() + static_cast<std::size_t>(n) > end_) throwEnd();
     if (n == 0) return 0;
     const std::uint64_t window = std::uint64_t{word_[0]} << 32 | word_[1];
     const std::uint64_t bits = window << (31 - offset_) >> (64 - n);
@@ -48,18 +40,11 @@ std::uint32_t BitReader::u(int n) {
     return static_cast<std::uint32_t>(bits);
 }
 
-std::uint32_t BitReader::ue() {
+std::uint32_t BitReader::longUe() {
     Vek32s value = 0;
     if (beyondEnd() || vekiDecodeExpGolombOne_H264_1u32s(&word_, &offset_, &value, 0) != vekStsOk || beyondEnd())
         throw BadSyntax("no valid Exp-Golomb code");
     return static_cast<std::uint32_t>(value);
-}
-
-std::int32_t BitReader::se() {
-    Vek32s value = 0;
-    if (beyondEnd() || vekiDecodeExpGolombOne_H264_1u32s(&word_, &offset_, &value, 1) != vekStsOk || beyondEnd())
-        throw BadSyntax("no valid Exp-Golomb code");
-    return value;
 }
 
 int BitReader::ue(const char* element, std::uint32_t most) {

@@ -130,7 +130,10 @@ void Decoder::handleSlice(const NalUnit& nal) {
         const int structure = !header.fieldPic ? kFrame : header.bottomField ? kBottomField : kTopField;
         const std::size_t count = picture_->mbs.size() / (header.fieldPic ? 2 : 1);
         const std::size_t first = structure == kBottomField ? count : 0;
-        for (std::size_t i = 0; i < count; ++i) picture_->mbs[first + i] = Macroblock{};
+        for (std::size_t i = 0; i < count; ++i) {
+            picture_->mbs[first + i].type = MbType::Missing;
+            picture_->mbs[first + i].field = header.fieldPic;
+        }
         if (header.pps->numSliceGroups > 1) makeSliceGroupMap(header, sliceGroupMap_);
         ++statistics_.pictures;
     }

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "slice.h"
 
@@ -10,6 +12,7 @@ namespace vekdec::h264 {
 
 // Where and why a slice broke off; the macroblocks before it are decoded.
 struct SliceDamage {
+    SliceDamage(int address, std::string why) : mbAddress(address), reason(std::move(why)) {}
     int mbAddress;
     std::string reason;
 };

@@ -71,8 +71,8 @@ void drawOverlay(Image& image, const Frame& frame, Overlay overlay) {
                     const int bx = block % 4, by = block / 4;
                     if (mb.refIdx[list][bx / 2 + by / 2 * 2] < 0) continue;
                     const MotionVector mv = mb.mv[list][block];
-                    const bool sameAsOthers = block % 5 != 0 && mv == mb.mv[list][0];
-                    if (sameAsOthers) continue;
+                    // One line for neighbouring blocks that move alike.
+                    if ((bx > 0 && mv == mb.mv[list][block - 1]) || (by > 0 && mv == mb.mv[list][block - 4])) continue;
                     const int fromX = x + 4 * bx + 2, fromY = y(4 * by + 2);
                     line(image, fromX, fromY, fromX + mv.x / 4, fromY + mv.y / 4 * at.rowDistance,
                          list == 0 ? Colour{90, 255, 90} : Colour{255, 120, 255});

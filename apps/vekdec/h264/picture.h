@@ -20,6 +20,9 @@ struct MotionVector {
 
 enum class MbType : std::uint8_t { Missing, I4x4, I8x8, I16x16, IPcm, Inter };
 
+// How the motion of an inter macroblock divides it: what may differ across its inner edges. Smaller: below 8x8.
+enum class Partitioning : std::uint8_t { Whole, Rows16x8, Columns8x16, Quadrants, Smaller };
+
 // One macroblock as the steps after parsing need it. Blocks 4x4 are in raster order here (x + 4 * y in units of 4
 // samples), quadrants 8x8 likewise (x + 2 * y).
 struct Macroblock {
@@ -27,6 +30,7 @@ struct Macroblock {
     bool field = false;  // field macroblock of an MBAFF frame, or any macroblock of a field picture
     bool skipped = false;
     bool transform8x8 = false;
+    Partitioning partitioning = Partitioning::Whole;
     bool bypass = false;          // TransformBypassModeFlag
     std::uint16_t slice = 0;      // number of its slice in the picture; index into Picture::slices
     std::int8_t qp = 0;           // QPY
@@ -39,7 +43,6 @@ struct Macroblock {
     std::uint16_t nonZero = 0;            // 4x4 luma blocks (8x8: all four of the quadrant) with coefficients, for bS 2
     std::int8_t refIdx[2][4] = {};        // per quadrant; -1: not used
     std::int8_t refPicId[2][4] = {};      // which picture that is: 4 * Picture::id + Structure; -1: none
-    std::uint8_t subDirect = 0;  // quadrants predicted in direct mode (bit per quadrant), as a spatial neighbour sees
     MotionVector mv[2][16];      // raster order
     bool intra() const { return type >= MbType::I4x4 && type <= MbType::IPcm; }
 };

@@ -141,6 +141,7 @@ void PictureBuffer::fillFrameNumGap(const SliceHeader& slice) {
         gap.pps = slice.pps;
         gap.nalRefIdc = 1;
         gap.frameNum = missing;
+        deriveFrameNumWrap(pictures_, gap);
         slidingWindow();
         const Picture* like = previous_;
         Picture& picture = allocate(*slice.sps);

@@ -57,11 +57,11 @@ Argument sourceStep(std::vector<std::string> planes) {
 Argument lumaSize() {
     return size("roiSize",
                 {{4, 4}, {4, 8}, {8, 4}, {8, 8}, {8, 16}, {16, 8}, {16, 16}, {12, 4}, {20, 12}, {24, 32}, {28, 20}})
-        .badSize({{2, 4}, {5, 4}, {32, 4}, {-4, 4}, {4, 2}, {8, 15}}, vekStsErrSize);
+        .badSize({{2, 4}, {5, 4}, {32, 4}, {-4, 4}, {4, 2}, {8, 15}, {0, 4}, {4, 0}, {4, -4}}, vekStsErrSize);
 }
 Argument chromaSize() {
     return size("roiSize", {{2, 2}, {2, 4}, {4, 2}, {4, 4}, {4, 8}, {8, 4}, {8, 8}, {8, 16}, {6, 2}, {10, 6}, {14, 32}})
-        .badSize({{1, 2}, {3, 2}, {16, 2}, {-2, 2}, {2, 1}, {8, 15}}, vekStsErrSize);
+        .badSize({{1, 2}, {3, 2}, {16, 2}, {-2, 2}, {2, 1}, {8, 15}, {0, 2}, {2, 0}, {2, -2}}, vekStsErrSize);
 }
 Argument fraction(const char* name, int units) {
     return range(name, 0, units - 1).bad({-1, units, 1 << 20}, vekStsErrBadArg);

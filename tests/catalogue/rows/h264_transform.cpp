@@ -10,8 +10,8 @@ Argument unsignedQp(int max) { return range("QP", 0, max).bad({max + 1, -1, INT3
 Argument qpDiv6(int max) { return range("QPdiv6", 0, max).bad({-1, max + 1, INT32_MIN, INT32_MAX}, vekStsErrQPRange); }
 Argument flag(const char* name) { return oneOf(name, {0, 0, 1, 1, -2}); }
 Argument scanPos(int n) { return in<Vek16s>("pScanPos", count(n)).of(0, n - 1); }
-Argument scale(int n) { return in<Vek16s>("pScale", count(n)).of(0, 32767); }
-Argument optionalScale(int n) { return in<Vek16s>("pScale", whenGiven("pScale", n)).of(0, 32767).nullable(); }
+Argument scale(int n) { return in<Vek16s>("pScale", count(n)).of(-32768, 32767); }
+Argument optionalScale(int n) { return in<Vek16s>("pScale", whenGiven("pScale", n)).of(-32768, 32767).nullable(); }
 template <class T>
 Argument counter(const char* name) {
     return out<T>(name, count(1));

@@ -1,0 +1,503 @@
+#include "macroblock_layer.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "direct_prediction.h"
+#include "inter_prediction.h"
+#include "intra_modes.h"
+#include "reconstruction.h"
+
+namespace vekdec::h264 {
+namespace {
+
+// Prediction lists of a partition.
+enum : std::uint8_t { kL0 = 1, kL1 = 2, kBi = 3 };
+
+// Table 7-14, mb_type 4 to 21 in pairs of 16x8 and 8x16: the lists of the two partitions.
+constexpr std::uint8_t kPartitionLists[9][2] = {{kL0, kL0}, {kL1, kL1}, {kL0, kL1}, {kL1, kL0}, {kL0, kBi},
+                                                {kL1, kBi}, {kBi, kL0}, {kBi, kL1}, {kBi, kBi}};
+// Tables 7-17 and 7-18: a sub-macroblock's lists and the size of its blocks in units of 4 samples.
+struct SubMbType {
+    std::uint8_t lists, w, h;
+};
+constexpr SubMbType kSubMbTypesP[4] = {{kL0, 2, 2}, {kL0, 2, 1}, {kL0, 1, 2}, {kL0, 1, 1}};
+constexpr SubMbType kSubMbTypesB[13] = {{0, 0, 0},   {kL0, 2, 2}, {kL1, 2, 2}, {kBi, 2, 2}, {kL0, 2, 1},
+                                        {kL0, 1, 2}, {kL1, 2, 1}, {kL1, 1, 2}, {kBi, 2, 1}, {kBi, 1, 2},
+                                        {kL0, 1, 1}, {kL1, 1, 1}, {kBi, 1, 1}};
+
+// Table 9-4: coded_block_pattern by codeNum, [0] Intra, [1] Inter; with chroma and in monochrome.
+constexpr std::uint8_t kCodedBlockPattern[2][48] = {
+    {47, 31, 15, 0,  23, 27, 29, 30, 7, 11, 13, 14, 39, 43, 45, 46, 16, 3,  5,  10, 12, 19, 21, 26,
+     28, 35, 37, 42, 44, 1,  2,  4,  8, 17, 18, 20, 24, 6,  9,  22, 25, 32, 33, 34, 36, 40, 38, 41},
+    {0,  16, 1,  2,  4,  8,  32, 3,  5,  10, 12, 15, 47, 7,  11, 13, 14, 6,  9,  31, 35, 37, 42, 44,
+     33, 34, 36, 40, 39, 43, 45, 46, 17, 18, 20, 24, 19, 21, 26, 28, 23, 27, 29, 30, 22, 25, 38, 41}};
+constexpr std::uint8_t kCodedBlockPatternMonochrome[2][16] = {{15, 0, 7, 11, 13, 14, 3, 5, 10, 12, 1, 2, 4, 8, 6, 9},
+                                                              {0, 1, 2, 4, 8, 3, 5, 10, 12, 15, 7, 11, 13, 14, 6, 9}};
+
+}  // namespace
+
+// The slice data being decoded. Buffers are as large as any macroblock needs, for good.
+struct SliceDecoder::State {
+    CavlcTables tables;
+    LevelScales scales;
+    SliceContext context;
+    CurrentMacroblock current;
+    Neighbours neighbours;
+    MotionCache motion;
+    Residual<Vek16s> residual16;
+    Residual<Vek32s> residual32;
+    BitReader* bits = nullptr;
+    bool inMacroblock = false;  // one is begun and not yet whole
+    int qp = 0;                 // QPY of the macroblock before
+    int qpBdOffsetY = 0, qpBdOffsetC = 0;
+    std::int8_t chromaQps[2][52 + 36];  // QPc of Cb and Cr by QPY + QpBdOffsetY
+    bool wide = false;                  // samples of 16 bits
+    int planes = 1, mbWidth[3] = {}, mbHeight[3] = {};
+
+    void decodeSlice(BitReader& reader, const Slice& slice);
+
+  private:
+    bool isB() const { return context.slice->header.type == SliceType::B; }
+    int nextAddress(int address) const;
+    void start(int address, bool field);
+    void decodeSkipped(int address, bool field);
+    void decodeMacroblock(int address, bool field);
+    void setQp(Macroblock& mb) const;
+
+    void parseIntra(unsigned mbType);
+    void parsePcm();
+    void parseInter(unsigned mbType);
+    void parsePartitions(Partitioning partitioning, const std::uint8_t* lists);
+    void parseSubMacroblocks(bool refsAreZero);
+    void parsePatternAndResidual(bool transform8x8Allowed);
+    int parseRefIdx(std::size_t list);
+    MotionVector parseMvd(MotionVector predicted);
+    void predictDirect();
+    void storeMotion();
+    void finishInter();
+
+    int unit_ = -1, column_ = 0, row_ = 0;  // the last macroblock (pair) and its place
+};
+
+// NextMbAddress (8.2.2), in MBAFF frames of pairs.
+int SliceDecoder::State::nextAddress(int address) const {
+    const auto* map = context.slice->mbToSliceGroupMap;
+    if (map == nullptr) return address + 1;
+    if (context.mbaff && address % 2 == 0) return address + 1;
+    const int unit = context.mbaff ? 2 : 1, count = context.mbCount / unit;
+    int i = address / unit;
+    const std::uint8_t group = (*map)[static_cast<std::size_t>(i)];
+    do ++i;
+    while (i < count && (*map)[static_cast<std::size_t>(i)] != group);
+    return i * unit;
+}
+
+// Places a macroblock and finds its neighbours.
+void SliceDecoder::State::start(int address, bool field) {
+    Picture& picture = *context.picture;
+    const int width = context.widthInMbs;
+    const bool fieldPicture = context.slice->structure != kFrame;
+    Macroblock& mb = context.mbs[address];
+    inMacroblock = true;
+    static constexpr Macroblock kBlank;
+    std::memcpy(static_cast<void*>(&mb), &kBlank, offsetof(Macroblock, mv));  // vectors are stored where they count
+    mb.field = field || fieldPicture;
+    mb.slice = static_cast<std::uint16_t>(context.slice->number);
+    current.mb = &mb;
+    current.address = address;
+    current.bottom = context.mbaff && address % 2 != 0;
+    current.view = context.mbaff && field ? (current.bottom ? kFromBottomField : kFromTopField) : kAsListed;
+    current.step = mb.field ? 2 : 1;
+    const int unit = context.mbaff ? address / 2 : address;
+    if (unit == unit_ + 1) {  // saves the division
+        if (++column_ == width) {
+            column_ = 0;
+            ++row_;
+        }
+    } else if (unit != unit_) {
+        column_ = unit % width;
+        row_ = unit / width;
+    }
+    unit_ = unit;
+    current.x = 16 * column_;
+    int macroblockRow = row_, parityRow = 0;  // where it begins in the frame: in macroblocks, and a row more or none
+    if (context.mbaff) {
+        current.y = field ? 16 * row_ : 32 * row_ + 16 * current.bottom;
+        macroblockRow = 2 * row_ + (!field && current.bottom);
+        parityRow = field && current.bottom;
+    } else {
+        current.y = 16 * row_;
+        if (fieldPicture) macroblockRow = 2 * row_;
+        parityRow = context.slice->structure == kBottomField;
+    }
+    for (int i = 0; i < planes; ++i) {
+        const PlaneMemory& plane = picture.plane[i];
+        current.plane[i] = plane.data + plane.stride * (macroblockRow * mbHeight[i] + parityRow) +
+                           column_ * mbWidth[i] * picture.bytesPerSample;
+        current.planeStep[i] = static_cast<int>(plane.stride) * current.step;
+    }
+    findNeighbours(context, current, neighbours);
+}
+
+void SliceDecoder::State::setQp(Macroblock& mb) const {
+    mb.qp = static_cast<std::int8_t>(qp);
+    for (std::size_t i = 0; i < 2; ++i) mb.qpc[i] = chromaQps[i][qp + qpBdOffsetY];
+}
+
+// ---- slice_data(), 7.3.4
+
+void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice) {
+    bits = &reader;
+    inMacroblock = false;
+    context.begin(slice);
+    scales.update(context.pps->scaling);
+    qp = slice.header.sliceQp;
+    qpBdOffsetY = 6 * (context.sps->bitDepthLuma - 8);
+    qpBdOffsetC = 6 * (context.sps->bitDepthChroma - 8);
+    wide = context.sps->bitDepth() > 8;
+    planes = context.sps->chromaFormatIdc == 0 ? 1 : 3;
+    for (int i = 0; i < 3; ++i) {
+        mbWidth[i] = i == 0 ? 16 : context.sps->chromaWidthMb();
+        mbHeight[i] = i == 0 ? 16 : context.sps->chromaHeightMb();
+    }
+    for (std::size_t i = 0; i < 2; ++i)
+        for (int q = -qpBdOffsetY; q <= 51; ++q)
+            chromaQps[i][q + qpBdOffsetY] =
+                static_cast<std::int8_t>(chromaQp(q, context.pps->chromaQpIndexOffset[i], qpBdOffsetC));
+    unit_ = -2;
+    const bool mbaff = context.mbaff;
+    int address = slice.header.firstMbInSlice * (mbaff ? 2 : 1);
+    current.address = address;
+    bool field = false;       // mb_field_decoding_flag of the pair
+    bool topSkipped = false;  // the pair's flag may still come with its bottom macroblock
+    const auto more = [&] {
+        current.address = address;
+        if (address >= context.mbCount) throw BadSyntax("macroblocks behind the end of the picture");
+    };
+    for (;;) {
+        if (slice.header.type != SliceType::I) {
+            int run = bits->ue("mb_skip_run", static_cast<unsigned>(context.mbCount));
+            const bool skipped = run > 0;
+            for (; run > 0; --run) {
+                more();
+                if (mbaff && address % 2 == 0) {
+                    // The flag of a pair whose bottom macroblock is coded stands in front of that one.
+                    BitReader ahead = *bits;
+                    field = run == 1 && bits->moreRbspData() ? ahead.flag() : inferFieldDecodingFlag(context, address);
+                    topSkipped = true;
+                }
+                decodeSkipped(address, field);
+                address = nextAddress(address);
+            }
+            if (skipped && !bits->moreRbspData()) return;
+        }
+        more();
+        if (mbaff && (address % 2 == 0 || topSkipped)) field = bits->flag();
+        topSkipped = false;
+        decodeMacroblock(address, field);
+        if (bits->beyondEnd()) throw BadSyntax("the data ends inside a macroblock");
+        inMacroblock = false;
+        address = nextAddress(address);
+        if (!bits->moreRbspData()) return;
+    }
+}
+
+void SliceDecoder::State::decodeSkipped(int address, bool field) {
+    start(address, field);
+    Macroblock& mb = *current.mb;
+    mb.skipped = true;
+    setQp(mb);
+    gatherMotion(neighbours, mb.field, isB() ? 2 : 1, motion);
+    if (isB()) {
+        predictDirect();
+    } else {
+        if (context.referenceCount[current.view][0] == 0) throw BadSyntax("a skipped macroblock without references");
+        const MotionVector mv = predictSkipped(motion);
+        motion.fill(0, 0, 0, 4, 4, 0, mv);
+        mb.partitioning = Partitioning::Whole;
+    }
+    storeMotion();
+    finishInter();
+    mb.type = MbType::Inter;
+    inMacroblock = false;
+}
+
+// ---- macroblock_layer(), 7.3.5
+
+void SliceDecoder::State::decodeMacroblock(int address, bool field) {
+    start(address, field);
+    setQp(*current.mb);
+    const SliceType type = context.slice->header.type;
+    const unsigned mbType = bits->ue();
+    const unsigned inter = type == SliceType::I ? 0 : type == SliceType::P ? 5 : 23;
+    if (mbType >= inter + 26) throw BadSyntax("mb_type is " + std::to_string(mbType));
+    if (mbType >= inter)
+        parseIntra(mbType - inter);
+    else
+        parseInter(mbType);
+}
+
+void SliceDecoder::State::parseIntra(unsigned mbType) {
+    Macroblock& mb = *current.mb;
+    for (auto& list : mb.refIdx) std::memset(list, -1, sizeof list);
+    for (auto& list : mb.refPicId) std::memset(list, -1, sizeof list);
+    const bool constrained = context.pps->constrainedIntraPred;
+    if (mbType == 25) {
+        parsePcm();
+        return;
+    }
+    if (mbType == 0) {
+        mb.transform8x8 = context.pps->transform8x8Mode && bits->flag();
+        mb.type = mb.transform8x8 ? MbType::I8x8 : MbType::I4x4;
+        parseIntraModes(*bits, neighbours, constrained, mb);
+    } else {
+        mb.type = MbType::I16x16;
+        mb.predMode16x16 = static_cast<std::uint8_t>((mbType - 1) % 4);
+        mb.codedBlockPattern = static_cast<std::uint8_t>((mbType - 1) / 4 % 3 << 4 | (mbType >= 13 ? 15 : 0));
+    }
+    if (context.sps->chromaFormatIdc != 0)
+        mb.predModeChroma = static_cast<std::uint8_t>(bits->ue("intra_chroma_pred_mode", 3));
+    parsePatternAndResidual(false);
+    const unsigned edges = intraEdgeFlags(neighbours, constrained, mb.field);
+    if (wide)
+        reconstruct<Vek16u>(context, current, edges, scales, residual32);
+    else
+        reconstruct<Vek8u>(context, current, edges, scales, residual16);
+}
+
+void SliceDecoder::State::parsePcm() {
+    Macroblock& mb = *current.mb;
+    while (bits->position() % 8 != 0) bits->flag();
+    for (int i = 0; i < planes; ++i) {
+        const int depth = i == 0 ? context.sps->bitDepthLuma : context.sps->bitDepthChroma;
+        for (int y = 0; y < mbHeight[i]; ++y) {
+            std::uint8_t* row = current.plane[i] + std::ptrdiff_t{current.planeStep[i]} * y;
+            for (int x = 0; x < mbWidth[i]; ++x) {
+                const std::uint32_t sample = bits->u(depth);
+                if (wide)
+                    reinterpret_cast<std::uint16_t*>(row)[x] = static_cast<std::uint16_t>(sample);
+                else
+                    row[x] = static_cast<std::uint8_t>(sample);
+            }
+        }
+    }
+    mb.type = MbType::IPcm;
+    std::memset(mb.totalCoeff, 16, sizeof mb.totalCoeff);
+    std::memset(mb.totalCoeffC, 16, sizeof mb.totalCoeffC);
+    mb.codedBlockPattern = 0x2f;
+    mb.nonZero = 0xffff;
+    // The deblocking filter sees a QPY of 0; the next macroblock's prediction does not (7.4.5, 8.7.2.2).
+    const int before = qp;
+    qp = 0;
+    setQp(mb);
+    qp = before;
+}
+
+// coded_block_pattern, transform_size_8x8_flag, mb_qp_delta and the residual.
+void SliceDecoder::State::parsePatternAndResidual(bool transform8x8Allowed) {
+    Macroblock& mb = *current.mb;
+    const int chromaFormatIdc = context.sps->chromaFormatIdc;
+    if (mb.type != MbType::I16x16) {
+        const bool monochrome = chromaFormatIdc == 0;
+        const int code = bits->ue("coded_block_pattern", monochrome ? 15 : 47);
+        const bool inter = !mb.intra();
+        mb.codedBlockPattern = monochrome ? kCodedBlockPatternMonochrome[inter][code] : kCodedBlockPattern[inter][code];
+        if (inter && transform8x8Allowed && context.pps->transform8x8Mode && (mb.codedBlockPattern & 15) != 0)
+            mb.transform8x8 = bits->flag();
+    } else if (chromaFormatIdc == 0) {
+        mb.codedBlockPattern &= 15;
+    }
+    residual16.coded = residual16.codedChroma = residual32.coded = residual32.codedChroma = 0;
+    if (mb.codedBlockPattern != 0 || mb.type == MbType::I16x16) {
+        const int delta = bits->se("mb_qp_delta", -26 - qpBdOffsetY / 2, 25 + qpBdOffsetY / 2);
+        const int range = 52 + qpBdOffsetY;
+        qp = (qp + delta + range + qpBdOffsetY) % range - qpBdOffsetY;
+        setQp(mb);
+        mb.bypass = context.sps->losslessQpprime && qp + qpBdOffsetY == 0;
+        if (wide)
+            parseResidual(*bits, tables, neighbours, chromaFormatIdc, mb, residual32);
+        else
+            parseResidual(*bits, tables, neighbours, chromaFormatIdc, mb, residual16);
+    } else {
+        mb.bypass = context.sps->losslessQpprime && qp + qpBdOffsetY == 0;
+    }
+}
+
+// ---- inter macroblocks: mb_pred() and sub_mb_pred(), 7.3.5.1, 7.3.5.2
+
+void SliceDecoder::State::parseInter(unsigned mbType) {
+    Macroblock& mb = *current.mb;
+    gatherMotion(neighbours, mb.field, isB() ? 2 : 1, motion);
+    bool transform8x8Allowed = true;
+    if (isB() && mbType == 0) {
+        predictDirect();
+        transform8x8Allowed = context.sps->direct8x8Inference;
+    } else if (mbType == (isB() ? 22u : 3u) || (!isB() && mbType == 4)) {
+        parseSubMacroblocks(!isB() && mbType == 4);
+        transform8x8Allowed = mb.partitioning != Partitioning::Smaller;
+    } else if (!isB()) {
+        static constexpr std::uint8_t kLists[2] = {kL0, kL0};
+        parsePartitions(static_cast<Partitioning>(mbType), kLists);
+    } else if (mbType < 4) {
+        const std::uint8_t lists[2] = {static_cast<std::uint8_t>(mbType), 0};
+        parsePartitions(Partitioning::Whole, lists);
+    } else {
+        parsePartitions(mbType % 2 == 0 ? Partitioning::Rows16x8 : Partitioning::Columns8x16,
+                        kPartitionLists[(mbType - 4) / 2]);
+    }
+    storeMotion();
+    mb.type = MbType::Inter;
+    parsePatternAndResidual(transform8x8Allowed);
+    finishInter();
+}
+
+// ref_idx: te(v), 9.1.
+int SliceDecoder::State::parseRefIdx(std::size_t list) {
+    const int count = context.referenceCount[current.view][list];
+    if (count == 0) throw BadSyntax("a reference index without references");
+    if (count == 1) return 0;
+    if (count == 2) return bits->flag() ? 0 : 1;
+    return bits->ue("ref_idx", static_cast<unsigned>(count - 1));
+}
+
+MotionVector SliceDecoder::State::parseMvd(MotionVector predicted) {
+    // Sums wrap: only broken streams leave the range of vectors.
+    const auto x = static_cast<std::uint32_t>(bits->se()), y = static_cast<std::uint32_t>(bits->se());
+    return {static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.x) + x),
+            static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.y) + y)};
+}
+
+void SliceDecoder::State::parsePartitions(Partitioning partitioning, const std::uint8_t* lists) {
+    current.mb->partitioning = partitioning;
+    const int count = partitioning == Partitioning::Whole ? 1 : 2;
+    const int w = partitioning == Partitioning::Columns8x16 ? 2 : 4, h = partitioning == Partitioning::Rows16x8 ? 2 : 4;
+    const PartitionShape shape = partitioning == Partitioning::Rows16x8      ? PartitionShape::Wide16x8
+                                 : partitioning == Partitioning::Columns8x16 ? PartitionShape::Tall8x16
+                                                                             : PartitionShape::Other;
+    int ref[2][2];
+    for (std::size_t list = 0; list < 2; ++list)
+        for (int i = 0; i < count; ++i) ref[list][i] = lists[i] >> list & 1 ? parseRefIdx(list) : -1;
+    for (int list = 0; list < (isB() ? 2 : 1); ++list)
+        for (int i = 0; i < count; ++i) {
+            const int x = i * (w & 3), y = i * (h & 3), r = ref[list][i];
+            const MotionVector mv =
+                r < 0 ? MotionVector{} : parseMvd(predictMotionVector(motion, list, x, y, w, r, shape));
+            motion.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
+        }
+}
+
+void SliceDecoder::State::parseSubMacroblocks(bool refsAreZero) {
+    Macroblock& mb = *current.mb;
+    const SubMbType* types[4];
+    bool anyDirect = false, smaller = false;
+    for (auto& type : types) {
+        type = isB() ? &kSubMbTypesB[bits->ue("sub_mb_type", 12)] : &kSubMbTypesP[bits->ue("sub_mb_type", 3)];
+        const bool direct = type->lists == 0;
+        anyDirect = anyDirect || direct;
+        smaller = smaller || (direct ? !context.sps->direct8x8Inference : type->w + type->h < 4);
+    }
+    mb.partitioning = smaller ? Partitioning::Smaller : Partitioning::Quadrants;
+    int ref[2][4];
+    for (std::size_t list = 0; list < 2; ++list)
+        for (int i = 0; i < 4; ++i)
+            ref[list][i] = (types[i]->lists >> list & 1) == 0 ? -1 : refsAreZero ? 0 : parseRefIdx(list);
+    // Direct sub-macroblocks take their motion from outside the macroblock, but a block that comes before one must not
+    // see it: they are filled in list by list in their turn.
+    DirectPrediction direct(context, current);
+    MotionCache directMotion;
+    if (anyDirect) {
+        direct.prepare(motion);
+        for (int i = 0; i < 4; ++i)
+            if (types[i]->lists == 0) direct.derive(i, directMotion);
+    }
+    for (int list = 0; list < (isB() ? 2 : 1); ++list)
+        for (int i = 0; i < 4; ++i) {
+            const int x0 = i % 2 * 2, y0 = i / 2 * 2;
+            if (types[i]->lists == 0) {
+                for (int k = 0; k < 4; ++k) {
+                    const int at = MotionCache::at(x0 + k % 2, y0 + k / 2);
+                    motion.ref[list][at] = directMotion.ref[list][at];
+                    motion.mv[list][at] = directMotion.mv[list][at];
+                }
+                continue;
+            }
+            const auto r = static_cast<std::int8_t>(ref[list][i]);
+            if (r < 0) {
+                motion.fill(list, x0, y0, 2, 2, MotionCache::kNotUsed, {});
+                continue;
+            }
+            for (int y = y0; y < y0 + 2; y += types[i]->h)
+                for (int x = x0; x < x0 + 2; x += types[i]->w)
+                    motion.fill(list, x, y, types[i]->w, types[i]->h, r,
+                                parseMvd(predictMotionVector(motion, list, x, y, types[i]->w, r)));
+        }
+}
+
+// B_Skip and B_Direct_16x16.
+void SliceDecoder::State::predictDirect() {
+    Macroblock& mb = *current.mb;
+    DirectPrediction direct(context, current);
+    direct.prepare(motion);
+    for (int i = 0; i < 4; ++i) direct.derive(i, motion);
+    mb.partitioning = context.sps->direct8x8Inference ? Partitioning::Quadrants : Partitioning::Smaller;
+    // Most move as a whole.
+    for (int list = 0; list < 2; ++list) {
+        const int first = MotionCache::at(0, 0);
+        for (int y = 0; y < 4; ++y)
+            for (int x = 0; x < 4; ++x) {
+                const int i = MotionCache::at(x, y);
+                if (motion.ref[list][i] != motion.ref[list][first] || motion.mv[list][i] != motion.mv[list][first])
+                    return;
+            }
+    }
+    mb.partitioning = Partitioning::Whole;
+}
+
+// From the cache to the macroblock, for the neighbours, later pictures and the deblocking filter.
+void SliceDecoder::State::storeMotion() {
+    Macroblock& mb = *current.mb;
+    for (std::size_t list = 0; list < 2; ++list) {
+        if (list == 1 && !isB()) {
+            std::memset(mb.refIdx[1], -1, sizeof mb.refIdx[1]);
+            std::memset(mb.refPicId[1], -1, sizeof mb.refPicId[1]);
+            std::memset(static_cast<void*>(mb.mv[1]), 0, sizeof mb.mv[1]);
+            continue;
+        }
+        for (int y = 0; y < 4; ++y)
+            std::memcpy(&mb.mv[list][4 * y], &motion.mv[list][MotionCache::at(0, y)], 4 * sizeof(MotionVector));
+        for (int i = 0; i < 4; ++i) {
+            const int ref = motion.ref[list][MotionCache::at(i % 2 * 2, i / 2 * 2)];
+            mb.refIdx[list][i] = static_cast<std::int8_t>(ref);
+            mb.refPicId[list][i] = static_cast<std::int8_t>(
+                ref < 0 ? -1 : context.references[current.view][list][static_cast<std::size_t>(ref)].id);
+        }
+    }
+}
+
+void SliceDecoder::State::finishInter() {
+    Macroblock& mb = *current.mb;
+    if (wide) {
+        predictInter<Vek16u>(context, current);
+        if (!mb.skipped) reconstruct<Vek16u>(context, current, 0, scales, residual32);
+    } else {
+        predictInter<Vek8u>(context, current);
+        if (!mb.skipped) reconstruct<Vek8u>(context, current, 0, scales, residual16);
+    }
+}
+
+SliceDecoder::SliceDecoder() : state_(std::make_unique<State>()) {}
+SliceDecoder::~SliceDecoder() = default;
+
+std::unique_ptr<SliceDamage> SliceDecoder::decode(BitReader& bits, const Slice& slice) {
+    try {
+        state_->decodeSlice(bits, slice);
+        return nullptr;
+    } catch (const BadSyntax& e) {
+        if (state_->inMacroblock) state_->current.mb->type = MbType::Missing;
+        return std::make_unique<SliceDamage>(state_->current.address, e.what());
+    }
+}
+
+}  // namespace vekdec::h264

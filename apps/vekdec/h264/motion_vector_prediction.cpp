@@ -1,0 +1,128 @@
+#include "motion_vector_prediction.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vekdec::h264 {
+namespace {
+
+// Takes the motion of block `raster` of a neighbouring macroblock.
+void take(const Macroblock* mb, int raster, int list, bool field, std::int8_t& ref, MotionVector& mv) {
+    mv = {};
+    if (mb == nullptr) {
+        ref = MotionCache::kNotAvailable;
+        return;
+    }
+    ref = mb->type == MbType::Inter ? mb->refIdx[list][(raster >> 3) * 2 + (raster >> 1 & 1)] : MotionCache::kNotUsed;
+    if (ref < 0) return;
+    mv = mb->mv[list][raster];
+    if (mb->field == field) return;
+    if (field) {
+        ref = static_cast<std::int8_t>(2 * ref);
+        mv.y = static_cast<std::int16_t>(mv.y / 2);
+    } else {
+        ref = static_cast<std::int8_t>(ref >> 1);
+        mv.y = static_cast<std::int16_t>(2 * mv.y);
+    }
+}
+
+int median(int a, int b, int c) { return std::max(std::min(a, b), std::min(std::max(a, b), c)); }
+
+// The four blocks of the neighbour above, and of a left neighbour of the same kind. Vectors that are not used are zero.
+void takeAbove(const Macroblock* mb, int list, std::int8_t* ref, MotionVector* mv) {
+    if (mb == nullptr || mb->type != MbType::Inter) {
+        std::memset(ref, mb == nullptr ? MotionCache::kNotAvailable : MotionCache::kNotUsed, 4);
+        std::memset(static_cast<void*>(mv), 0, 4 * sizeof *mv);
+        return;
+    }
+    ref[0] = ref[1] = mb->refIdx[list][2];
+    ref[2] = ref[3] = mb->refIdx[list][3];
+    std::memcpy(mv, &mb->mv[list][12], 4 * sizeof *mv);
+}
+
+void takeLeft(const Macroblock* mb, int list, std::int8_t* ref, MotionVector* mv) {
+    const bool inter = mb != nullptr && mb->type == MbType::Inter;
+    const std::int8_t none = mb == nullptr ? MotionCache::kNotAvailable : MotionCache::kNotUsed;
+    for (int i = 0; i < 4; ++i) {
+        ref[i * MotionCache::kStep] = inter ? mb->refIdx[list][i / 2 * 2 + 1] : none;
+        mv[i * MotionCache::kStep] = inter ? mb->mv[list][4 * i + 3] : MotionVector{};
+    }
+}
+
+void gatherMixed(const Neighbours& n, bool field, int list, MotionCache& cache) {
+    std::int8_t* ref = cache.ref[list];
+    MotionVector* mv = cache.mv[list];
+    for (int i = 0; i < 4; ++i) {
+        const std::uint8_t entry = n.rows->luma[i];
+        const int left = MotionCache::at(-1, i), above = MotionCache::at(i, -1);
+        take(n.leftOf(entry), (entry & 3) * 4 + 3, list, field, ref[left], mv[left]);
+        take(n.above, 12 + i, list, field, ref[above], mv[above]);
+    }
+    if (!n.leftMixed) return;
+    for (int i = 1; i < 4; ++i) {
+        const std::uint8_t entry = n.rows->lumaAbove[i];
+        take(n.leftOf(entry), (entry & 3) * 4 + 3, list, field, cache.leftAboveRef[list][i],
+             cache.leftAboveMv[list][i]);
+    }
+}
+
+}  // namespace
+
+void gatherMotion(const Neighbours& n, bool field, int lists, MotionCache& cache) {
+    cache.leftMixed = n.leftMixed;
+    const bool mixed = n.leftMixed || (n.above != nullptr && n.above->field != field);
+    for (int list = 0; list < lists; ++list) {
+        std::int8_t* ref = cache.ref[list];
+        MotionVector* mv = cache.mv[list];
+        for (int i = 0; i < 4; ++i) std::memset(ref + MotionCache::at(0, i), MotionCache::kNotAvailable, 5);
+        if (mixed) {
+            gatherMixed(n, field, list, cache);
+        } else {
+            takeLeft(n.left[0], list, ref + MotionCache::at(-1, 0), mv + MotionCache::at(-1, 0));
+            takeAbove(n.above, list, ref + MotionCache::at(0, -1), mv + MotionCache::at(0, -1));
+        }
+        const int aboveLeft = MotionCache::at(-1, -1), aboveRight = MotionCache::at(4, -1);
+        take(n.aboveLeft, n.aboveLeftRow * 4 + 3, list, field, ref[aboveLeft], mv[aboveLeft]);
+        take(n.aboveRight, 12, list, field, ref[aboveRight], mv[aboveRight]);
+    }
+}
+
+NeighbourMotion aboveRightMotion(const MotionCache& cache, int list, int x, int y, int w) {
+    const int c = MotionCache::at(x + w, y - 1);
+    if (cache.ref[list][c] != MotionCache::kNotAvailable) return {cache.ref[list][c], cache.mv[list][c]};
+    if (x == 0 && y > 0 && cache.leftMixed) return {cache.leftAboveRef[list][y], cache.leftAboveMv[list][y]};
+    const int d = MotionCache::at(x - 1, y - 1);
+    return {cache.ref[list][d], cache.mv[list][d]};
+}
+
+MotionVector predictMotionVector(const MotionCache& cache, int list, int x, int y, int w, int refIdx,
+                                 PartitionShape shape) {
+    const int at = MotionCache::at(x, y);
+    const std::int8_t* ref = cache.ref[list];
+    const MotionVector* mv = cache.mv[list];
+    const int a = at - 1, b = at - MotionCache::kStep;
+    if (shape == PartitionShape::Wide16x8) {
+        if (y == 0 && ref[b] == refIdx) return mv[b];
+        if (y != 0 && ref[a] == refIdx) return mv[a];
+    } else if (shape == PartitionShape::Tall8x16 && x == 0 && ref[a] == refIdx) {
+        return mv[a];
+    }
+    const NeighbourMotion c = aboveRightMotion(cache, list, x, y, w);
+    if (shape == PartitionShape::Tall8x16 && x != 0 && c.ref == refIdx) return c.mv;
+    if (ref[b] == MotionCache::kNotAvailable && c.ref == MotionCache::kNotAvailable) return mv[a];  // 8.4.1.3, B and C
+    const int matches = (ref[a] == refIdx) + (ref[b] == refIdx) + (c.ref == refIdx);
+    if (matches == 1) return ref[a] == refIdx ? mv[a] : ref[b] == refIdx ? mv[b] : c.mv;
+    return {static_cast<std::int16_t>(median(mv[a].x, mv[b].x, c.mv.x)),
+            static_cast<std::int16_t>(median(mv[a].y, mv[b].y, c.mv.y))};
+}
+
+MotionVector predictSkipped(const MotionCache& cache) {
+    const int a = MotionCache::at(-1, 0), b = MotionCache::at(0, -1);
+    const std::int8_t* ref = cache.ref[0];
+    const MotionVector* mv = cache.mv[0];
+    const auto still = [&](int i) { return ref[i] == 0 && mv[i] == MotionVector{}; };
+    if (ref[a] == MotionCache::kNotAvailable || ref[b] == MotionCache::kNotAvailable || still(a) || still(b)) return {};
+    return predictMotionVector(cache, 0, 0, 0, 4, 0);
+}
+
+}  // namespace vekdec::h264

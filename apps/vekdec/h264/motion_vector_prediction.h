@@ -1,0 +1,47 @@
+// Motion vector prediction (H.264 8.4.1.1, 8.4.1.3) from the blocks around a partition.
+#pragma once
+
+#include "neighbours.h"
+
+namespace vekdec::h264 {
+
+// Vectors and reference indices of the 4x4 blocks in and around the macroblock, as the macroblock sees them: those of
+// MBAFF neighbours of the other kind are converted (8.4.1.3.2).
+struct MotionCache {
+    static constexpr int kStep = 8;
+    static constexpr std::int8_t kNotAvailable = -2, kNotUsed = -1;
+    std::int8_t ref[2][5 * kStep];
+    MotionVector mv[2][5 * kStep];
+    // Blocks at the left that lie above-left of rows 1 to 3; element 0 is not used.
+    std::int8_t leftAboveRef[2][4];
+    MotionVector leftAboveMv[2][4];
+    bool leftMixed = false;
+
+    static constexpr int at(int x, int y) { return (y + 1) * kStep + x + 1; }  // in units of 4 samples
+    void fill(int list, int x, int y, int w, int h, std::int8_t refIdx, MotionVector vector) {
+        for (int row = y; row < y + h; ++row)
+            for (int i = at(x, row); i < at(x + w, row); ++i) {
+                ref[list][i] = refIdx;
+                mv[list][i] = vector;
+            }
+    }
+};
+
+// Gathers what lies around the macroblock, for `lists` lists, and marks its own blocks as not yet decoded.
+void gatherMotion(const Neighbours& neighbours, bool field, int lists, MotionCache& cache);
+
+// The neighbour C of a partition, or D in its place: its reference index and vector.
+struct NeighbourMotion {
+    int ref;
+    MotionVector mv;
+};
+NeighbourMotion aboveRightMotion(const MotionCache& cache, int list, int x, int y, int w);
+
+enum class PartitionShape { Other, Wide16x8, Tall8x16 };  // those with directional prediction
+MotionVector predictMotionVector(const MotionCache& cache, int list, int x, int y, int w, int refIdx,
+                                 PartitionShape shape = PartitionShape::Other);
+
+// The vector of P_Skip (8.4.1.1); its reference index is 0.
+MotionVector predictSkipped(const MotionCache& cache);
+
+}  // namespace vekdec::h264

@@ -1,0 +1,41 @@
+#!/usr/bin/env python3
+"""Decodes every stream that a folder's index names and compares all frames with their checksums.
+
+usage: check_streams.py VEKDEC FOLDER [VEKDEC OPTION ...]
+
+FOLDER/streams.tsv has the streams' names in its first column; NAME.md5 lies beside NAME.264 (or another ending). A folder that
+is not there is said and passed over. Prints each stream that is not bit-exact, then how many were; exits 1 if one was not.
+"""
+import os
+import subprocess
+import sys
+
+
+def main(vekdec, folder, options):
+    index = os.path.join(folder, "streams.tsv")
+    if not os.path.exists(index):
+        print(f"{folder}: not there, nothing checked")
+        return 0
+    with open(index, encoding="utf-8") as f:
+        names = [line.split("\t")[0] for line in f.read().splitlines()[1:] if line]
+    exact, missing = 0, []
+    for name in names:
+        stream = os.path.join(folder, name)
+        sums = os.path.splitext(stream)[0] + ".md5"
+        if not os.path.exists(stream) or not os.path.exists(sums):
+            missing.append(name)
+            continue
+        done = subprocess.run([vekdec, "-q", stream, "--check", sums, *options], capture_output=True, text=True, check=False)
+        if done.returncode == 0:
+            exact += 1
+        else:
+            said = (done.stdout + done.stderr).strip().splitlines() or [f"status {done.returncode}"]
+            print(f"{name}: {'; '.join(said[:3])}")
+    print(f"{exact} of {len(names)} streams bit-exact, {len(missing)} not found {' '.join(missing)}")
+    return 0 if exact + len(missing) == len(names) and exact > 0 else 1
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 3:
+        sys.exit(__doc__)
+    sys.exit(main(sys.argv[1], sys.argv[2], sys.argv[3:]))
