@@ -79,7 +79,7 @@ VEKVC_SIMD_INLINE EightRows smoothedRows(Block<Vek16s> left, Block<Vek16s> right
     const auto fourRows = [](const auto& reader, int from) {
         return loadLanes32<i32x4>([&](int i) { return reader.at(from + i); });
     };
-    const auto firsts = [](i32x4 top, i32x4 bottom) { return narrowI16(top << 16 >> 16, bottom << 16 >> 16); };
+    const auto firsts = [](i32x4 top, i32x4 bottom) { return narrowWrap(top, bottom); };
     const auto seconds = [](i32x4 top, i32x4 bottom) { return narrowI16(top >> 16, bottom >> 16); };
     const i32x4 l0 = fourRows(l, 0), l4 = fourRows(l, 4), r0 = fourRows(r, 0), r4 = fourRows(r, 4);
     Across a = {{firsts(l0, l4), seconds(l0, l4), firsts(r0, r4), seconds(r0, r4)}};

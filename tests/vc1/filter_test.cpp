@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -152,8 +153,6 @@ constexpr SmoothingCase kSmoothing[] = {
     {{32767, 0, 0, -32700}, {{8, 0, 255, 0}}, {{8, 0, 255, 0}}},
     // -(-32768) is 32767, + 7 * -4681 = -32767: 0; + 40, + 0, + 3: 43 >> 3 = 5, 44 >> 3 = 5
     {{-32768, -4681, 40, 0}, {{0, 5, 0, 0}}, {{0, 5, 0, 0}}}};
-
-constexpr int kRowsOfPicture = 20, kPitch = 32;
 
 TEST(VC1Smoothing, HorizontalEdges) {
     for (const SmoothingCase& c : kSmoothing)

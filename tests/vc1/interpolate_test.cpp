@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "vekvc/vc1.h"

@@ -31,7 +31,12 @@ constexpr Shape kShapes[] = {{8, 8, vekiTransform8x8Inv_VC1_16s_C1R, vekiTransfo
                               vekiTransform4x4Fwd_VC1_16s_C1R, vekiTransform4x4Fwd_VC1_16s_C1IR}};
 constexpr int kStep = 16;  // bytes
 
-using Values = std::vector<Vek16s>;  // rows of 8, of which the block uses the first ones
+// Rows of 8, of which the block uses the first ones.
+struct Values : std::vector<Vek16s> {
+    using vector::vector;
+    Vek16s& operator[](int i) { return vector::operator[](static_cast<std::size_t>(i)); }
+    Vek16s operator[](int i) const { return vector::operator[](static_cast<std::size_t>(i)); }
+};
 
 Values inverse(const Shape& shape, const Values& coefficients, VekiSize sizeNZ) {
     Values result(64), inPlace = coefficients;
@@ -62,13 +67,13 @@ void expectFlat(const Shape& shape, const Values& values, int value) {
 
 TEST(VC1Transform, FirstCoefficientAlone) {
     // (12 * 64 + 4) >> 3 = 96 and (17 * 64 + 4) >> 3 = 136, then (12 * r + 64) >> 7 or (17 * r + 64) >> 7.
-    constexpr int kOf64[] = {9, 13, 13, 18};
+    constexpr int kOf64[] = {9, 13, 13, 18}, kOfMinus64[] = {-9, -13, -13, -18};
     for (int i = 0; i < 4; ++i) {
         for (const VekiSize hint : {VekiSize{1, 1}, VekiSize{0, 0}, VekiSize{-3, 1}, VekiSize{8, 8}, VekiSize{99, 2}})
             expectFlat(kShapes[i], inverse(kShapes[i], only(64), hint), kOf64[i]);
         Values rest(64, 1000);  // not read under this hint
         rest[0] = -64;
-        expectFlat(kShapes[i], inverse(kShapes[i], rest, {1, 1}), std::vector{-9, -13, -13, -18}[i]);
+        expectFlat(kShapes[i], inverse(kShapes[i], rest, {1, 1}), kOfMinus64[i]);
     }
 }
 
