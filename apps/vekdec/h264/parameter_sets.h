@@ -9,8 +9,8 @@
 
 namespace vekdec::h264 {
 
-// Scaling lists as they stand after the fall-back rules (7.4.2.1.1.1, 7.4.2.2), in zigzag order (frame or field scan is
-// applied by the user): 4x4 lists Intra Y, Cb, Cr, Inter Y, Cb, Cr; 8x8 lists Intra Y, Inter Y, (4:4:4 only: more).
+// Scaling lists as they stand after the fall-back rules (7.4.2.1.1.1, 7.4.2.2), in zigzag order for frames and fields
+// alike (8.5.6): 4x4 lists Intra Y, Cb, Cr, Inter Y, Cb, Cr; 8x8 lists Intra Y, Inter Y.
 struct ScalingLists {
     std::array<std::array<std::uint8_t, 16>, 6> list4x4;
     std::array<std::array<std::uint8_t, 64>, 2> list8x8;
