@@ -72,7 +72,7 @@ VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(const Vek8u* pSrc1, const V
                                                      Vek32s weight2, VekiSize roiSize) {
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
     // Rows of the result that overlap are written one after the other.
-    const bool rowsOverlap = dstStep < roiSize.width && dstStep > -roiSize.width;
+    const bool rowsOverlap = dstStep < roiSize.width && dstStep > -std::int64_t{roiSize.width};
     (rowsOverlap ? plain::weightTwo<Vek8u> : kernel::weightTwo<Vek8u>)({pSrc1, src1Step}, {pSrc2, src2Step},
                                                                        {pDst, dstStep}, roiSize,
                                                                        implicitTwo(weight1, weight2), 255);

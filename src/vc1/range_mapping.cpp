@@ -13,6 +13,7 @@ VekStatus vekiRangeMapping_VC1_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* 
                                       Vek32s rangeMapValue) {
     if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
     if (outside(rangeMapValue, 0, 7)) return vekStsErrOutOfRange;
+    if (anyBelow(1, roiSize.width, roiSize.height)) return vekStsOk;  // an empty region is done
     kernel::mapRange({pSrc, srcStep}, {pDst, dstStep}, roiSize, rangeMapValue);
     return vekStsOk;
 }

@@ -276,6 +276,7 @@ TEST(VC1RangeMapping, KnownAnswersSizesAndChecks) {
     }
     for (const auto& [size, map, status] :
          {std::tuple{VekiSize{-1, 3}, 7, vekStsOk}, std::tuple{VekiSize{4, 0}, 0, vekStsOk},
+          std::tuple{VekiSize{INT32_MIN, 3}, 7, vekStsOk}, std::tuple{VekiSize{4, INT32_MIN}, 0, vekStsOk},
           std::tuple{VekiSize{4, 3}, 8, vekStsErrOutOfRange}, std::tuple{VekiSize{0, 0}, -1, vekStsErrOutOfRange}}) {
         std::fill_n(&result[0][0], 120, Vek8u{1});
         EXPECT_EQ(vekiRangeMapping_VC1_8u_C1R(plane[0], 40, result[0], 40, size, map), status);
