@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <deque>
-#include <optional>
 #include <string>
 #include <vector>
 

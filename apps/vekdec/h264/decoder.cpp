@@ -22,20 +22,6 @@ bool beginsPicture(const SliceHeader& a, const SliceHeader& b) {
            a.deltaPoc != b.deltaPoc;
 }
 
-const char* unsupportedUnit(int type) {
-    switch (type) {
-        case 2:
-        case 3:
-        case 4:
-            return "data partitioning";
-        case 20:
-        case 21:
-            return nullptr;  // extensions of other annexes ride along and are skipped
-        default:
-            return nullptr;
-    }
-}
-
 }  // namespace
 
 Decoder::Decoder(FrameSink sink, Report report)
@@ -68,8 +54,6 @@ void Decoder::damage(const std::string& what) {
 
 void Decoder::handle(const NalUnit& nal) {
     try {
-        if (const char* feature = unsupportedUnit(nal.type))
-            throw NotSupported(std::string(feature) + " at byte " + std::to_string(nal.position));
         switch (nal.type) {
             case 1:
             case 5:
@@ -96,6 +80,10 @@ void Decoder::handle(const NalUnit& nal) {
                 ppsById_[id] = pps_[id].get();
                 break;
             }
+            case 2:
+            case 3:
+            case 4:
+                throw NotSupported("data partitioning at byte " + std::to_string(nal.position));
             case 9:
             case 11:
                 finishPicture();
