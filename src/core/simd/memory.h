@@ -1,0 +1,177 @@
+// Vectors from and to memory: load and store touch exactly the vector's bytes, the ...Bytes forms exactly n of them.
+#ifndef VEKVC_CORE_SIMD_MEMORY_H
+#define VEKVC_CORE_SIMD_MEMORY_H
+
+#include "core/simd/vector.h"
+
+namespace vekvc {
+
+template <class V>
+VEKVC_SIMD_INLINE V load(const void* p) requires(V::kBytes > 0) {
+    if constexpr (is128<V>) return {_mm_loadu_si128(static_cast<const __m128i*>(p))};
+#if VEKVC_VECTOR256
+    else
+        return {_mm256_loadu_si256(static_cast<const __m256i*>(p))};
+#endif
+}
+VEKVC_SIMD_FN void store(void* p, Vec<T, N> v) {
+    if constexpr (is128<Vec<T, N>>) _mm_storeu_si128(static_cast<__m128i*>(p), v.raw);
+#if VEKVC_VECTOR256
+    else
+        _mm256_storeu_si256(static_cast<__m256i*>(p), v.raw);
+#endif
+}
+
+// Past the caches, to an address that is a multiple of 16; other threads see it after finishStreaming().
+VEKVC_SIMD_INLINE void storeStreaming(void* p, u8x16 v) { _mm_stream_si128(static_cast<__m128i*>(p), v.raw); }
+VEKVC_SIMD_INLINE void finishStreaming() { _mm_sfence(); }
+
+// n bytes (2, 4, 8, 12 or 16) into the low lanes; the other lanes become 0.
+template <class V, int n>
+VEKVC_SIMD_INLINE V loadBytes(const void* p) {
+    static_assert(is128<V> && (n == 2 || n == 4 || n == 8 || n == 12 || n == 16));
+    if constexpr (n == 16) {
+        return {_mm_loadu_si128(static_cast<const __m128i*>(p))};
+    } else if constexpr (n == 8) {
+        return {_mm_loadl_epi64(static_cast<const __m128i*>(p))};
+    } else if constexpr (n == 12) {
+        int high;
+        std::memcpy(&high, static_cast<const char*>(p) + 8, 4);
+        return {_mm_insert_epi32(_mm_loadl_epi64(static_cast<const __m128i*>(p)), high, 2)};
+    } else if constexpr (n == 4) {
+        int bits;
+        std::memcpy(&bits, p, 4);
+        return {_mm_cvtsi32_si128(bits)};
+    } else {
+        std::uint16_t bits;
+        std::memcpy(&bits, p, 2);
+        return {_mm_cvtsi32_si128(bits)};
+    }
+}
+
+// The low n bytes (2, 4, 8, 12 or 16) to memory.
+template <int n, class T, int N>
+VEKVC_SIMD_INLINE void storeBytes(void* p, Vec<T, N> v) {
+    static_assert(is128<Vec<T, N>> && (n == 2 || n == 4 || n == 8 || n == 12 || n == 16));
+    if constexpr (n == 16) {
+        _mm_storeu_si128(static_cast<__m128i*>(p), v.raw);
+    } else if constexpr (n >= 8) {
+        _mm_storel_epi64(static_cast<__m128i*>(p), v.raw);
+        if constexpr (n == 12) {
+            const int high = _mm_extract_epi32(v.raw, 2);
+            std::memcpy(static_cast<char*>(p) + 8, &high, 4);
+        }
+    } else {
+        const int bits = _mm_cvtsi128_si32(v.raw);
+        std::memcpy(p, &bits, n);
+    }
+}
+
+// The 32-bit lanes whose mask is all ones, zero in the others; only the bytes of these lanes are touched.
+template <class V>
+VEKVC_SIMD_INLINE V loadMasked(const void* p, i32x4 mask) {
+#if VEKVC_VECTOR256
+    return {_mm_maskload_epi32(static_cast<const int*>(p), mask.raw)};
+#else
+    alignas(16) int values[4] = {};
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(values + i, static_cast<const char*>(p) + 4 * i, 4);
+    return {_mm_load_si128(reinterpret_cast<const __m128i*>(values))};
+#endif
+}
+VEKVC_SIMD_FN void storeMasked(void* p, i32x4 mask, Vec<T, N> v) {
+#if VEKVC_VECTOR256
+    _mm_maskstore_epi32(static_cast<int*>(p), mask.raw, v.raw);
+#else
+    alignas(16) int values[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(values), v.raw);
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    for (int i = 0; i < 4; ++i)
+        if (chosen >> i & 1) std::memcpy(static_cast<char*>(p) + 4 * i, values + i, 4);
+#endif
+}
+
+// The eight 16-bit lanes from (to) eight places: at(0) to at(7).
+template <class At>
+VEKVC_SIMD_INLINE u16x8 loadLanes16(At at) {
+    const auto lane = [&](int i) {
+        short value;
+        std::memcpy(&value, at(i), 2);
+        return value;
+    };
+    return {_mm_setr_epi16(lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(7))};
+}
+template <class At>
+VEKVC_SIMD_INLINE void storeLanes16(At at, u16x8 v) {
+    const auto put = [&](int i, int value) { std::memcpy(at(i), &value, 2); };
+    put(0, _mm_extract_epi16(v.raw, 0));
+    put(1, _mm_extract_epi16(v.raw, 1));
+    put(2, _mm_extract_epi16(v.raw, 2));
+    put(3, _mm_extract_epi16(v.raw, 3));
+    put(4, _mm_extract_epi16(v.raw, 4));
+    put(5, _mm_extract_epi16(v.raw, 5));
+    put(6, _mm_extract_epi16(v.raw, 6));
+    put(7, _mm_extract_epi16(v.raw, 7));
+}
+// A double at any address, for the instructions that move the high half of a vector.
+using UnalignedDouble [[gnu::aligned(1), gnu::may_alias]] = double;
+
+// The four 32-bit lanes to four places: at(0) to at(3).
+template <class At>
+VEKVC_SIMD_INLINE void storeLanes32(At at, u32x4 v) {
+    const auto put = [&](int i, int value) { std::memcpy(at(i), &value, 4); };
+    put(0, _mm_cvtsi128_si32(v.raw));
+    put(1, _mm_extract_epi32(v.raw, 1));
+    put(2, _mm_extract_epi32(v.raw, 2));
+    put(3, _mm_extract_epi32(v.raw, 3));
+}
+
+// Two runs of 8 (or 4) bytes into the low and high half (or the two lowest quarters) of one vector: two short rows.
+template <class V>
+VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
+    const __m128d first = _mm_castsi128_pd(_mm_loadl_epi64(static_cast<const __m128i*>(low)));
+    return {_mm_castpd_si128(__m128d{first[0], *static_cast<const UnalignedDouble*>(high)})};
+}
+VEKVC_SIMD_FN void storePair8(void* low, void* high, Vec<T, N> v) {
+    _mm_storel_epi64(static_cast<__m128i*>(low), v.raw);
+    *static_cast<UnalignedDouble*>(high) = _mm_castsi128_pd(v.raw)[1];
+}
+template <class V>
+VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
+    int bits;
+    std::memcpy(&bits, high, 4);
+    return {_mm_insert_epi32((loadBytes<V, 4>(low).raw), bits, 1)};
+}
+
+#if VEKVC_VECTOR256
+// Two vectors as the halves of one of 256 bits, and back.
+VEKVC_SIMD_FN auto join(Vec<T, N> low, Vec<T, N> high) -> Vec<T, 2 * N> {
+    return {_mm256_inserti128_si256(_mm256_castsi128_si256(low.raw), high.raw, 1)};
+}
+VEKVC_SIMD_FN auto lowHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_castsi256_si128(v.raw)}; }
+VEKVC_SIMD_FN auto highHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_extracti128_si256(v.raw, 1)}; }
+// The high half of a and the low half of b as one vector.
+VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
+    return {_mm256_permute2x128_si256(a.raw, b.raw, 0x21)};
+}
+// 64-bit quarters in the order i0 i1 i2 i3.
+template <int i0, int i1, int i2, int i3, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> shuffle64(Vec<T, N> a) {
+    return {_mm256_permute4x64_epi64(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
+}
+// Two runs of 16 bytes into the halves of one vector: two rows of 16 samples.
+template <class V>
+VEKVC_SIMD_INLINE V loadPair16(const void* low, const void* high) {
+    return {_mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(low))),
+                                    _mm_loadu_si128(static_cast<const __m128i*>(high)), 1)};
+}
+VEKVC_SIMD_FN void storePair16(void* low, void* high, Vec<T, N> v) {
+    _mm_storeu_si128(static_cast<__m128i*>(low), _mm256_castsi256_si128(v.raw));
+    _mm_storeu_si128(static_cast<__m128i*>(high), _mm256_extracti128_si256(v.raw, 1));
+}
+#endif
+
+}  // namespace vekvc
+
+#endif
