@@ -141,17 +141,16 @@ class Filter {
         : picture_(picture), structure_(structure), sps_(sps), planes_(sps.chromaFormatIdc == 0 ? 1 : 3) {
         const int count = static_cast<int>(picture.mbs.size()) / (structure == kFrame ? 1 : 2);
         mbs_ = picture.mbs.data() + (structure == kBottomField ? count : 0);
-        mbCount_ = count;
         for (int i = 0; i < 3; ++i) {
             mbWidth_[i] = i == 0 ? 16 : sps.chromaWidthMb();
             mbHeight_[i] = i == 0 ? 16 : sps.chromaHeightMb();
         }
     }
 
-    void run() {
+    void run(int firstRow, int endRow) {
         const bool pairs = picture_.mbaff && structure_ == kFrame;
-        int address = 0;
-        for (int row = 0; address < mbCount_; ++row)
+        int address = firstRow * picture_.widthInMbs * (pairs ? 2 : 1);
+        for (int row = firstRow; row < endRow; ++row)
             for (int column = 0; column < picture_.widthInMbs; ++column)
                 for (int i = 0; i < (pairs ? 2 : 1); ++i) filterMacroblock(address++, column, row);
     }
@@ -195,7 +194,6 @@ class Filter {
     const SequenceParameterSet& sps_;
     const int planes_;
     Macroblock* mbs_;
-    int mbCount_;
     int mbWidth_[3], mbHeight_[3];
     // Of the macroblock being filtered:
     const SliceParameters* parameters_ = nullptr;
@@ -383,14 +381,11 @@ void Filter<Sample>::callMixed(int component, std::uint8_t* data, int step, cons
 
 }  // namespace
 
-void deblockPicture(Picture& picture, int structure, const SequenceParameterSet& sps) {
-    bool any = false;
-    for (const SliceParameters& slice : picture.slices) any = any || slice.disableDeblockingIdc != 1;
-    if (!any) return;
+void deblockRows(Picture& picture, int structure, const SequenceParameterSet& sps, int firstRow, int endRow) {
     if (picture.bytesPerSample == 2)
-        Filter<Vek16u>(picture, structure, sps).run();
+        Filter<Vek16u>(picture, structure, sps).run(firstRow, endRow);
     else
-        Filter<Vek8u>(picture, structure, sps).run();
+        Filter<Vek8u>(picture, structure, sps).run(firstRow, endRow);
 }
 
 }  // namespace vekdec::h264

@@ -6,7 +6,8 @@
 
 namespace vekdec::h264 {
 
-// Filters a whole decoded picture: the frame, or one field of it.
-void deblockPicture(Picture& picture, int structure, const SequenceParameterSet& sps);
+// Filters the macroblock rows (of MBAFF frames: rows of pairs) from firstRow to before endRow of the frame or field. The
+// rows above are filtered; those below may be unfiltered still, but intra prediction no longer needs the rows' samples.
+void deblockRows(Picture& picture, int structure, const SequenceParameterSet& sps, int firstRow, int endRow);
 
 }  // namespace vekdec::h264

@@ -123,6 +123,8 @@ void Decoder::handleSlice(const NalUnit& nal) {
             picture_->mbs[first + i].field = header.fieldPic;
         }
         if (header.pps->numSliceGroups > 1) makeSliceGroupMap(header, sliceGroupMap_);
+        decodedTo_ = 0;
+        finishedRows_ = 0;
         ++statistics_.pictures;
     }
     slice_->header = std::move(header);
@@ -136,24 +138,44 @@ void Decoder::handleSlice(const NalUnit& nal) {
     ++statistics_.slices;
     makeReferenceLists(buffer_.pictures(), *slice_);
     const auto start = Clock::now();
-    const auto broken = sliceDecoder_.decode(bits, *slice_);
-    statistics_.secondsParsing += secondsSince(start);
+    const double deblockingBefore = statistics_.secondsDeblocking;
+    const int pair = slice_->header.mbaff() ? 2 : 1;
+    const bool inOrder = slice_->header.firstMbInSlice * pair == decodedTo_;
+    const auto broken = sliceDecoder_.decode(bits, *slice_, [&](int address) {
+        if (!inOrder) return;
+        decodedTo_ = address;
+        // The last row stays as it is until the row below it, predicted from it, is decoded.
+        finishRows(address / (pair * picture_->widthInMbs) - 1);
+    });
+    statistics_.secondsParsing += secondsSince(start) - (statistics_.secondsDeblocking - deblockingBefore);
     if (broken != nullptr) damage("macroblock " + std::to_string(broken->mbAddress) + ": " + broken->reason);
+}
+
+// Deblocks the macroblock rows (of MBAFF frames: rows of pairs) before endRow that are not yet done.
+void Decoder::finishRows(int endRow) {
+    if (endRow <= finishedRows_) return;
+    const auto start = Clock::now();
+    deblockRows(*picture_, slice_->structure, *slice_->header.sps, finishedRows_, endRow);
+    const std::size_t perRow = static_cast<std::size_t>(picture_->widthInMbs * (slice_->header.mbaff() ? 2 : 1));
+    const std::size_t first = slice_->structure == kBottomField ? picture_->mbs.size() / 2 : 0;
+    for (std::size_t i = static_cast<std::size_t>(finishedRows_) * perRow;
+         i < static_cast<std::size_t>(endRow) * perRow; ++i) {
+        const Macroblock& mb = picture_->mbs[first + i];
+        ++statistics_.macroblocks[static_cast<std::size_t>(mb.type)];
+        statistics_.skipped += mb.skipped;
+    }
+    finishedRows_ = endRow;
+    statistics_.secondsDeblocking += secondsSince(start);
 }
 
 void Decoder::finishPicture() {
     if (slice_ == nullptr) return;
-    const SequenceParameterSet& sps = *slice_->header.sps;
-    concealMissing(*picture_, slice_->structure, buffer_.previous(), sps.bitDepthLuma, sps.bitDepthChroma);
-    const auto start = Clock::now();
-    deblockPicture(*picture_, slice_->structure, sps);
-    statistics_.secondsDeblocking += secondsSince(start);
-    const std::size_t count = picture_->mbs.size() / (slice_->header.fieldPic ? 2 : 1);
-    const std::size_t first = slice_->structure == kBottomField ? count : 0;
-    for (std::size_t i = first; i < first + count; ++i) {
-        ++statistics_.macroblocks[static_cast<std::size_t>(picture_->mbs[i].type)];
-        statistics_.skipped += picture_->mbs[i].skipped;
-    }
+    const SliceHeader& header = slice_->header;
+    const int rows = picture_->heightInMbs / (header.fieldPic || header.mbaff() ? 2 : 1);
+    if (decodedTo_ < rows * picture_->widthInMbs * (header.mbaff() ? 2 : 1))
+        concealMissing(*picture_, slice_->structure, buffer_.previous(), header.sps->bitDepthLuma,
+                       header.sps->bitDepthChroma);
+    finishRows(rows);
     buffer_.end(slice_->header);
     slice_.reset();
     picture_ = nullptr;

@@ -38,6 +38,7 @@ class Decoder {
   private:
     void handle(const NalUnit& nal);
     void handleSlice(const NalUnit& nal);
+    void finishRows(int endRow);
     void finishPicture();
     void show(const Picture& picture, const SequenceParameterSet& sps);
     void damage(const std::string& what);
@@ -58,6 +59,8 @@ class Decoder {
     SliceDecoder sliceDecoder_;
     std::unique_ptr<Slice> slice_;  // the last slice of the picture being decoded; null between pictures
     Picture* picture_ = nullptr;
+    int decodedTo_ = 0;     // macroblocks before this address are all decoded
+    int finishedRows_ = 0;  // macroblock rows that are deblocked
     std::vector<std::uint8_t> sliceGroupMap_;
     bool seenIntra_ = false;
 };

@@ -56,7 +56,7 @@ struct SliceDecoder::State {
     bool wide = false;                  // samples of 16 bits
     int planes = 1, mbWidth[3] = {}, mbHeight[3] = {};
 
-    void decodeSlice(BitReader& reader, const Slice& slice);
+    void decodeSlice(BitReader& reader, const Slice& slice, const std::function<void(int)>& reached);
 
   private:
     bool isB() const { return context.slice->header.type == SliceType::B; }
@@ -148,7 +148,7 @@ void SliceDecoder::State::setQp(Macroblock& mb) const {
 
 // ---- slice_data(), 7.3.4
 
-void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice) {
+void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice, const std::function<void(int)>& reached) {
     bits = &reader;
     inMacroblock = false;
     context.begin(slice);
@@ -176,6 +176,11 @@ void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice) {
         current.address = address;
         if (address >= context.mbCount) throw BadSyntax("macroblocks behind the end of the picture");
     };
+    const auto next = [&] {
+        const bool rowEnds = column_ == context.widthInMbs - 1 && (!mbaff || current.bottom);
+        address = nextAddress(address);
+        if (slice.mbToSliceGroupMap == nullptr && (rowEnds || !bits->moreRbspData())) reached(address);
+    };
     for (;;) {
         if (slice.header.type != SliceType::I) {
             int run = bits->ue("mb_skip_run", static_cast<unsigned>(context.mbCount));
@@ -189,7 +194,7 @@ void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice) {
                     topSkipped = true;
                 }
                 decodeSkipped(address, field);
-                address = nextAddress(address);
+                next();
             }
             if (skipped && !bits->moreRbspData()) return;
         }
@@ -199,7 +204,7 @@ void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice) {
         decodeMacroblock(address, field);
         if (bits->beyondEnd()) throw BadSyntax("the data ends inside a macroblock");
         inMacroblock = false;
-        address = nextAddress(address);
+        next();
         if (!bits->moreRbspData()) return;
     }
 }
@@ -499,9 +504,10 @@ void SliceDecoder::State::finishInter() {
 SliceDecoder::SliceDecoder() : state_(std::make_unique<State>()) {}
 SliceDecoder::~SliceDecoder() = default;
 
-std::unique_ptr<SliceDamage> SliceDecoder::decode(BitReader& bits, const Slice& slice) {
+std::unique_ptr<SliceDamage> SliceDecoder::decode(BitReader& bits, const Slice& slice,
+                                                  const std::function<void(int)>& reached) {
     try {
-        state_->decodeSlice(bits, slice);
+        state_->decodeSlice(bits, slice, reached);
         return nullptr;
     } catch (const BadSyntax& e) {
         if (state_->inMacroblock) state_->current.mb->type = MbType::Missing;

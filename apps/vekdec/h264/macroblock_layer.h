@@ -2,6 +2,7 @@
 // turn it into samples.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -23,8 +24,10 @@ class SliceDecoder {
   public:
     SliceDecoder();
     ~SliceDecoder();
-    // Decodes the slice data at `bits`. Returns the damage of a broken slice, or nothing.
-    std::unique_ptr<SliceDamage> decode(BitReader& bits, const Slice& slice);
+    // Decodes the slice data at `bits`. Returns the damage of a broken slice, or nothing. `reached` is told, at the end
+    // of every macroblock row and of the slice, the address before which all of the slice's macroblocks are decoded;
+    // not where slice groups take the macroblocks out of their order.
+    std::unique_ptr<SliceDamage> decode(BitReader& bits, const Slice& slice, const std::function<void(int)>& reached);
 
   private:
     struct State;
