@@ -1,29 +1,30 @@
 #include "bit_reader.h"
 
+#include <cstring>
+
 namespace vekdec::h264 {
 
 void Payload::assign(const std::uint8_t* nal, std::size_t bytes) {
-    words_.assign(bytes / 4 + 1 + kSlackWords, 0);
+    static constexpr std::uint8_t kEscape[3] = {0, 0, 3};
+    words_.resize(bytes / 4 + 1 + kSlackWords);
+    auto* const to = reinterpret_cast<std::uint8_t*>(words_.data());
     std::size_t n = 0;  // payload bytes so far
-    int zeros = 0;
-    for (std::size_t i = 0; i < bytes; ++i) {
-        if (zeros >= 2 && nal[i] == 3) {  // emulation_prevention_three_byte, 7.4.1
-            zeros = 0;
-            continue;
-        }
-        zeros = nal[i] == 0 ? zeros + 1 : 0;
-        words_[n / 4] |= Vek32u{nal[i]} << (24 - 8 * (n % 4));
-        ++n;
+    while (bytes > 0) {
+        // Up to an emulation_prevention_three_byte (7.4.1), which is left out, or to the end.
+        const auto* escape = static_cast<const std::uint8_t*>(memmem(nal, bytes, kEscape, sizeof kEscape));
+        const std::size_t run = escape == nullptr ? bytes : static_cast<std::size_t>(escape - nal) + 2;
+        const std::size_t done = escape == nullptr ? run : run + 1;
+        std::memcpy(to + n, nal, run);
+        n += run;
+        nal += done;
+        bytes -= done;
     }
     // The last one bit is rbsp_stop_one_bit; cabac_zero_words and trailing zero bytes lie behind it.
-    while (n > 0 && (words_[(n - 1) / 4] >> (24 - 8 * ((n - 1) % 4)) & 0xff) == 0) --n;
-    bits_ = 0;
-    if (n > 0) {
-        const Vek32u last = words_[(n - 1) / 4] >> (24 - 8 * ((n - 1) % 4)) & 0xff;
-        int stop = 0;
-        while ((last >> stop & 1) == 0) ++stop;
-        bits_ = 8 * n - 1 - static_cast<std::size_t>(stop);
-    }
+    while (n > 0 && to[n - 1] == 0) --n;
+    bits_ = n == 0 ? 0 : 8 * n - 1 - static_cast<std::size_t>(std::countr_zero(to[n - 1]));
+    std::memset(to + n, 0, words_.size() * sizeof words_[0] - n);
+    if constexpr (std::endian::native == std::endian::little)
+        for (std::size_t i = 0; 4 * i < n; ++i) words_[i] = __builtin_bswap32(words_[i]);
 }
 
 BitReader::BitReader(const Payload& payload)
@@ -47,20 +48,9 @@ std::uint32_t BitReader::longUe() {
     return static_cast<std::uint32_t>(value);
 }
 
-int BitReader::ue(const char* element, std::uint32_t most) {
-    const std::uint32_t value = ue();
-    if (value > most)
-        throw BadSyntax(std::string(element) + " is " + std::to_string(value) + ", allowed are 0 to " +
-                        std::to_string(most));
-    return static_cast<int>(value);
-}
-
-int BitReader::se(const char* element, int least, int most) {
-    const std::int32_t value = se();
-    if (value < least || value > most)
-        throw BadSyntax(std::string(element) + " is " + std::to_string(value) + ", allowed are " +
-                        std::to_string(least) + " to " + std::to_string(most));
-    return value;
+void BitReader::throwOutside(const char* element, std::int64_t value, std::int64_t least, std::int64_t most) {
+    throw BadSyntax(std::string(element) + " is " + std::to_string(value) + ", allowed are " + std::to_string(least) +
+                    " to " + std::to_string(most));
 }
 
 }  // namespace vekdec::h264

@@ -60,8 +60,16 @@ class BitReader {
         return code & 1 ? static_cast<std::int32_t>(code >> 1) + 1 : -static_cast<std::int32_t>(code >> 1);
     }
     // ue(v) or se(v) within limits; BadSyntax names the element otherwise.
-    int ue(const char* element, std::uint32_t most);
-    int se(const char* element, int least, int most);
+    int ue(const char* element, std::uint32_t most) {
+        const std::uint32_t value = ue();
+        if (value > most) throwOutside(element, value, 0, most);
+        return static_cast<int>(value);
+    }
+    int se(const char* element, int least, int most) {
+        const std::int32_t value = se();
+        if (value < least || value > most) throwOutside(element, value, least, most);
+        return value;
+    }
 
     bool moreRbspData() const { return position() < end_; }
     std::size_t position() const {  // bits read
@@ -86,6 +94,8 @@ class BitReader {
     }
     std::uint32_t longUe();
     [[noreturn]] static void throwEnd();
+    [[noreturn]] static void throwOutside(const char* element, std::int64_t value, std::int64_t least,
+                                          std::int64_t most);
 
     Vek32u* base_;
     Vek32u* word_;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <bit>
 #include <cstring>
 #include <type_traits>
 
@@ -32,33 +32,33 @@ constexpr std::uint8_t kTc0[52][5] = {
 
 enum Direction { kVerticalEdges = 0, kHorizontalEdges = 1 };
 
-// Boundary strengths of the four edges of a direction: element 4 * edge + segment.
-struct Strengths {
-    Vek8u bS[16];
+// Boundary strengths of an edge's four segments in one word, a byte each: an edge is made, read and stored in one piece,
+// and all segments are worked on at once.
+using EdgeStrength = std::uint32_t;
 
-    // Edges are written and read in one piece: a wider read would wait for the stores before it.
-    std::uint32_t edge(int i) const {
-        std::uint32_t word;
-        std::memcpy(&word, bS + 4 * i, sizeof word);
-        return word;
-    }
-    bool any() const { return (edge(0) | edge(1) | edge(2) | edge(3)) != 0; }
-    void setEdge(int i, int value) { std::memset(bS + 4 * i, value, 4); }
-    void setEdge(int i, const std::array<Vek8u, 4>& values) { std::memcpy(bS + 4 * i, values.data(), 4); }
+// `value` in the segments whose bits are set in `segments`.
+constexpr EdgeStrength strengthOf(unsigned segments, Vek8u value) {
+    std::array<Vek8u, 4> bytes{};
+    for (unsigned s = 0; s < 4; ++s) bytes[s] = segments >> s & 1 ? value : Vek8u{0};
+    return std::bit_cast<EdgeStrength>(bytes);
+}
+constexpr auto kOnes = [] {
+    std::array<EdgeStrength, 16> table{};
+    for (unsigned i = 0; i < 16; ++i) table[i] = strengthOf(i, 1);
+    return table;
+}();
+
+// Boundary strengths of the four edges of a direction.
+struct Strengths {
+    EdgeStrength edge[4];
+    bool any() const { return (edge[0] | edge[1] | edge[2] | edge[3]) != 0; }
 };
 
 // ---- boundary strengths, 8.7.2.1
 
-// An edge's strengths where the set bits of the index mark segments beside coefficients.
-constexpr auto kTwos = [] {
-    std::array<std::array<Vek8u, 4>, 16> table{};
-    for (std::size_t i = 0; i < 16; ++i)
-        for (std::size_t s = 0; s < 4; ++s) table[i][s] = i >> s & 1 ? 2 : 0;
-    return table;
-}();
-
 bool vectorsDiffer(MotionVector a, MotionVector b, int limitY) {
-    return std::abs(a.x - b.x) >= 4 || std::abs(a.y - b.y) >= limitY;
+    const auto x = static_cast<unsigned>(a.x - b.x + 3), y = static_cast<unsigned>(a.y - b.y + limitY - 1);
+    return (x > 6) | (y > 2 * static_cast<unsigned>(limitY) - 2);
 }
 
 // Different reference pictures, a different number of vectors, or vectors far apart: bS 1. i and j are blocks in raster
@@ -67,63 +67,72 @@ bool motionDiffers(const Macroblock& p, int i, const Macroblock& q, int j, int l
     const int pq = (i >> 3) * 2 + (i >> 1 & 1), qq = (j >> 3) * 2 + (j >> 1 & 1);
     const int p0 = p.refPicId[0][pq], p1 = p.refPicId[1][pq], q0 = q.refPicId[0][qq], q1 = q.refPicId[1][qq];
     const auto straight = [&] {
-        return vectorsDiffer(p.mv[0][i], q.mv[0][j], limitY) || vectorsDiffer(p.mv[1][i], q.mv[1][j], limitY);
+        return vectorsDiffer(p.mv[0][i], q.mv[0][j], limitY) | vectorsDiffer(p.mv[1][i], q.mv[1][j], limitY);
     };
     const auto crossed = [&] {
-        return vectorsDiffer(p.mv[0][i], q.mv[1][j], limitY) || vectorsDiffer(p.mv[1][i], q.mv[0][j], limitY);
+        return vectorsDiffer(p.mv[0][i], q.mv[1][j], limitY) | vectorsDiffer(p.mv[1][i], q.mv[0][j], limitY);
     };
     if (p0 == q0 && p1 == q1) return straight() && (p0 != p1 || crossed());
     return p0 != q1 || p1 != q0 || crossed();
 }
 
-// Strengths of the macroblock's own edges 1 to 3, as if its transforms were 4x4.
-void deriveInner(const Macroblock& mb, Strengths strengths[2]) {
+// The strengths of an edge between the blocks i + by * s of p and j + by * s of q, for segments s from 0 to 3. Bits of
+// `coded`: segments beside coefficients. `run` segments in a row have the same motion on both sides.
+EdgeStrength strengthsBetween(const Macroblock& p, int i, const Macroblock& q, int j, int by, unsigned coded, int run,
+                              int limitY) {
+    unsigned differ = 0;
+    for (int s = 0; s < 4; s += run) {
+        const unsigned segments = ((1u << run) - 1) << s;
+        if ((segments & ~coded) != 0 && motionDiffers(p, i + by * s, q, j + by * s, limitY)) differ |= segments;
+    }
+    return 2 * kOnes[coded] | kOnes[differ & ~coded];
+}
+
+// Of blocks in raster order, the first column's bits: rows 0 to 3.
+constexpr unsigned columnBits(unsigned blocks) {
+    blocks &= 0x1111;
+    return (blocks | blocks >> 3 | blocks >> 6 | blocks >> 9) & 15;
+}
+
+// How many segments of an edge along the macroblock have the same motion.
+int motionRun(Partitioning partitioning) {
+    return partitioning == Partitioning::Whole ? 4 : partitioning == Partitioning::Smaller ? 1 : 2;
+}
+
+// Strengths of the macroblock's own edges 1 to 3. The edges inside 8x8 transforms are left out but where the chroma edges
+// of 4:2:2 take their strengths from them.
+void deriveInner(const Macroblock& mb, bool is422, Strengths strengths[2]) {
+    const int by = mb.transform8x8 && !is422 ? 2 : 1;
     if (mb.intra()) {
-        for (int edge = 1; edge < 4; ++edge)
-            for (int direction = 0; direction < 2; ++direction) strengths[direction].setEdge(edge, 3);
+        for (int edge = by; edge < 4; edge += by)
+            for (int direction = 0; direction < 2; ++direction) strengths[direction].edge[edge] = 3 * kOnes[15];
         return;
     }
-    const unsigned nonZero = mb.nonZero;
-    if (nonZero != 0) {
-        const unsigned beside = (nonZero | nonZero << 1) & 0xeeee, over = nonZero | nonZero << 4;
-        for (int edge = 1; edge < 4; ++edge) {
-            const unsigned column = beside >> edge & 0x1111;  // bits 0, 4, 8 and 12 are rows 0 to 3
-            strengths[kVerticalEdges].setEdge(edge, kTwos[(column | column >> 3 | column >> 6 | column >> 9) & 15]);
-            strengths[kHorizontalEdges].setEdge(edge, kTwos[over >> 4 * edge & 15]);
+    const unsigned nonZero = mb.nonZero, beside = nonZero | nonZero << 1, over = nonZero | nonZero << 4;
+    if (nonZero != 0)
+        for (int edge = by; edge < 4; edge += by) {
+            strengths[kVerticalEdges].edge[edge] = 2 * kOnes[columnBits(beside >> edge)];
+            strengths[kHorizontalEdges].edge[edge] = 2 * kOnes[over >> 4 * edge & 15];
         }
-    }
     if (mb.partitioning == Partitioning::Whole) return;
-    const int limitY = mb.field ? 2 : 4;
-    const int first = mb.partitioning == Partitioning::Smaller ? 1 : 2,
-              by = mb.partitioning == Partitioning::Smaller ? 1 : 2;
-    for (int edge = first; edge < 4; edge += by)
-        for (int s = 0; s < 4; ++s) {
-            Vek8u& vertical = strengths[kVerticalEdges].bS[4 * edge + s];
-            if (vertical == 0 && mb.partitioning != Partitioning::Rows16x8)
-                vertical = motionDiffers(mb, 4 * s + edge - 1, mb, 4 * s + edge, limitY);
-            Vek8u& horizontal = strengths[kHorizontalEdges].bS[4 * edge + s];
-            if (horizontal == 0 && mb.partitioning != Partitioning::Columns8x16)
-                horizontal = motionDiffers(mb, 4 * (edge - 1) + s, mb, 4 * edge + s, limitY);
-        }
+    const int run = motionRun(mb.partitioning), limitY = mb.field ? 2 : 4;
+    for (int edge = run; edge < 4; edge += run) {
+        if (mb.partitioning != Partitioning::Rows16x8)
+            strengths[kVerticalEdges].edge[edge] =
+                strengthsBetween(mb, edge - 1, mb, edge, 4, columnBits(beside >> edge), run, limitY);
+        if (mb.partitioning != Partitioning::Columns8x16)
+            strengths[kHorizontalEdges].edge[edge] =
+                strengthsBetween(mb, 4 * (edge - 1), mb, 4 * edge, 1, over >> 4 * edge & 15, run, limitY);
+    }
 }
 
 // Strengths of the macroblock edge between p and q, both frame or both field macroblocks.
-void deriveOuter(const Macroblock& p, const Macroblock& q, Direction direction, Vek8u bS[4]) {
-    if (p.intra() || q.intra()) {
-        std::memset(bS, direction == kHorizontalEdges && q.field ? 3 : 4, 4);
-        return;
-    }
-    const int limitY = q.field ? 2 : 4;
-    const bool vertical = direction == kVerticalEdges;
-    const bool oneMotion = p.partitioning == Partitioning::Whole && q.partitioning == Partitioning::Whole;
-    const Vek8u ofMotion = oneMotion ? motionDiffers(p, 0, q, 0, limitY) : Vek8u{0};
-    for (int s = 0; s < 4; ++s) {
-        const int i = vertical ? 4 * s + 3 : 12 + s, j = vertical ? 4 * s : s;
-        if ((p.nonZero >> i & 1) | (q.nonZero >> j & 1))
-            bS[s] = 2;
-        else
-            bS[s] = oneMotion ? ofMotion : static_cast<Vek8u>(motionDiffers(p, i, q, j, limitY));
-    }
+EdgeStrength deriveOuter(const Macroblock& p, const Macroblock& q, Direction direction) {
+    if (p.intra() || q.intra()) return (direction == kHorizontalEdges && q.field ? 3 : 4) * kOnes[15];
+    const int run = std::min(motionRun(p.partitioning), motionRun(q.partitioning)), limitY = q.field ? 2 : 4;
+    return direction == kVerticalEdges
+               ? strengthsBetween(p, 3, q, 0, 4, columnBits(p.nonZero >> 3 | q.nonZero), run, limitY)
+               : strengthsBetween(p, 12, q, 0, 1, (p.nonZero >> 12 | q.nonZero) & 15, run, limitY);
 }
 
 // A segment between a frame and a field macroblock (mixedModeEdgeFlag 1).
@@ -131,8 +140,18 @@ Vek8u mixedStrength(const Macroblock& p, int i, const Macroblock& q, int j, Dire
     if (p.intra() || q.intra()) return direction == kVerticalEdges ? 4 : 3;
     return (p.nonZero >> i & 1) | (q.nonZero >> j & 1) ? 2 : 1;
 }
+template <typename OfSegment>
+EdgeStrength mixedStrengths(OfSegment of) {
+    return std::bit_cast<EdgeStrength>(std::array<Vek8u, 4>{of(0), of(1), of(2), of(3)});
+}
 
 // ---- filtering
+
+// tC0 of an edge's segments (Table 8-17, a row of kTc0), a byte each: those of bS 1, 2 and 3, else 0.
+std::uint32_t tc0Of(EdgeStrength bS, const std::uint8_t* row) {
+    const std::uint32_t odd = bS & kOnes[15], high = bS >> 1 & kOnes[15];
+    return odd * row[1] + high * row[2] + (odd & high) * (0u + row[3] - row[1] - row[2]);  // all sums fit their bytes
+}
 
 template <typename Sample>
 class Filter {
@@ -156,10 +175,11 @@ class Filter {
     }
 
   private:
-    // Sample is also the type of alpha, beta and tC0.
+    // What the library takes beside samples and strengths: [0] for the outer edge, [1] for the inner ones. Sample is also
+    // the type of alpha, beta and tC0.
     struct Thresholds {
         Sample alpha[2], beta[2];
-        int indexA[2];
+        Sample tc0[16];
     };
 
     // `column` and `row` count macroblocks, or pairs of MBAFF frames.
@@ -170,23 +190,28 @@ class Filter {
                      int row = 0, int stepFactor = 1);
     void callEdges(Direction direction, int component, std::uint8_t* data, int step, const Thresholds& t,
                    const Strengths& strengths) const;
-    void callMixed(int component, std::uint8_t* data, int step, const Thresholds& t, const Vek8u bS[4]) const;
+    void callMixed(int component, std::uint8_t* data, int step, const Thresholds& t, EdgeStrength bS) const;
 
     static int qpOf(const Macroblock& mb, int component) { return component == 0 ? mb.qp : mb.qpc[component - 1]; }
     int bitDepth(int component) const { return component == 0 ? sps_.bitDepthLuma : sps_.bitDepthChroma; }
-    Sample scaled(int value, int component) const {
-        return static_cast<Sample>(value << (std::is_same_v<Sample, Vek8u> ? 0 : bitDepth(component) - 8));
+    // Alpha and beta of the outer (0) or the inner edges (1), whose average QP is qpAv. Returns tC0's row.
+    const std::uint8_t* setThresholds(Thresholds& t, int which, int qpAv, int component) const {
+        const int indexA = std::clamp(qpAv + parameters_->alphaC0Offset, 0, 51);
+        const int indexB = std::clamp(qpAv + parameters_->betaOffset, 0, 51);
+        const int shift = std::is_same_v<Sample, Vek8u> ? 0 : bitDepth(component) - 8;
+        t.alpha[which] = static_cast<Sample>(kAlpha[indexA] << shift);
+        t.beta[which] = static_cast<Sample>(kBeta[indexB] << shift);
+        return kTc0[indexA];
     }
-    Thresholds thresholds(const Macroblock* outer, const Macroblock& mb, int component) const {
-        Thresholds t{};
-        const int own = qpOf(mb, component);
-        for (int i = 0; i < 2; ++i) {
-            const int qpAv = i == 1 || outer == nullptr ? own : (qpOf(*outer, component) + own + 1) >> 1;
-            t.indexA[i] = std::clamp(qpAv + parameters_->alphaC0Offset, 0, 51);
-            t.alpha[i] = scaled(kAlpha[t.indexA[i]], component);
-            t.beta[i] = scaled(kBeta[std::clamp(qpAv + parameters_->betaOffset, 0, 51)], component);
+    void setTc0(Thresholds& t, int edge, EdgeStrength bS, const std::uint8_t* row, int component) const {
+        const std::uint32_t word = tc0Of(bS, row);
+        if constexpr (std::is_same_v<Sample, Vek8u>) {
+            std::memcpy(t.tc0 + 4 * edge, &word, 4);
+        } else {
+            const auto bytes = std::bit_cast<std::array<Vek8u, 4>>(word);
+            for (std::size_t s = 0; s < 4; ++s)
+                t.tc0[4 * edge + static_cast<int>(s)] = static_cast<Sample>(bytes[s] << (bitDepth(component) - 8));
         }
-        return t;
     }
 
     Picture& picture_;
@@ -210,14 +235,6 @@ void Filter<Sample>::filterMacroblock(int address, int column, int row) {
     const int width = picture_.widthInMbs;
     const bool pairs = picture_.mbaff && structure_ == kFrame;
     const bool bottom = pairs && address % 2 != 0;
-    const int macroblockRow = pairs ? 2 * row + (bottom && !mb.field) : structure_ == kFrame ? row : 2 * row;
-    const int parityRow = pairs ? bottom && mb.field : structure_ == kBottomField;
-    for (int i = 0; i < planes_; ++i) {
-        const PlaneMemory& plane = picture_.plane[i];
-        data_[i] = plane.data + plane.stride * (macroblockRow * mbHeight_[i] + parityRow) +
-                   column * mbWidth_[i] * static_cast<int>(sizeof(Sample));
-        step_[i] = static_cast<int>(plane.stride) * (mb.field ? 2 : 1);
-    }
     const bool withinSlice = parameters_->disableDeblockingIdc == 2;
     const auto usable = [&](const Macroblock& other) {
         return other.type != MbType::Missing && (!withinSlice || other.slice == mb.slice);
@@ -238,46 +255,58 @@ void Filter<Sample>::filterMacroblock(int address, int column, int row) {
     }
     if (left != nullptr && !usable(*left)) left = nullptr;
     if (above != nullptr && !usable(*above)) above = nullptr;
+    const bool mixedLeft = left != nullptr && pairs && left->field != mb.field;
 
     Strengths strengths[2] = {};
-    deriveInner(mb, strengths);
-    if (left != nullptr && pairs && left->field != mb.field) {
-        filterMixedLeft(left - bottom, mb, bottom);
-        left = nullptr;
-    } else if (left != nullptr) {
-        deriveOuter(*left, mb, kVerticalEdges, strengths[kVerticalEdges].bS);
+    deriveInner(mb, sps_.chromaFormatIdc == 2, strengths);
+    if (left != nullptr && !mixedLeft) strengths[kVerticalEdges].edge[0] = deriveOuter(*left, mb, kVerticalEdges);
+    if (above != nullptr && mixedAbove)
+        strengths[kHorizontalEdges].edge[0] =
+            mixedStrengths([&](int s) { return mixedStrength(*above, 12 + s, mb, s, kHorizontalEdges); });
+    else if (above != nullptr && !aboveInFields)
+        strengths[kHorizontalEdges].edge[0] = deriveOuter(*above, mb, kHorizontalEdges);
+    if (!mixedLeft && !aboveInFields && !strengths[0].any() && !strengths[1].any()) return;
+
+    const int macroblockRow = pairs ? 2 * row + (bottom && !mb.field) : structure_ == kFrame ? row : 2 * row;
+    const int parityRow = pairs ? bottom && mb.field : structure_ == kBottomField;
+    for (int i = 0; i < planes_; ++i) {
+        const PlaneMemory& plane = picture_.plane[i];
+        data_[i] = plane.data + plane.stride * (macroblockRow * mbHeight_[i] + parityRow) +
+                   column * mbWidth_[i] * static_cast<int>(sizeof(Sample));
+        step_[i] = static_cast<int>(plane.stride) * (mb.field ? 2 : 1);
     }
+    if (mixedLeft) filterMixedLeft(left - bottom, mb, bottom);
     filterEdges(kVerticalEdges, left, mb, strengths[kVerticalEdges]);
-    if (above != nullptr && aboveInFields) {
-        filterTopInFields(above, mb);
-        above = nullptr;
-    } else if (above != nullptr && mixedAbove) {
-        for (int s = 0; s < 4; ++s)
-            strengths[kHorizontalEdges].bS[s] = mixedStrength(*above, 12 + s, mb, s, kHorizontalEdges);
-    } else if (above != nullptr) {
-        deriveOuter(*above, mb, kHorizontalEdges, strengths[kHorizontalEdges].bS);
-    }
+    if (above != nullptr && aboveInFields) filterTopInFields(above, mb);
     filterEdges(kHorizontalEdges, above, mb, strengths[kHorizontalEdges]);
 }
 
-// All edges of a direction, in all components. `outer` is the macroblock at the other side of edge 0. The block begins
-// `row` rows further down, its rows lie `stepFactor` times as far apart.
+// All edges of a direction, in all components. `outer` is the macroblock at the other side of edge 0; it counts where that
+// edge has a strength. The block begins `row` rows further down, its rows lie `stepFactor` times as far apart.
 template <typename Sample>
 void Filter<Sample>::filterEdges(Direction direction, const Macroblock* outer, const Macroblock& mb,
                                  const Strengths& strengths, int row, int stepFactor) {
     if (!strengths.any()) return;
+    Thresholds t{};
     for (int i = 0; i < planes_; ++i) {
-        const Thresholds t = thresholds(outer, mb, i);
+        // Cr is most often as Cb.
+        if (i < 2 || mb.qpc[0] != mb.qpc[1] || (outer != nullptr && outer->qpc[0] != outer->qpc[1])) {
+            const int own = qpOf(mb, i);
+            // tC0 stands for edges 0 to 3, or for edges 0 and 2 one behind the other.
+            const int by = i == 0 || (sps_.chromaFormatIdc == 2 && direction == kHorizontalEdges) ? 1 : 2;
+            if (strengths.edge[0] != 0) {
+                const auto* row0 = setThresholds(t, 0, (qpOf(*outer, i) + own + 1) >> 1, i);
+                setTc0(t, 0, strengths.edge[0], row0, i);
+            }
+            const auto* rows = setThresholds(t, 1, own, i);
+            for (int edge = by; edge < 4; edge += by) setTc0(t, edge / by, strengths.edge[edge], rows, i);
+        }
         if (t.alpha[0] == 0 && t.alpha[1] == 0) continue;
         std::uint8_t* data = data_[i] + std::ptrdiff_t{step_[i]} * row;
-        if (i == 0 && mb.transform8x8) {
-            Strengths of8x8 = strengths;
-            of8x8.setEdge(1, 0);
-            of8x8.setEdge(3, 0);
-            callEdges(direction, i, data, step_[i] * stepFactor, t, of8x8);
-        } else {
+        if (i == 0 && mb.transform8x8)
+            callEdges(direction, i, data, step_[i] * stepFactor, t, {{strengths.edge[0], 0, strengths.edge[2], 0}});
+        else
             callEdges(direction, i, data, step_[i] * stepFactor, t, strengths);
-        }
     }
 }
 
@@ -286,15 +315,16 @@ template <typename Sample>
 void Filter<Sample>::filterMixedLeft(const Macroblock* left, const Macroblock& mb, bool bottom) {
     for (int call = 0; call < 2; ++call) {
         const Macroblock& p = left[call];
-        Vek8u bS[4];
-        for (int k = 0; k < 4; ++k) {
+        const EdgeStrength bS = mixedStrengths([&](int k) {
             // Rows of 4x4 blocks on either side of the call's lines 2k and 2k + 1. Of a frame macroblock a call has the
             // even or the odd rows, of a field macroblock the upper or the lower half.
             const int rowP = mb.field ? k : 2 * bottom + k / 2, rowQ = mb.field ? 2 * call + k / 2 : k;
-            bS[k] = mixedStrength(p, 4 * rowP + 3, mb, 4 * rowQ, kVerticalEdges);
-        }
+            return mixedStrength(p, 4 * rowP + 3, mb, 4 * rowQ, kVerticalEdges);
+        });
         for (int i = 0; i < planes_; ++i) {
-            const Thresholds t = thresholds(&p, mb, i);
+            Thresholds t{};
+            const auto* row = setThresholds(t, 0, (qpOf(p, i) + qpOf(mb, i) + 1) >> 1, i);
+            setTc0(t, 0, bS, row, i);
             std::uint8_t* data = data_[i] + std::ptrdiff_t{step_[i]} * (mb.field ? call * mbHeight_[i] / 2 : call);
             callMixed(i, data, mb.field ? step_[i] : 2 * step_[i], t, bS);
         }
@@ -306,7 +336,8 @@ template <typename Sample>
 void Filter<Sample>::filterTopInFields(const Macroblock* above, const Macroblock& mb) {
     for (int field = 0; field < 2; ++field) {
         Strengths strengths{};
-        for (int s = 0; s < 4; ++s) strengths.bS[s] = mixedStrength(above[field], 12 + s, mb, s, kHorizontalEdges);
+        strengths.edge[0] =
+            mixedStrengths([&](int s) { return mixedStrength(above[field], 12 + s, mb, s, kHorizontalEdges); });
         filterEdges(kHorizontalEdges, &above[field], mb, strengths, field, 2);
     }
 }
@@ -315,30 +346,25 @@ template <typename Sample>
 void Filter<Sample>::callEdges(Direction direction, int component, std::uint8_t* data, int step, const Thresholds& t,
                                const Strengths& strengths) const {
     auto* samples = reinterpret_cast<Sample*>(data);
+    const auto* bS = reinterpret_cast<const Vek8u*>(strengths.edge);
     const bool vertical = direction == kVerticalEdges, is422 = sps_.chromaFormatIdc == 2;
-    // tC0 of all edges, or of edges 0 and 2 one behind the other.
-    const bool allEdges = component == 0 || (is422 && !vertical);
-    Sample tc0[16] = {};
-    for (int edge = 0; edge < (allEdges ? 4 : 2); ++edge) {
-        if (strengths.edge(allEdges ? edge : 2 * edge) == 0) continue;
-        const std::uint8_t* row = kTc0[t.indexA[edge > 0]];
-        const Vek8u* bS = strengths.bS + 4 * (allEdges ? edge : 2 * edge);
-        for (int s = 0; s < 4; ++s) tc0[4 * edge + s] = scaled(row[bS[s]], component);
-    }
     if constexpr (std::is_same_v<Sample, Vek8u>) {
-        if (component != 0 && is422) {
-            const VekDeblockingParams8u p = {samples, step, t.alpha, t.beta, tc0, strengths.bS};
+        if (component == 0) {
+            if (vertical)
+                vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR(samples, step, t.alpha, t.beta, t.tc0, bS);
+            else
+                vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR(samples, step, t.alpha, t.beta, t.tc0, bS);
+        } else if (is422) {
+            const VekDeblockingParams8u p = {samples, step, t.alpha, t.beta, t.tc0, bS};
             (vertical ? vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR
                       : vekiFilterDeblockingChroma422HorEdge_H264_8u_C1IR)(&p);
-            return;
+        } else if (vertical) {
+            vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR(samples, step, t.alpha, t.beta, t.tc0, bS);
+        } else {
+            vekiFilterDeblockingChroma_HorEdge_H264_8u_C1IR(samples, step, t.alpha, t.beta, t.tc0, bS);
         }
-        const auto call = component == 0 ? (vertical ? vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR
-                                                     : vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR)
-                                         : (vertical ? vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR
-                                                     : vekiFilterDeblockingChroma_HorEdge_H264_8u_C1IR);
-        call(samples, step, t.alpha, t.beta, tc0, strengths.bS);
     } else {
-        const VekDeblockingParams16u p = {samples, step / 2, t.alpha, t.beta, tc0, strengths.bS, bitDepth(component)};
+        const VekDeblockingParams16u p = {samples, step / 2, t.alpha, t.beta, t.tc0, bS, bitDepth(component)};
         const auto call = component == 0 ? (vertical ? vekiFilterDeblockingLumaVerEdge_H264_16u_C1IR
                                                      : vekiFilterDeblockingLumaHorEdge_H264_16u_C1IR)
                           : is422        ? (vertical ? vekiFilterDeblockingChroma422VerEdge_H264_16u_C1IR
@@ -351,29 +377,28 @@ void Filter<Sample>::callEdges(Direction direction, int component, std::uint8_t*
 
 template <typename Sample>
 void Filter<Sample>::callMixed(int component, std::uint8_t* data, int step, const Thresholds& t,
-                               const Vek8u bS[4]) const {
-    Sample tc0[8] = {};
-    for (int k = 0; k < 4; ++k) tc0[k] = scaled(kTc0[t.indexA[0]][bS[k]], component);
+                               EdgeStrength bS) const {
     auto* samples = reinterpret_cast<Sample*>(data);
     if (component != 0 && sps_.chromaFormatIdc == 2) {
         // Eight lines, two to a strength: what the 4:2:0 form does on its outer edge.
-        Strengths strengths{};
-        std::memcpy(strengths.bS, bS, 4);
+        const Strengths edges = {{bS}};
+        const auto* strengths = reinterpret_cast<const Vek8u*>(edges.edge);
         if constexpr (std::is_same_v<Sample, Vek8u>) {
-            vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR(samples, step, t.alpha, t.beta, tc0, strengths.bS);
+            vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR(samples, step, t.alpha, t.beta, t.tc0, strengths);
         } else {
-            const VekDeblockingParams16u p = {samples,      step / 2,           t.alpha, t.beta, tc0,
-                                              strengths.bS, bitDepth(component)};
+            const VekDeblockingParams16u p = {samples,   step / 2,           t.alpha, t.beta, t.tc0,
+                                              strengths, bitDepth(component)};
             vekiFilterDeblockingChromaVerEdge_H264_16u_C1IR(&p);
         }
         return;
     }
+    const auto* strengths = reinterpret_cast<const Vek8u*>(&bS);
     if constexpr (std::is_same_v<Sample, Vek8u>) {
-        (component == 0
-             ? vekiFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR
-             : vekiFilterDeblockingChroma_VerEdge_MBAFF_H264_8u_C1IR)(samples, step, t.alpha[0], t.beta[0], tc0, bS);
+        (component == 0 ? vekiFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR
+                        : vekiFilterDeblockingChroma_VerEdge_MBAFF_H264_8u_C1IR)(samples, step, t.alpha[0], t.beta[0],
+                                                                                 t.tc0, strengths);
     } else {
-        const VekDeblockingParams16u p = {samples, step / 2, t.alpha, t.beta, tc0, bS, bitDepth(component)};
+        const VekDeblockingParams16u p = {samples, step / 2, t.alpha, t.beta, t.tc0, strengths, bitDepth(component)};
         (component == 0 ? vekiFilterDeblockingLumaVerEdgeMBAFF_H264_16u_C1IR
                         : vekiFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR)(&p);
     }

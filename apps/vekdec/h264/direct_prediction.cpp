@@ -119,22 +119,54 @@ void DirectPrediction::derive(int quadrant, MotionCache& cache) const {
         deriveTemporal(quadrant, cache);
 }
 
+bool DirectPrediction::deriveAll(MotionCache& cache) const {
+    if (context_.slice->header.directSpatialMvPred) {
+        // Most often the co-located blocks do not count, or all say the same.
+        const bool counts = colocatedCounts();
+        const int step = context_.sps->direct8x8Inference ? 3 : 1;
+        const bool still = counts && colZero(0, 0);
+        bool same = true;
+        for (int y = 0; counts && y < 4; y += step)
+            for (int x = 0; x < 4; x += step) same = same && colZero(x, y) == still;
+        if (same) {
+            setSpatial(0, 0, 4, still, cache);
+            return true;
+        }
+    }
+    for (int i = 0; i < 4; ++i) derive(i, cache);
+    for (int list = 0; list < 2; ++list) {
+        const int first = MotionCache::at(0, 0);
+        for (int y = 0; y < 4; ++y)
+            for (int x = 0; x < 4; ++x) {
+                const int i = MotionCache::at(x, y);
+                if (cache.ref[list][i] != cache.ref[list][first] || cache.mv[list][i] != cache.mv[list][first])
+                    return false;
+            }
+    }
+    return true;
+}
+
+// Whether a still co-located block makes a difference.
+bool DirectPrediction::colocatedCounts() const {
+    return !context_.references[current_.view][1][0].longTerm &&
+           ((spatialRef_[0] == 0 && spatialMv_[0] != MotionVector{}) ||
+            (spatialRef_[1] == 0 && spatialMv_[1] != MotionVector{}));
+}
+
+void DirectPrediction::setSpatial(int x, int y, int size, bool still, MotionCache& cache) const {
+    for (int list = 0; list < 2; ++list)
+        cache.fill(list, x, y, size, size, static_cast<std::int8_t>(spatialRef_[list]),
+                   still && spatialRef_[list] == 0 ? MotionVector{} : spatialMv_[list]);
+}
+
 void DirectPrediction::deriveSpatial(int quadrant, MotionCache& cache) const {
     const int x0 = quadrant % 2 * 2, y0 = quadrant / 2 * 2;
-    const bool colMayStill = !context_.references[current_.view][1][0].longTerm &&
-                             ((spatialRef_[0] == 0 && spatialMv_[0] != MotionVector{}) ||
-                              (spatialRef_[1] == 0 && spatialMv_[1] != MotionVector{}));
-    const auto set = [&](int x, int y, int size, bool still) {
-        for (int list = 0; list < 2; ++list)
-            cache.fill(list, x, y, size, size, static_cast<std::int8_t>(spatialRef_[list]),
-                       still && spatialRef_[list] == 0 ? MotionVector{} : spatialMv_[list]);
-    };
-    if (!colMayStill) {
-        set(x0, y0, 2, false);
+    if (!colocatedCounts()) {
+        setSpatial(x0, y0, 2, false, cache);
     } else if (context_.sps->direct8x8Inference) {
-        set(x0, y0, 2, colZero(x0 / 2 * 3, y0 / 2 * 3));  // the macroblock's corner
+        setSpatial(x0, y0, 2, colZero(x0 / 2 * 3, y0 / 2 * 3), cache);  // the macroblock's corner
     } else {
-        for (int i = 0; i < 4; ++i) set(x0 + i % 2, y0 + i / 2, 1, colZero(x0 + i % 2, y0 + i / 2));
+        for (int i = 0; i < 4; ++i) setSpatial(x0 + i % 2, y0 + i / 2, 1, colZero(x0 + i % 2, y0 + i / 2), cache);
     }
 }
 

@@ -15,6 +15,8 @@ class DirectPrediction {
     void prepare(const MotionCache& cache);
     // Derives the quadrant (0 to 3) into the cache. Throws BadSyntax where a reference is missing.
     void derive(int quadrant, MotionCache& cache) const;
+    // Derives all four; returns whether they move as one.
+    bool deriveAll(MotionCache& cache) const;
 
   private:
     enum class VertMvScale { OneToOne, FrameToField, FieldToFrame };
@@ -26,6 +28,8 @@ class DirectPrediction {
     void findColocated();
     Colocated colocated(int x, int y) const;
     bool colZero(int x, int y) const;
+    bool colocatedCounts() const;
+    void setSpatial(int x, int y, int size, bool still, MotionCache& cache) const;
     void deriveSpatial(int quadrant, MotionCache& cache) const;
     void deriveTemporal(int quadrant, MotionCache& cache) const;
     int mapColToList0(int refPicId) const;

@@ -9,18 +9,10 @@
 namespace vekdec::h264 {
 namespace {
 
-// A plane of a reference: a frame's, or one field's with twice the frame's step.
 template <typename Sample>
-struct ReferencePlane {
-    const Sample* data;
-    int step;  // bytes
-    int width, height;
-    int bitDepth;
-
-    const Sample* row(int y) const {
-        return reinterpret_cast<const Sample*>(reinterpret_cast<const std::uint8_t*>(data) + std::ptrdiff_t{step} * y);
-    }
-};
+const Sample* sampleAt(const ReferencePlane& plane, int x, int y) {
+    return reinterpret_cast<const Sample*>(plane.data + std::ptrdiff_t{plane.step} * y) + x;
+}
 
 template <typename Sample>
 struct Block {
@@ -32,11 +24,11 @@ constexpr int kPatchStep = 32;  // samples; the widest patch is 16 + 5
 
 // Copies the samples of columns x0 to x0 + w - 1 and rows y0 to y0 + h - 1, clamped to the plane (8.4.2.2), to `patch`.
 template <typename Sample>
-void copyClamped(const ReferencePlane<Sample>& ref, int x0, int y0, int w, int h, Sample* patch) {
+void copyClamped(const ReferencePlane& ref, int x0, int y0, int w, int h, Sample* patch) {
     const int left = std::clamp(-x0, 0, w), right = std::clamp(x0 + w - ref.width, 0, w);
     const int inside = w - left - right;
     for (int y = 0; y < h; ++y, patch += kPatchStep) {
-        const Sample* row = ref.row(std::clamp(y0 + y, 0, ref.height - 1));
+        const auto* row = sampleAt<Sample>(ref, 0, std::clamp(y0 + y, 0, ref.height - 1));
         std::fill_n(patch, left, row[0]);
         if (inside > 0) std::memcpy(patch + left, row + x0 + left, static_cast<std::size_t>(inside) * sizeof(Sample));
         std::fill_n(patch + w - right, right, row[ref.width - 1]);
@@ -49,6 +41,13 @@ struct Margin {
 };
 
 enum class Component { Luma, Chroma };
+
+// In a direction with that fraction.
+template <Component component>
+constexpr Margin marginOf(int fraction) {
+    if (fraction == 0) return {0, 0};
+    return component == Component::Luma ? Margin{2, 3} : Margin{0, 1};
+}
 
 template <Component component, typename Sample>
 void interpolateInside(const Sample* src, int srcStep, const Block<Sample>& to, VekiSize size, int dx, int dy,
@@ -89,39 +88,37 @@ struct Position {
     int x, y, dx, dy;
 };
 
-// Interpolates a block, of luma or of one or both chroma components, which move alike.
-template <Component component, std::size_t planes, typename Sample>
-void interpolate(const ReferencePlane<Sample> (&refs)[planes], Position at, const Block<Sample> (&to)[planes],
-                 VekiSize size) {
-    constexpr Margin margin = component == Component::Luma ? Margin{2, 3} : Margin{0, 1};
-    const Margin mx = at.dx != 0 ? margin : Margin{0, 0}, my = at.dy != 0 ? margin : Margin{0, 0};
-    const ReferencePlane<Sample>& ref = refs[0];
+// Interpolates a block of which some sample that it reads lies outside the reference.
+template <Component component, typename Sample>
+[[gnu::noinline]] void interpolateAtBorder(const ReferencePlane& ref, Position at, const Block<Sample>& to,
+                                           VekiSize size, int bitDepth) {
+    const Margin mx = marginOf<component>(at.dx), my = marginOf<component>(at.dy);
+    constexpr Margin most = marginOf<component>(1);
     const int width = size.width, height = size.height;
     // Blocks further out see nothing but border samples: no need to go further.
-    const int x = std::clamp(at.x, -width - margin.behind, ref.width - 1 + margin.before);
-    const int y = std::clamp(at.y, -height - margin.behind, ref.height - 1 + margin.before);
+    const int x = std::clamp(at.x, -width - most.behind, ref.width - 1 + most.before);
+    const int y = std::clamp(at.y, -height - most.behind, ref.height - 1 + most.before);
     const bool above = y - my.before<0, below = y + height + my.behind> ref.height;
-    if (x - mx.before >= 0 && x + width + mx.behind <= ref.width && !(above && below)) {
-        const std::ptrdiff_t offset = std::ptrdiff_t{ref.step} * y + x * static_cast<int>(sizeof(Sample));
-        for (std::size_t i = 0; i < planes; ++i) {
-            const Sample* src =
-                reinterpret_cast<const Sample*>(reinterpret_cast<const std::uint8_t*>(refs[i].data) + offset);
-            if (!above && !below)
-                interpolateInside<component>(src, ref.step, to[i], size, at.dx, at.dy, ref.bitDepth);
-            else
-                interpolateOutside<component>(src, ref.step, to[i], size, at.dx, at.dy, above,
-                                              above ? -y : y + height - ref.height, ref.bitDepth);
-        }
+    if (x - mx.before >= 0 && x + width + mx.behind <= ref.width && above != below) {
+        interpolateOutside<component>(sampleAt<Sample>(ref, x, y), ref.step, to, size, at.dx, at.dy, above,
+                                      above ? -y : y + height - ref.height, bitDepth);
         return;
     }
     alignas(32) Sample patch[kPatchStep * (16 + 5)];
-    for (std::size_t i = 0; i < planes; ++i) {
-        copyClamped(refs[i], x - margin.before, y - margin.before, width + margin.before + margin.behind,
-                    height + margin.before + margin.behind, patch);
-        interpolateInside<component>(patch + margin.before * (kPatchStep + 1),
-                                     kPatchStep * static_cast<int>(sizeof(Sample)), to[i], size, at.dx, at.dy,
-                                     ref.bitDepth);
-    }
+    copyClamped(ref, x - most.before, y - most.before, width + most.before + most.behind,
+                height + most.before + most.behind, patch);
+    interpolateInside<component>(patch + most.before * (kPatchStep + 1), kPatchStep * static_cast<int>(sizeof(Sample)),
+                                 to, size, at.dx, at.dy, bitDepth);
+}
+
+template <Component component, typename Sample>
+void interpolate(const ReferencePlane& ref, Position at, const Block<Sample>& to, VekiSize size, int bitDepth) {
+    const Margin mx = marginOf<component>(at.dx), my = marginOf<component>(at.dy);
+    if (at.x >= mx.before && at.x + size.width + mx.behind <= ref.width && at.y >= my.before &&
+        at.y + size.height + my.behind <= ref.height)
+        interpolateInside<component>(sampleAt<Sample>(ref, at.x, at.y), ref.step, to, size, at.dx, at.dy, bitDepth);
+    else
+        interpolateAtBorder<component>(ref, at, to, size, bitDepth);
 }
 
 // ---- weighting, 8.4.2.3
@@ -243,37 +240,35 @@ class Predictor {
             if (pictures[list]->picture == nullptr) throw BadSyntax("a reference picture is missing");
         }
         const bool both = pictures[0] != nullptr && pictures[1] != nullptr;
-        const Block<Sample> luma[1] = {block(0, x, y)};
         // Sizes are built from numbers at hand, never read back in one piece from where they were stored in two.
         const VekiSize lumaSize = {4 * w, 4 * h}, chromaSize = {2 * w, 4 * h >> subY_};
+        Block<Sample> own[3];
+        for (std::size_t i = 0; i < planes_; ++i) own[i] = block(i, x, y);
         alignas(32) Sample second[3][16 * 16];
         constexpr int kSpareStep = 16 * static_cast<int>(sizeof(Sample));
+        const Block<Sample> aside[3] = {{second[0], kSpareStep}, {second[1], kSpareStep}, {second[2], kSpareStep}};
         for (std::size_t list = 0; list < 2; ++list) {
             if (pictures[list] == nullptr) continue;
             const ReferencePicture& reference = *pictures[list];
             const MotionVector mv = mb.mv[list][4 * y + x];
-            const bool aside = both && list == 1;
-            const Block<Sample> lumaAside[1] = {{second[0], kSpareStep}};
-            const ReferencePlane<Sample> lumaRef[1] = {plane(reference, 0)};
-            interpolate<Component::Luma>(lumaRef, lumaPosition(mv, 4 * x, 4 * y), aside ? lumaAside : luma, lumaSize);
+            const Block<Sample>* to = both && list == 1 ? aside : own;
+            interpolate<Component::Luma>(reference.plane[0], lumaPosition(mv, 4 * x, 4 * y), to[0], lumaSize,
+                                         bitDepth(0));
             if (planes_ == 1) continue;
-            const Block<Sample> chroma[2] = {
-                aside ? Block<Sample>{second[1], kSpareStep} : block(1, x, y),
-                aside ? Block<Sample>{second[2], kSpareStep} : block(2, x, y),
-            };
-            const ReferencePlane<Sample> chromaRefs[2] = {plane(reference, 1), plane(reference, 2)};
-            interpolate<Component::Chroma>(chromaRefs, chromaPosition(reference, mv, 4 * x, 4 * y), chroma, chromaSize);
+            const Position at = chromaPosition(reference, mv, 4 * x, 4 * y);
+            for (std::size_t i = 1; i < 3; ++i)
+                interpolate<Component::Chroma>(reference.plane[i], at, to[i], chromaSize, bitDepth(i));
         }
         if (!both && context_.weightMode != WeightMode::Explicit) return;
+        BlockWeights weights{};
         for (std::size_t i = 0; i < planes_; ++i) {
             const VekiSize size = i == 0 ? lumaSize : chromaSize;
-            const BlockWeights weights = context_.weightMode == WeightMode::Default
-                                             ? BlockWeights{}
-                                             : weightsOf(context_, current_.view, ref, i);
+            if (context_.weightMode == WeightMode::Explicit || (context_.weightMode == WeightMode::Implicit && i == 0))
+                weights = weightsOf(context_, current_.view, ref, i);
             if (both)
-                weightTwo(block(i, x, y), size, second[i], kSpareStep, weights, bitDepth(i));
+                weightTwo(own[i], size, second[i], kSpareStep, weights, bitDepth(i));
             else
-                weightOne(block(i, x, y), size, weights, pictures[0] != nullptr ? 0 : 1, bitDepth(i));
+                weightOne(own[i], size, weights, pictures[0] != nullptr ? 0 : 1, bitDepth(i));
         }
     }
 
@@ -286,12 +281,6 @@ class Predictor {
         const int sx = component == 0 ? 0 : 1, sy = component == 0 ? 0 : subY_;
         auto* row = current_.plane[component] + std::ptrdiff_t{current_.planeStep[component]} * (4 * y >> sy);
         return {reinterpret_cast<Sample*>(row) + (4 * x >> sx), current_.planeStep[component]};
-    }
-    ReferencePlane<Sample> plane(const ReferencePicture& reference, std::size_t component) const {
-        const PlaneMemory& memory = reference.picture->plane[component];
-        const int fields = reference.structure != kFrame ? 2 : 1;
-        return {reinterpret_cast<const Sample*>(reference.plane[component]), static_cast<int>(memory.stride) * fields,
-                memory.width, fields == 2 ? memory.height / 2 : memory.height, bitDepth(component)};
     }
     // (x, y) is the partition's place in the macroblock, in luma samples.
     Position lumaPosition(MotionVector mv, int x, int y) const {

@@ -445,19 +445,9 @@ void SliceDecoder::State::predictDirect() {
     Macroblock& mb = *current.mb;
     DirectPrediction direct(context, current);
     direct.prepare(motion);
-    for (int i = 0; i < 4; ++i) direct.derive(i, motion);
-    mb.partitioning = context.sps->direct8x8Inference ? Partitioning::Quadrants : Partitioning::Smaller;
-    // Most move as a whole.
-    for (int list = 0; list < 2; ++list) {
-        const int first = MotionCache::at(0, 0);
-        for (int y = 0; y < 4; ++y)
-            for (int x = 0; x < 4; ++x) {
-                const int i = MotionCache::at(x, y);
-                if (motion.ref[list][i] != motion.ref[list][first] || motion.mv[list][i] != motion.mv[list][first])
-                    return;
-            }
-    }
-    mb.partitioning = Partitioning::Whole;
+    mb.partitioning = direct.deriveAll(motion)          ? Partitioning::Whole
+                      : context.sps->direct8x8Inference ? Partitioning::Quadrants
+                                                        : Partitioning::Smaller;
 }
 
 // From the cache to the macroblock, for the neighbours, later pictures and the deblocking filter.

@@ -21,10 +21,23 @@ struct MotionCache {
 
     static constexpr int at(int x, int y) { return (y + 1) * kStep + x + 1; }  // in units of 4 samples
     void fill(int list, int x, int y, int w, int h, std::int8_t refIdx, MotionVector vector) {
+        // Widths as constants: a row is one or two stores.
         for (int row = y; row < y + h; ++row) {
-            std::fill_n(ref[list] + at(x, row), w, refIdx);
-            std::fill_n(mv[list] + at(x, row), w, vector);
+            const int first = at(x, row);
+            if (w == 4)
+                fillRow<4>(list, first, refIdx, vector);
+            else if (w == 2)
+                fillRow<2>(list, first, refIdx, vector);
+            else
+                fillRow<1>(list, first, refIdx, vector);
         }
+    }
+
+  private:
+    template <int w>
+    void fillRow(int list, int first, std::int8_t refIdx, MotionVector vector) {
+        std::fill_n(ref[list] + first, w, refIdx);
+        std::fill_n(mv[list] + first, w, vector);
     }
 };
 

@@ -96,21 +96,23 @@ struct Parser {
     bool block8x8(Counts& counts, int quadrant, const std::uint8_t* scan8x8) {
         static constexpr Vek32s kInOrder[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
         Coeff* const whole = next;
-        Coeff parts[4][16];
+        Coeff parts[4][16] = {};
         int total = 0;
-        bool coded[4];
         for (int i = 0; i < 4; ++i) {
             const int at = Counts::at(quadrant % 2 * 2 + i % 2, quadrant / 2 * 2 + i / 2);
             next = parts[i];
             const int n = block(counts.nC(at), 16, kInOrder);
             counts.count[at] = static_cast<std::uint8_t>(n);
-            coded[i] = n != 0;
             total += n;
         }
         next = whole;
         if (total == 0) return false;
-        for (int i = 0; i < 4; ++i)
-            for (int k = 0; k < 16; ++k) whole[scan8x8[4 * k + i]] = coded[i] ? parts[i][k] : Coeff{0};
+        std::memset(whole, 0, 64 * sizeof(Coeff));
+        for (int k = 0, left = total; left > 0 && k < 16; ++k)
+            for (int i = 0; i < 4; ++i) {
+                whole[scan8x8[4 * k + i]] = parts[i][k];
+                left -= parts[i][k] != 0;
+            }
         next += 64;
         return true;
     }

@@ -18,9 +18,13 @@ ReferencePicture resolve(const Reference& reference, int structure) {
     r.id = 4 * r.picture->id + structure;
     r.poc = r.picture->pocOf(structure);
     r.longTerm = reference.longTerm();
-    for (int i = 0; i < 3; ++i)
-        if (r.picture->plane[i].data != nullptr)
-            r.plane[i] = r.picture->plane[i].data + (structure == kBottomField ? r.picture->plane[i].stride : 0);
+    const int rows = structure == kFrame ? 1 : 2;  // of the frame for one of the reference
+    for (int i = 0; i < 3; ++i) {
+        const PlaneMemory& memory = r.picture->plane[i];
+        if (memory.data == nullptr) continue;
+        r.plane[i] = {memory.data + (structure == kBottomField ? memory.stride : 0),
+                      static_cast<int>(memory.stride) * rows, memory.width, memory.height / rows};
+    }
     return r;
 }
 

@@ -10,6 +10,13 @@
 
 namespace vekdec::h264 {
 
+// A plane of a reference: a frame's, or one field's with twice the frame's step.
+struct ReferencePlane {
+    const std::uint8_t* data = nullptr;
+    int step = 0;               // bytes
+    int width = 0, height = 0;  // samples
+};
+
 // An entry of a reference picture list as a macroblock sees it: a frame, or one field as a picture of its own.
 struct ReferencePicture {
     const Picture* picture = nullptr;  // null: the stream never sent it
@@ -17,7 +24,7 @@ struct ReferencePicture {
     int id = -1;  // 4 * Picture::id + structure
     int poc = 0;
     bool longTerm = false;
-    const std::uint8_t* plane[3] = {};  // its first rows
+    ReferencePlane plane[3];
 };
 
 // How the macroblocks of the picture see references: all of a field picture and frame macroblocks of a frame as the
