@@ -5,6 +5,15 @@
 
 namespace vekdec::h264 {
 
+void prefetchColocated(const SliceContext& context, int address) {
+    if (context.referenceCount[kAsListed][1] == 0) return;
+    const Picture* col = context.references[kAsListed][1][0].picture;
+    const auto i = static_cast<std::size_t>(address);
+    if (col == nullptr || i >= col->mbs.size()) return;
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&col->mbs[i]);
+    for (std::size_t at = 0; at < sizeof(Macroblock); at += 64) __builtin_prefetch(bytes + at);
+}
+
 DirectPrediction::DirectPrediction(const SliceContext& context, const CurrentMacroblock& current)
     : context_(context), current_(current) {}
 

@@ -139,6 +139,7 @@ void SliceDecoder::State::start(int address, bool field) {
         current.planeStep[i] = static_cast<int>(plane.stride) * current.step;
     }
     findNeighbours(context, current, neighbours);
+    if (isB()) prefetchColocated(context, address + 3);
 }
 
 void SliceDecoder::State::setQp(Macroblock& mb) const {
