@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <stdexcept>
 
@@ -31,6 +32,9 @@ std::vector<std::uint8_t> readFile(const std::string& name) {
     std::FILE* file = name == "-" ? stdin : std::fopen(name.c_str(), "rb");
     if (file == nullptr) throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
     std::vector<std::uint8_t> bytes;
+    std::error_code unknown;  // of a pipe
+    const auto size = std::filesystem::file_size(name, unknown);
+    if (!unknown) bytes.reserve(size);
     std::uint8_t chunk[1 << 16];
     for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;)
         bytes.insert(bytes.end(), chunk, chunk + n);

@@ -111,14 +111,21 @@ template <Component component, typename Sample>
                                  to, size, at.dx, at.dy, bitDepth);
 }
 
-template <Component component, typename Sample>
-void interpolate(const ReferencePlane& ref, Position at, const Block<Sample>& to, VekiSize size, int bitDepth) {
+// Interpolates a block of luma, or the two of the chroma components, which move alike.
+template <Component component, std::size_t first, std::size_t last, typename Sample>
+void interpolate(const ReferencePlane (&refs)[3], Position at, const Block<Sample> (&to)[3], VekiSize size,
+                 int bitDepth) {
     const Margin mx = marginOf<component>(at.dx), my = marginOf<component>(at.dy);
+    const ReferencePlane& ref = refs[first];
     if (at.x >= mx.before && at.x + size.width + mx.behind <= ref.width && at.y >= my.before &&
-        at.y + size.height + my.behind <= ref.height)
-        interpolateInside<component>(sampleAt<Sample>(ref, at.x, at.y), ref.step, to, size, at.dx, at.dy, bitDepth);
-    else
-        interpolateAtBorder<component>(ref, at, to, size, bitDepth);
+        at.y + size.height + my.behind <= ref.height) {
+        const std::ptrdiff_t offset = std::ptrdiff_t{ref.step} * at.y;
+        for (std::size_t i = first; i <= last; ++i)
+            interpolateInside<component>(reinterpret_cast<const Sample*>(refs[i].data + offset) + at.x, ref.step, to[i],
+                                         size, at.dx, at.dy, bitDepth);
+    } else {
+        for (std::size_t i = first; i <= last; ++i) interpolateAtBorder<component>(refs[i], at, to[i], size, bitDepth);
+    }
 }
 
 // ---- weighting, 8.4.2.3
@@ -251,13 +258,12 @@ class Predictor {
             if (pictures[list] == nullptr) continue;
             const ReferencePicture& reference = *pictures[list];
             const MotionVector mv = mb.mv[list][4 * y + x];
-            const Block<Sample>* to = both && list == 1 ? aside : own;
-            interpolate<Component::Luma>(reference.plane[0], lumaPosition(mv, 4 * x, 4 * y), to[0], lumaSize,
-                                         bitDepth(0));
-            if (planes_ == 1) continue;
-            const Position at = chromaPosition(reference, mv, 4 * x, 4 * y);
-            for (std::size_t i = 1; i < 3; ++i)
-                interpolate<Component::Chroma>(reference.plane[i], at, to[i], chromaSize, bitDepth(i));
+            const Block<Sample>(&to)[3] = both && list == 1 ? aside : own;
+            interpolate<Component::Luma, 0, 0>(reference.plane, lumaPosition(mv, 4 * x, 4 * y), to, lumaSize,
+                                               bitDepth(0));
+            if (planes_ == 3)
+                interpolate<Component::Chroma, 1, 2>(reference.plane, chromaPosition(reference, mv, 4 * x, 4 * y), to,
+                                                     chromaSize, bitDepth(1));
         }
         if (!both && context_.weightMode != WeightMode::Explicit) return;
         BlockWeights weights{};

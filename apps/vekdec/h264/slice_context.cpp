@@ -35,6 +35,18 @@ int implicitWeight(int current, const ReferencePicture& ref0, const ReferencePic
     return weight < -64 || weight > 128 ? 32 : weight;
 }
 
+// Whether explicit weights (8.4.2.3.2) say no more than the default prediction does.
+bool allDefault(const SliceHeader& header) {
+    for (std::size_t list = 0; list < (header.type == SliceType::B ? 2u : 1u); ++list)
+        for (std::size_t ref = 0; ref < static_cast<std::size_t>(header.numRefIdxActive[list]); ++ref)
+            for (std::size_t i = 0; i < 3; ++i) {
+                const Weight& w = header.weights[list][ref][i];
+                const int denominator = i == 0 ? header.lumaLog2WeightDenom : header.chromaLog2WeightDenom;
+                if (w.weight != 1 << denominator || w.offset != 0) return false;
+            }
+    return true;
+}
+
 }  // namespace
 
 int distScaleFactor(int current, int poc0, int poc1) {
@@ -55,6 +67,7 @@ void SliceContext::begin(const Slice& s) {
     const bool isB = s.header.type == SliceType::B;
     weightMode = !isB ? (pps->weightedPred ? WeightMode::Explicit : WeightMode::Default)
                       : static_cast<WeightMode>(pps->weightedBipredIdc);
+    if (weightMode == WeightMode::Explicit && allDefault(s.header)) weightMode = WeightMode::Default;
     currPoc[kAsListed] = picture->pocOf(s.structure);
     currPoc[kFromTopField] = picture->pocOf(kTopField);
     currPoc[kFromBottomField] = picture->pocOf(kBottomField);
