@@ -70,7 +70,7 @@ struct Parser {
         else
             status = vekiDecodeCAVLCCoeffs_H264_1u32s(bits.word(), bits.offset(), &total, &next, nC,
                                                       static_cast<Vek16s>(most), tokens, zeros, runs, order);
-        if (status != vekStsOk || bits.beyondEnd()) throw BadSyntax("no valid coefficient code");
+        if (status != vekStsOk) throw BadSyntax("no valid coefficient code");
         return total;
     }
 
@@ -87,7 +87,7 @@ struct Parser {
         else
             status = (is422 ? vekiDecodeCAVLCChroma422DcCoeffs_H264_1u32s : vekiDecodeCAVLCChromaDcCoeffs_H264_1u32s)(
                 bits.word(), bits.offset(), &total, &next, token, zeros, runs);
-        if (status != vekStsOk || bits.beyondEnd()) throw BadSyntax("no valid chroma DC coefficient code");
+        if (status != vekStsOk) throw BadSyntax("no valid chroma DC coefficient code");
         return total;
     }
 
@@ -198,6 +198,8 @@ void parseResidual(BitReader& bits, const CavlcTables& tables, const Neighbours&
             }
         }
     }
+    // Only now: a block that begins in the zeros behind the end has no valid code.
+    if (bits.beyondEnd()) throw BadSyntax("the data ends inside the coefficients");
     residual.coded = coded;
     residual.codedChroma = codedChroma;
 }
