@@ -46,8 +46,20 @@ struct SliceDecoder::State {
     CurrentMacroblock current;
     Neighbours neighbours;
     MotionCache motion;
-    Residual<Vek16s> residual16;
-    Residual<Vek32s> residual32;
+    // Macroblocks are parsed a row ahead of their reconstruction: the code of both would not fit the processor's
+    // instruction cache together.
+    struct Parsed {
+        CurrentMacroblock macroblock;
+        unsigned intraEdges = 0;
+        std::size_t coeffs = 0;  // where its coefficients begin, one macroblock's behind the other's
+        Vek32u coded = 0, codedChroma = 0;
+    };
+    std::vector<Parsed> parsed;
+    std::size_t mostParsed = 0;
+    Parsed item;                   // of the current macroblock
+    std::size_t coeffsParsed = 0;  // their end
+    std::vector<Vek16s> coeffs16;  // for samples of 8 bits
+    std::vector<Vek32s> coeffs32;  // for wider ones
     BitReader* bits = nullptr;
     bool inMacroblock = false;  // one is begun and not yet whole
     int qp = 0;                 // QPY of the macroblock before
@@ -57,6 +69,7 @@ struct SliceDecoder::State {
     int planes = 1, mbWidth[3] = {}, mbHeight[3] = {};
 
     void decodeSlice(BitReader& reader, const Slice& slice, const std::function<void(int)>& reached);
+    void reconstructParsed();
 
   private:
     bool isB() const { return context.slice->header.type == SliceType::B; }
@@ -76,7 +89,11 @@ struct SliceDecoder::State {
     MotionVector parseMvd(MotionVector predicted);
     void predictDirect();
     void storeMotion();
-    void finishInter();
+    void finishMacroblock();
+    template <typename Sample, typename Coeff>
+    void reconstructOne(const Parsed& p, std::vector<Coeff>& coeffs);
+    template <typename Coeff>
+    void parseCoefficients(std::vector<Coeff>& coeffs);
 
     int unit_ = -1, column_ = 0, row_ = 0;  // the last macroblock (pair) and its place
 };
@@ -105,6 +122,8 @@ void SliceDecoder::State::start(int address, bool field) {
     std::memcpy(static_cast<void*>(&mb), &kBlank, offsetof(Macroblock, mv));  // vectors are stored where they count
     mb.field = field || fieldPicture;
     mb.slice = static_cast<std::uint16_t>(context.slice->number);
+    item = {};
+    item.coeffs = coeffsParsed;
     current.mb = &mb;
     current.address = address;
     current.bottom = context.mbaff && address % 2 != 0;
@@ -169,6 +188,15 @@ void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice, con
                 static_cast<std::int8_t>(chromaQp(q, context.pps->chromaQpIndexOffset[i], qpBdOffsetC));
     unit_ = -2;
     const bool mbaff = context.mbaff;
+    mostParsed = static_cast<std::size_t>(context.widthInMbs * (mbaff ? 2 : 1));
+    parsed.clear();
+    parsed.reserve(mostParsed);
+    coeffsParsed = 0;
+    const std::size_t most = mostParsed * Residual<Vek16s>::kMost;
+    if (wide)
+        coeffs32.resize(std::max(coeffs32.size(), most));
+    else
+        coeffs16.resize(std::max(coeffs16.size(), most));
     int address = slice.header.firstMbInSlice * (mbaff ? 2 : 1);
     current.address = address;
     bool field = false;       // mb_field_decoding_flag of the pair
@@ -178,9 +206,11 @@ void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice, con
         if (address >= context.mbCount) throw BadSyntax("macroblocks behind the end of the picture");
     };
     const auto next = [&] {
-        const bool rowEnds = column_ == context.widthInMbs - 1 && (!mbaff || current.bottom);
+        finishMacroblock();
+        const bool ends = !bits->moreRbspData() || (column_ == context.widthInMbs - 1 && (!mbaff || current.bottom));
+        if (ends || parsed.size() == mostParsed) reconstructParsed();
         address = nextAddress(address);
-        if (slice.mbToSliceGroupMap == nullptr && (rowEnds || !bits->moreRbspData())) reached(address);
+        if (ends && slice.mbToSliceGroupMap == nullptr) reached(address);
     };
     for (;;) {
         if (slice.header.type != SliceType::I) {
@@ -204,7 +234,6 @@ void SliceDecoder::State::decodeSlice(BitReader& reader, const Slice& slice, con
         topSkipped = false;
         decodeMacroblock(address, field);
         if (bits->beyondEnd()) throw BadSyntax("the data ends inside a macroblock");
-        inMacroblock = false;
         next();
         if (!bits->moreRbspData()) return;
     }
@@ -225,9 +254,7 @@ void SliceDecoder::State::decodeSkipped(int address, bool field) {
         mb.partitioning = Partitioning::Whole;
     }
     storeMotion();
-    finishInter();
     mb.type = MbType::Inter;
-    inMacroblock = false;
 }
 
 // ---- macroblock_layer(), 7.3.5
@@ -266,11 +293,7 @@ void SliceDecoder::State::parseIntra(unsigned mbType) {
     if (context.sps->chromaFormatIdc != 0)
         mb.predModeChroma = static_cast<std::uint8_t>(bits->ue("intra_chroma_pred_mode", 3));
     parsePatternAndResidual(false);
-    const unsigned edges = intraEdgeFlags(neighbours, constrained, mb.field);
-    if (wide)
-        reconstruct<Vek16u>(context, current, edges, scales, residual32);
-    else
-        reconstruct<Vek8u>(context, current, edges, scales, residual16);
+    item.intraEdges = intraEdgeFlags(neighbours, constrained, mb.field);
 }
 
 void SliceDecoder::State::parsePcm() {
@@ -315,7 +338,6 @@ void SliceDecoder::State::parsePatternAndResidual(bool transform8x8Allowed) {
     } else if (chromaFormatIdc == 0) {
         mb.codedBlockPattern &= 15;
     }
-    residual16.coded = residual16.codedChroma = residual32.coded = residual32.codedChroma = 0;
     if (mb.codedBlockPattern != 0 || mb.type == MbType::I16x16) {
         const int delta = bits->se("mb_qp_delta", -26 - qpBdOffsetY / 2, 25 + qpBdOffsetY / 2);
         const int range = 52 + qpBdOffsetY;
@@ -323,9 +345,9 @@ void SliceDecoder::State::parsePatternAndResidual(bool transform8x8Allowed) {
         setQp(mb);
         mb.bypass = context.sps->losslessQpprime && qp + qpBdOffsetY == 0;
         if (wide)
-            parseResidual(*bits, tables, neighbours, chromaFormatIdc, mb, residual32);
+            parseCoefficients(coeffs32);
         else
-            parseResidual(*bits, tables, neighbours, chromaFormatIdc, mb, residual16);
+            parseCoefficients(coeffs16);
     } else {
         mb.bypass = context.sps->losslessQpprime && qp + qpBdOffsetY == 0;
     }
@@ -356,7 +378,6 @@ void SliceDecoder::State::parseInter(unsigned mbType) {
     storeMotion();
     mb.type = MbType::Inter;
     parsePatternAndResidual(transform8x8Allowed);
-    finishInter();
 }
 
 // ref_idx: te(v), 9.1.
@@ -481,15 +502,51 @@ void SliceDecoder::State::storeMotion() {
     }
 }
 
-void SliceDecoder::State::finishInter() {
-    Macroblock& mb = *current.mb;
-    if (wide) {
-        predictInter<Vek16u>(context, current);
-        if (!mb.skipped) reconstruct<Vek16u>(context, current, 0, scales, residual32);
-    } else {
-        predictInter<Vek8u>(context, current);
-        if (!mb.skipped) reconstruct<Vek8u>(context, current, 0, scales, residual16);
+// ---- from syntax to samples
+
+template <typename Coeff>
+void SliceDecoder::State::parseCoefficients(std::vector<Coeff>& coeffs) {
+    Residual<Coeff> residual{coeffs.data() + item.coeffs};
+    const Coeff* end = parseResidual(*bits, tables, neighbours, context.sps->chromaFormatIdc, *current.mb, residual);
+    item.coded = residual.coded;
+    item.codedChroma = residual.codedChroma;
+    coeffsParsed = static_cast<std::size_t>(end - coeffs.data());
+}
+
+void SliceDecoder::State::finishMacroblock() {
+    item.macroblock = current;
+    parsed.push_back(item);
+    inMacroblock = false;
+}
+
+template <typename Sample, typename Coeff>
+void SliceDecoder::State::reconstructOne(const Parsed& p, std::vector<Coeff>& coeffs) {
+    const Macroblock& mb = *p.macroblock.mb;
+    if (mb.type == MbType::IPcm) return;  // its samples stand there
+    if (!mb.intra()) predictInter<Sample>(context, p.macroblock);
+    if (!mb.skipped)
+        reconstruct<Sample>(context, p.macroblock, p.intraEdges, scales,
+                            Residual<Coeff>{coeffs.data() + p.coeffs, p.coded, p.codedChroma});
+}
+
+// Throws BadSyntax for the macroblock that `current` is then; it and those parsed behind it are missing.
+void SliceDecoder::State::reconstructParsed() {
+    std::size_t i = 0;
+    try {
+        for (; i < parsed.size(); ++i) {
+            if (wide)
+                reconstructOne<Vek16u>(parsed[i], coeffs32);
+            else
+                reconstructOne<Vek8u>(parsed[i], coeffs16);
+        }
+    } catch (const BadSyntax&) {
+        current = parsed[i].macroblock;
+        for (; i < parsed.size(); ++i) parsed[i].macroblock.mb->type = MbType::Missing;
+        parsed.clear();
+        throw;
     }
+    parsed.clear();
+    coeffsParsed = 0;
 }
 
 SliceDecoder::SliceDecoder() : state_(std::make_unique<State>()) {}
@@ -497,12 +554,20 @@ SliceDecoder::~SliceDecoder() = default;
 
 std::unique_ptr<SliceDamage> SliceDecoder::decode(BitReader& bits, const Slice& slice,
                                                   const std::function<void(int)>& reached) {
+    State& s = *state_;
+    const auto damage = [&](const BadSyntax& e) { return std::make_unique<SliceDamage>(s.current.address, e.what()); };
     try {
-        state_->decodeSlice(bits, slice, reached);
+        s.decodeSlice(bits, slice, reached);
         return nullptr;
     } catch (const BadSyntax& e) {
-        if (state_->inMacroblock) state_->current.mb->type = MbType::Missing;
-        return std::make_unique<SliceDamage>(state_->current.address, e.what());
+        if (s.inMacroblock) s.current.mb->type = MbType::Missing;
+        auto found = damage(e);
+        try {
+            s.reconstructParsed();
+        } catch (const BadSyntax& earlier) {
+            found = damage(earlier);
+        }
+        return found;
     }
 }
 

@@ -91,13 +91,14 @@ Coeff* packWhole(const Coeff* plane, int across, int blocks, const std::uint8_t*
 
 constexpr std::uint8_t kInOrder[8] = {0, 1, 2, 3, 4, 5, 6, 7};
 
+// Sums `residual`, a copy of `old` with room for all coefficients.
 template <typename Coeff>
-void accumulateLossless(const Macroblock& mb, int chromaFormatIdc, Residual<Coeff>& residual) {
+void accumulateLossless(const Macroblock& mb, int chromaFormatIdc, const Residual<Coeff>& old,
+                        Residual<Coeff>& residual) {
     if (mb.type == MbType::I4x4 || mb.type == MbType::I8x8) accumulateBlocks(mb, residual);
     const bool luma = mb.type == MbType::I16x16 && mb.predMode16x16 < 2;
     const bool chroma = chromaFormatIdc != 0 && (mb.predModeChroma == 1 || mb.predModeChroma == 2);
     if (!luma && !chroma) return;
-    const Residual<Coeff> old = residual;
     const Coeff* from = old.coeffs;  // never behind `to`
     Coeff* to = residual.coeffs;
     Coeff plane[256];
@@ -265,10 +266,16 @@ void reconstructChroma(const Operands& o, Coeff** coeffs, Vek32u coded, bool is4
 
 template <typename Sample, typename Coeff>
 void reconstruct(const SliceContext& context, const CurrentMacroblock& current, unsigned edgeFlags,
-                 const LevelScales& scales, Residual<Coeff>& residual) {
+                 const LevelScales& scales, Residual<Coeff> residual) {
     const Macroblock& mb = *current.mb;
     const int chromaFormatIdc = context.sps->chromaFormatIdc;
-    if (mb.bypass && mb.intra()) accumulateLossless(mb, chromaFormatIdc, residual);
+    Coeff summed[Residual<Coeff>::kMost];
+    if (mb.bypass && mb.intra()) {
+        const Residual<Coeff> old = residual;
+        residual.coeffs = summed;
+        std::memcpy(summed, old.coeffs, sizeof summed);
+        accumulateLossless(mb, chromaFormatIdc, old, residual);
+    }
     const Operands operands{context, current, edgeFlags, scales};
     Coeff* coeffs = residual.coeffs;
     const bool intra = mb.intra();
@@ -280,8 +287,8 @@ void reconstruct(const SliceContext& context, const CurrentMacroblock& current, 
 }
 
 template void reconstruct<Vek8u, Vek16s>(const SliceContext&, const CurrentMacroblock&, unsigned, const LevelScales&,
-                                         Residual<Vek16s>&);
+                                         Residual<Vek16s>);
 template void reconstruct<Vek16u, Vek32s>(const SliceContext&, const CurrentMacroblock&, unsigned, const LevelScales&,
-                                          Residual<Vek32s>&);
+                                          Residual<Vek32s>);
 
 }  // namespace vekdec::h264

@@ -23,10 +23,9 @@ class LevelScales {
 // QPc of a chroma component (8.5.8): -QpBdOffsetC to 39.
 int chromaQp(int qpY, int chromaQpIndexOffset, int qpBdOffsetC);
 
-// Predicts an intra macroblock, or takes the inter prediction that stands in the picture, and adds the residual. The
-// residual of lossless macroblocks is changed (8.5.15). Throws BadSyntax where an intra mode needs a missing neighbour.
+// Predicts an intra macroblock, or takes the inter prediction that stands in the picture, and adds the residual. Throws BadSyntax where an intra mode needs a missing neighbour.
 template <typename Sample, typename Coeff>
 void reconstruct(const SliceContext& context, const CurrentMacroblock& current, unsigned edgeFlags,
-                 const LevelScales& scales, Residual<Coeff>& residual);
+                 const LevelScales& scales, Residual<Coeff> residual);
 
 }  // namespace vekdec::h264

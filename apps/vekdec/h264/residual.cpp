@@ -143,8 +143,8 @@ void gatherChroma(const Neighbours& n, int component, int rows, Counts& counts) 
 }  // namespace
 
 template <typename Coeff>
-void parseResidual(BitReader& bits, const CavlcTables& tables, const Neighbours& neighbours, int chromaFormatIdc,
-                   Macroblock& mb, Residual<Coeff>& residual) {
+Coeff* parseResidual(BitReader& bits, const CavlcTables& tables, const Neighbours& neighbours, int chromaFormatIdc,
+                     Macroblock& mb, Residual<Coeff>& residual) {
     Parser<Coeff> parser{bits, tables, kScan4x4[mb.field], residual.coeffs};
     Vek32u coded = 0, codedChroma = 0;
     Counts counts;
@@ -202,11 +202,12 @@ void parseResidual(BitReader& bits, const CavlcTables& tables, const Neighbours&
     if (bits.beyondEnd()) throw BadSyntax("the data ends inside the coefficients");
     residual.coded = coded;
     residual.codedChroma = codedChroma;
+    return parser.next;
 }
 
-template void parseResidual<Vek16s>(BitReader&, const CavlcTables&, const Neighbours&, int, Macroblock&,
-                                    Residual<Vek16s>&);
-template void parseResidual<Vek32s>(BitReader&, const CavlcTables&, const Neighbours&, int, Macroblock&,
-                                    Residual<Vek32s>&);
+template Vek16s* parseResidual<Vek16s>(BitReader&, const CavlcTables&, const Neighbours&, int, Macroblock&,
+                                       Residual<Vek16s>&);
+template Vek32s* parseResidual<Vek32s>(BitReader&, const CavlcTables&, const Neighbours&, int, Macroblock&,
+                                       Residual<Vek32s>&);
 
 }  // namespace vekdec::h264

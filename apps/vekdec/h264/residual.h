@@ -34,16 +34,16 @@ class CavlcTables {
 template <typename Coeff>
 struct Residual {
     static constexpr int kMost = 16 + 256 + 2 * 8 + 2 * 128;
-    alignas(64) Coeff coeffs[kMost + 64];
-    Vek32u coded;        // the library's coded-block bits: luma, and chroma of 4:2:0
-    Vek32u codedChroma;  // those of 4:2:2 chroma
+    Coeff* coeffs;           // as many as the bits say, kMost at most
+    Vek32u coded = 0;        // the library's coded-block bits: luma, and chroma of 4:2:0
+    Vek32u codedChroma = 0;  // those of 4:2:2 chroma
 };
 
-// Parses residual(): fills `residual`, and the counts and bits of mb that neighbours and the deblocking filter read.
-// mb.type, codedBlockPattern, transform8x8 and field are set. Throws BadSyntax.
+// Parses residual(): fills `residual`, whose coefficients have room for kMost, and the counts and bits of mb that neighbours and the deblocking filter read.
+// mb.type, codedBlockPattern, transform8x8 and field are set. Returns the end of the coefficients. Throws BadSyntax.
 template <typename Coeff>
-void parseResidual(BitReader& bits, const CavlcTables& tables, const Neighbours& neighbours, int chromaFormatIdc,
-                   Macroblock& mb, Residual<Coeff>& residual);
+Coeff* parseResidual(BitReader& bits, const CavlcTables& tables, const Neighbours& neighbours, int chromaFormatIdc,
+                     Macroblock& mb, Residual<Coeff>& residual);
 
 // The zig-zag scan of 8.5.6 and 8.5.7: raster positions by index. [0] frame, [1] field.
 extern const Vek32s kScan4x4[2][16];
