@@ -7,25 +7,10 @@
 #include "direct_prediction.h"
 #include "inter_prediction.h"
 #include "intra_modes.h"
-#include "reconstruction.h"
+#include "slice_decoder_state.h"
 
 namespace vekdec::h264 {
 namespace {
-
-// Prediction lists of a partition.
-enum : std::uint8_t { kL0 = 1, kL1 = 2, kBi = 3 };
-
-// Table 7-14, mb_type 4 to 21 in pairs of 16x8 and 8x16: the lists of the two partitions.
-constexpr std::uint8_t kPartitionLists[9][2] = {{kL0, kL0}, {kL1, kL1}, {kL0, kL1}, {kL1, kL0}, {kL0, kBi},
-                                                {kL1, kBi}, {kBi, kL0}, {kBi, kL1}, {kBi, kBi}};
-// Tables 7-17 and 7-18: a sub-macroblock's lists and the size of its blocks in units of 4 samples.
-struct SubMbType {
-    std::uint8_t lists, w, h;
-};
-constexpr SubMbType kSubMbTypesP[4] = {{kL0, 2, 2}, {kL0, 2, 1}, {kL0, 1, 2}, {kL0, 1, 1}};
-constexpr SubMbType kSubMbTypesB[13] = {{0, 0, 0},   {kL0, 2, 2}, {kL1, 2, 2}, {kBi, 2, 2}, {kL0, 2, 1},
-                                        {kL0, 1, 2}, {kL1, 2, 1}, {kL1, 1, 2}, {kBi, 2, 1}, {kBi, 1, 2},
-                                        {kL0, 1, 1}, {kL1, 1, 1}, {kBi, 1, 1}};
 
 // Table 9-4: coded_block_pattern by codeNum, [0] Intra, [1] Inter; with chroma and in monochrome.
 constexpr std::uint8_t kCodedBlockPattern[2][48] = {
@@ -37,66 +22,6 @@ constexpr std::uint8_t kCodedBlockPatternMonochrome[2][16] = {{15, 0, 7, 11, 13,
                                                               {0, 1, 2, 4, 8, 3, 5, 10, 12, 15, 7, 11, 13, 14, 6, 9}};
 
 }  // namespace
-
-// The slice data being decoded. Buffers are as large as any macroblock needs, for good.
-struct SliceDecoder::State {
-    CavlcTables tables;
-    LevelScales scales;
-    SliceContext context;
-    CurrentMacroblock current;
-    Neighbours neighbours;
-    MotionCache motion;
-    // Macroblocks are parsed a row ahead of their reconstruction: the code of both would not fit the processor's
-    // instruction cache together.
-    struct Parsed {
-        CurrentMacroblock macroblock;
-        unsigned intraEdges = 0;
-        std::size_t coeffs = 0;  // where its coefficients begin, one macroblock's behind the other's
-        Vek32u coded = 0, codedChroma = 0;
-    };
-    std::vector<Parsed> parsed;
-    std::size_t mostParsed = 0;
-    Parsed item;                   // of the current macroblock
-    std::size_t coeffsParsed = 0;  // their end
-    std::vector<Vek16s> coeffs16;  // for samples of 8 bits
-    std::vector<Vek32s> coeffs32;  // for wider ones
-    BitReader* bits = nullptr;
-    bool inMacroblock = false;  // one is begun and not yet whole
-    int qp = 0;                 // QPY of the macroblock before
-    int qpBdOffsetY = 0, qpBdOffsetC = 0;
-    std::int8_t chromaQps[2][52 + 36];  // QPc of Cb and Cr by QPY + QpBdOffsetY
-    bool wide = false;                  // samples of 16 bits
-    int planes = 1, mbWidth[3] = {}, mbHeight[3] = {};
-
-    void decodeSlice(BitReader& reader, const Slice& slice, const std::function<void(int)>& reached);
-    void reconstructParsed();
-
-  private:
-    bool isB() const { return context.slice->header.type == SliceType::B; }
-    int nextAddress(int address) const;
-    void start(int address, bool field);
-    void decodeSkipped(int address, bool field);
-    void decodeMacroblock(int address, bool field);
-    void setQp(Macroblock& mb) const;
-
-    void parseIntra(unsigned mbType);
-    void parsePcm();
-    void parseInter(unsigned mbType);
-    void parsePartitions(Partitioning partitioning, const std::uint8_t* lists);
-    void parseSubMacroblocks(bool refsAreZero);
-    void parsePatternAndResidual(bool transform8x8Allowed);
-    int parseRefIdx(std::size_t list);
-    MotionVector parseMvd(MotionVector predicted);
-    void predictDirect();
-    void storeMotion();
-    void finishMacroblock();
-    template <typename Sample, typename Coeff>
-    void reconstructOne(const Parsed& p, std::vector<Coeff>& coeffs);
-    template <typename Coeff>
-    void parseCoefficients(std::vector<Coeff>& coeffs);
-
-    int unit_ = -1, column_ = 0, row_ = 0;  // the last macroblock (pair) and its place
-};
 
 // NextMbAddress (8.2.2), in MBAFF frames of pairs.
 int SliceDecoder::State::nextAddress(int address) const {
@@ -350,155 +275,6 @@ void SliceDecoder::State::parsePatternAndResidual(bool transform8x8Allowed) {
             parseCoefficients(coeffs16);
     } else {
         mb.bypass = context.sps->losslessQpprime && qp + qpBdOffsetY == 0;
-    }
-}
-
-// ---- inter macroblocks: mb_pred() and sub_mb_pred(), 7.3.5.1, 7.3.5.2
-
-void SliceDecoder::State::parseInter(unsigned mbType) {
-    Macroblock& mb = *current.mb;
-    gatherMotion(neighbours, mb.field, isB() ? 2 : 1, motion);
-    bool transform8x8Allowed = true;
-    if (isB() && mbType == 0) {
-        predictDirect();
-        transform8x8Allowed = context.sps->direct8x8Inference;
-    } else if (mbType == (isB() ? 22u : 3u) || (!isB() && mbType == 4)) {
-        parseSubMacroblocks(!isB() && mbType == 4);
-        transform8x8Allowed = mb.partitioning != Partitioning::Smaller;
-    } else if (!isB()) {
-        static constexpr std::uint8_t kLists[2] = {kL0, kL0};
-        parsePartitions(static_cast<Partitioning>(mbType), kLists);
-    } else if (mbType < 4) {
-        const std::uint8_t lists[2] = {static_cast<std::uint8_t>(mbType), 0};
-        parsePartitions(Partitioning::Whole, lists);
-    } else {
-        parsePartitions(mbType % 2 == 0 ? Partitioning::Rows16x8 : Partitioning::Columns8x16,
-                        kPartitionLists[(mbType - 4) / 2]);
-    }
-    storeMotion();
-    mb.type = MbType::Inter;
-    parsePatternAndResidual(transform8x8Allowed);
-}
-
-// ref_idx: te(v), 9.1.
-int SliceDecoder::State::parseRefIdx(std::size_t list) {
-    const int count = context.referenceCount[current.view][list];
-    if (count == 0) throw BadSyntax("a reference index without references");
-    if (count == 1) return 0;
-    if (count == 2) return bits->flag() ? 0 : 1;
-    return bits->ue("ref_idx", static_cast<unsigned>(count - 1));
-}
-
-MotionVector SliceDecoder::State::parseMvd(MotionVector predicted) {
-    // Sums wrap: only broken streams leave the range of vectors.
-    const auto x = static_cast<std::uint32_t>(bits->se()), y = static_cast<std::uint32_t>(bits->se());
-    return {static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.x) + x),
-            static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.y) + y)};
-}
-
-void SliceDecoder::State::parsePartitions(Partitioning partitioning, const std::uint8_t* lists) {
-    current.mb->partitioning = partitioning;
-    const int count = partitioning == Partitioning::Whole ? 1 : 2;
-    const int w = partitioning == Partitioning::Columns8x16 ? 2 : 4, h = partitioning == Partitioning::Rows16x8 ? 2 : 4;
-    const PartitionShape shape = partitioning == Partitioning::Rows16x8      ? PartitionShape::Wide16x8
-                                 : partitioning == Partitioning::Columns8x16 ? PartitionShape::Tall8x16
-                                                                             : PartitionShape::Other;
-    int ref[2][2];
-    for (std::size_t list = 0; list < 2; ++list)
-        for (int i = 0; i < count; ++i) ref[list][i] = lists[i] >> list & 1 ? parseRefIdx(list) : -1;
-    for (int list = 0; list < (isB() ? 2 : 1); ++list)
-        for (int i = 0; i < count; ++i) {
-            const int x = i * (w & 3), y = i * (h & 3), r = ref[list][i];
-            const MotionVector mv =
-                r < 0 ? MotionVector{} : parseMvd(predictMotionVector(motion, list, x, y, w, r, shape));
-            motion.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
-        }
-}
-
-void SliceDecoder::State::parseSubMacroblocks(bool refsAreZero) {
-    Macroblock& mb = *current.mb;
-    const SubMbType* types[4];
-    bool anyDirect = false, smaller = false;
-    for (auto& type : types) {
-        type = isB() ? &kSubMbTypesB[bits->ue("sub_mb_type", 12)] : &kSubMbTypesP[bits->ue("sub_mb_type", 3)];
-        const bool direct = type->lists == 0;
-        anyDirect = anyDirect || direct;
-        smaller = smaller || (direct ? !context.sps->direct8x8Inference : type->w + type->h < 4);
-    }
-    mb.partitioning = smaller ? Partitioning::Smaller : Partitioning::Quadrants;
-    int ref[2][4];
-    for (std::size_t list = 0; list < 2; ++list)
-        for (int i = 0; i < 4; ++i)
-            ref[list][i] = (types[i]->lists >> list & 1) == 0 ? -1 : refsAreZero ? 0 : parseRefIdx(list);
-    // Direct sub-macroblocks take their motion from outside the macroblock, but a block that comes before one must not
-    // see it: they are filled in list by list in their turn.
-    DirectPrediction direct(context, current);
-    MotionCache directMotion;
-    if (anyDirect) {
-        direct.prepare(motion);
-        for (int i = 0; i < 4; ++i)
-            if (types[i]->lists == 0) direct.derive(i, directMotion);
-    }
-    for (int list = 0; list < (isB() ? 2 : 1); ++list)
-        for (int i = 0; i < 4; ++i) {
-            const int x0 = i % 2 * 2, y0 = i / 2 * 2;
-            if (types[i]->lists == 0) {
-                for (int k = 0; k < 4; ++k) {
-                    const int at = MotionCache::at(x0 + k % 2, y0 + k / 2);
-                    motion.ref[list][at] = directMotion.ref[list][at];
-                    motion.mv[list][at] = directMotion.mv[list][at];
-                }
-                continue;
-            }
-            const auto r = static_cast<std::int8_t>(ref[list][i]);
-            if (r < 0) {
-                motion.fill(list, x0, y0, 2, 2, MotionCache::kNotUsed, {});
-                continue;
-            }
-            for (int y = y0; y < y0 + 2; y += types[i]->h)
-                for (int x = x0; x < x0 + 2; x += types[i]->w)
-                    motion.fill(list, x, y, types[i]->w, types[i]->h, r,
-                                parseMvd(predictMotionVector(motion, list, x, y, types[i]->w, r)));
-        }
-}
-
-// B_Skip and B_Direct_16x16.
-void SliceDecoder::State::predictDirect() {
-    Macroblock& mb = *current.mb;
-    DirectPrediction direct(context, current);
-    direct.prepare(motion);
-    mb.partitioning = direct.deriveAll(motion)          ? Partitioning::Whole
-                      : context.sps->direct8x8Inference ? Partitioning::Quadrants
-                                                        : Partitioning::Smaller;
-}
-
-// From the cache to the macroblock, for the neighbours, later pictures and the deblocking filter.
-void SliceDecoder::State::storeMotion() {
-    Macroblock& mb = *current.mb;
-    for (std::size_t list = 0; list < 2; ++list) {
-        if (list == 1 && !isB()) {
-            std::memset(mb.refIdx[1], -1, sizeof mb.refIdx[1]);
-            std::memset(mb.refPicId[1], -1, sizeof mb.refPicId[1]);
-            std::memset(static_cast<void*>(mb.mv[1]), 0, sizeof mb.mv[1]);
-            continue;
-        }
-        if (mb.partitioning == Partitioning::Whole) {
-            const std::size_t first = MotionCache::at(0, 0);
-            const int ref = motion.ref[list][first];
-            std::fill_n(mb.mv[list], 16, motion.mv[list][first]);
-            std::memset(mb.refIdx[list], ref, 4);
-            std::memset(mb.refPicId[list],
-                        ref < 0 ? -1 : context.references[current.view][list][static_cast<std::size_t>(ref)].id, 4);
-            continue;
-        }
-        for (int y = 0; y < 4; ++y)
-            std::memcpy(&mb.mv[list][4 * y], &motion.mv[list][MotionCache::at(0, y)], 4 * sizeof(MotionVector));
-        for (int i = 0; i < 4; ++i) {
-            const int ref = motion.ref[list][MotionCache::at(i % 2 * 2, i / 2 * 2)];
-            mb.refIdx[list][i] = static_cast<std::int8_t>(ref);
-            mb.refPicId[list][i] = static_cast<std::int8_t>(
-                ref < 0 ? -1 : context.references[current.view][list][static_cast<std::size_t>(ref)].id);
-        }
     }
 }
 
