@@ -56,9 +56,10 @@ struct Strengths {
 
 // ---- boundary strengths, 8.7.2.1
 
-bool vectorsDiffer(MotionVector a, MotionVector b, int limitY) {
+// Not zero: they do. No branches: the answers follow no pattern.
+int vectorsDiffer(MotionVector a, MotionVector b, int limitY) {
     const auto x = static_cast<unsigned>(a.x - b.x + 3), y = static_cast<unsigned>(a.y - b.y + limitY - 1);
-    return (x > 6) | (y > 2 * static_cast<unsigned>(limitY) - 2);
+    return int{x > 6} | int{y > 2 * static_cast<unsigned>(limitY) - 2};
 }
 
 // Different reference pictures, a different number of vectors, or vectors far apart: bS 1. i and j are blocks in raster
@@ -72,8 +73,8 @@ bool motionDiffers(const Macroblock& p, int i, const Macroblock& q, int j, int l
     const auto crossed = [&] {
         return vectorsDiffer(p.mv[0][i], q.mv[1][j], limitY) | vectorsDiffer(p.mv[1][i], q.mv[0][j], limitY);
     };
-    if (p0 == q0 && p1 == q1) return straight() && (p0 != p1 || crossed());
-    return p0 != q1 || p1 != q0 || crossed();
+    if (p0 == q0 && p1 == q1) return straight() != 0 && (p0 != p1 || crossed() != 0);
+    return p0 != q1 || p1 != q0 || crossed() != 0;
 }
 
 // The strengths of an edge between the blocks i + by * s of p and j + by * s of q, for segments s from 0 to 3. Bits of
