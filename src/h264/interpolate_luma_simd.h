@@ -12,6 +12,7 @@
 
 #include "core/memory.h"
 #include "core/simd.h"
+#include "h264/interpolate_copy_simd.h"
 #include "h264/interpolate_luma16_simd.h"
 
 namespace vekvc::simd {
@@ -271,6 +272,14 @@ struct Luma16 {
 };
 #endif
 
+template <int W>
+using LumaShape =
+#if VEKVC_VECTOR256
+    std::conditional_t<W == 16, Luma16, std::conditional_t<W == 8, Luma8, Luma4>>;
+#else
+    std::conditional_t<W == 8, Luma8, Luma4>;
+#endif
+
 // ---- the half-sample values that need sums of rows
 
 // The half samples b of one group after the other.
@@ -340,10 +349,9 @@ class LumaCentre {
 
 // The kernels take their arguments where the exports have them and return vekStsOk: an export ends in a jump.
 template <class S, int dx, int dy>
-VekStatus lumaColumn(const Vek8u* src, Vek32s srcStep32, Vek8u* dst, Vek32s dstStep32, Vek32s height) {
+VekStatus lumaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, Vek32s height) {
     constexpr int kGroup = 2 * S::kRows;
     constexpr int right = dx == 3, below = dy == 3;  // of the two integer samples or half samples the second one
-    const std::ptrdiff_t srcStep = srcStep32, dstStep = dstStep32;
     const auto forGroups = [&](auto&& value) {
 #pragma GCC unroll 2
         for (int y = 0; y < height; y += kGroup) {
@@ -377,62 +385,33 @@ VekStatus lumaColumn(const Vek8u* src, Vek32s srcStep32, Vek8u* dst, Vek32s dstS
     }
 }
 
-template <int W>
-VekStatus copyColumn(const Vek8u* src, Vek32s srcStep, Vek8u* dst, Vek32s dstStep, Vek32s height) {
-    const Block<Vek8u> in(src, srcStep);
-    const MutableBlock<Vek8u> out(dst, dstStep);
-    for (int y = 0; y < height; y += 4) {
-        u8x16 rows[4];
-        for (int k = 0; k < 4; ++k) rows[k] = loadBytes<u8x16, W>(in.at(0, y + k));
-        for (int k = 0; k < 4; ++k) storeBytes<W>(out.at(0, y + k), rows[k]);
+// A kernel for a width and a position, 4 * dy + dx.
+template <int W, int position>
+VekStatus lumaKernel(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, Vek32s height) {
+    constexpr bool isOne = W == 4 || W == 8 || (W == 16 && (VEKVC_VECTOR256 || position == 0));
+    if constexpr (!isOne) {  // no partition's width, or wider than the vectors: two columns
+        constexpr int first = W > 16 ? 16 : W == 12 ? 4 : 8;
+        lumaKernel<first, position>(src, srcStep, dst, dstStep, height);
+        return lumaKernel<W - first, position>(src + first, srcStep, dst + first, dstStep, height);
+    } else if constexpr (position == 0) {
+        return copyColumn<W>(src, srcStep, dst, dstStep, height);
+    } else {
+        return lumaColumn<LumaShape<W>, position % 4, position / 4>(src, srcStep, dst, dstStep, height);
     }
-    return vekStsOk;
 }
 
-using LumaKernel = VekStatus (*)(const Vek8u*, Vek32s, Vek8u*, Vek32s, Vek32s);
-template <class S, int W, std::size_t... i>
-constexpr std::array<LumaKernel, 16> lumaKernels(std::index_sequence<0, i...>) {
-    return {copyColumn<W>, lumaColumn<S, i % 4, i / 4>...};
-}
-// Two columns of 8 where no vector holds a row of 16.
-template <int position>
-VekStatus lumaTwoColumns(const Vek8u* src, Vek32s srcStep, Vek8u* dst, Vek32s dstStep, Vek32s height) {
-    lumaColumn<Luma8, position % 4, position / 4>(src, srcStep, dst, dstStep, height);
-    return lumaColumn<Luma8, position % 4, position / 4>(src + 8, srcStep, dst + 8, dstStep, height);
-}
+// For every width and position: 4 * width + position.
+using LumaKernel = VekStatus (*)(const Vek8u*, std::ptrdiff_t, Vek8u*, std::ptrdiff_t, Vek32s);
 template <std::size_t... i>
-constexpr std::array<LumaKernel, 16> lumaKernels16(std::index_sequence<0, i...> all) {
-#if VEKVC_VECTOR256
-    return lumaKernels<Luma16, 16>(all);
-#else
-    static_cast<void>(all);
-    return {copyColumn<16>, lumaTwoColumns<i>...};
-#endif
+constexpr std::array<LumaKernel, 128> lumaKernels(std::index_sequence<i...>) {
+    return {(i < 16 ? nullptr : lumaKernel < i < 16 ? 4 : i / 16 * 4, i % 16 >)...};
 }
-// By width: 4, 8, 16. By position: 4 * dy + dx.
-inline constexpr std::array<LumaKernel, 16> kLumaKernels[3] = {lumaKernels<Luma4, 4>(std::make_index_sequence<16>()),
-                                                               lumaKernels<Luma8, 8>(std::make_index_sequence<16>()),
-                                                               lumaKernels16(std::make_index_sequence<16>())};
-
-// Widths that are no partition's: columns 16, 8 and 4 wide.
-[[gnu::noinline, gnu::cold]] inline VekStatus lumaColumns(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
-                                                          Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize size) {
-    int x = 0;
-    for (int width : {16, 8, 4})
-        if (size.width & width) {
-            kLumaKernels[width / 8][static_cast<std::size_t>(4 * dy + dx)](pSrc + x, srcStep, pDst + x, dstStep,
-                                                                           size.height);
-            x += width;
-        }
-    return vekStsOk;
-}
+inline constexpr auto kLumaKernels = lumaKernels(std::make_index_sequence<128>());
 
 [[gnu::always_inline]] inline VekStatus interpolateLuma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                         Vek32s dx, Vek32s dy, VekiSize size, int) {
-    if (size.width == 0 || (size.width & (size.width - 1)) != 0)
-        return lumaColumns(pSrc, srcStep, pDst, dstStep, dx, dy, size);
-    return kLumaKernels[size.width / 8][static_cast<std::size_t>(4 * dy + dx)](pSrc, srcStep, pDst, dstStep,
-                                                                               size.height);
+    const auto kernel = kLumaKernels[static_cast<Vek32u>(4 * size.width + 4 * dy + dx)];
+    return kernel(pSrc, srcStep, pDst, dstStep, size.height);
 }
 
 }  // namespace vekvc::simd

@@ -144,6 +144,36 @@ VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
     return {_mm_insert_epi32((loadBytes<V, 4>(low).raw), bits, 1)};
 }
 
+// The rows one and two below p, as values of their own: the compilers would keep multiples of the step in more registers
+// than there are, and short kernels would have to save some.
+template <class T>
+VEKVC_SIMD_INLINE T* oneRowOn(T* p, std::ptrdiff_t step) {
+    T* row;
+    asm("lea (%1,%2), %0" : "=r"(row) : "r"(p), "r"(step));
+    return row;
+}
+template <class T>
+VEKVC_SIMD_INLINE T* twoRowsOn(T* p, std::ptrdiff_t step) {
+    T* row;
+    asm("lea (%1,%2,2), %0" : "=r"(row) : "r"(p), "r"(step));
+    return row;
+}
+
+// v with the n bytes (2 or 4) at p in its i-th place of n bytes.
+template <int i, int n, class V>
+VEKVC_SIMD_INLINE V insertBytes(V v, const void* p) {
+    static_assert(is128<V> && (n == 2 || n == 4));
+    if constexpr (n == 4) {
+        int bits;
+        std::memcpy(&bits, p, 4);
+        return {_mm_insert_epi32(v.raw, bits, i)};
+    } else {
+        short bits;
+        std::memcpy(&bits, p, 2);
+        return {_mm_insert_epi16(v.raw, bits, i)};
+    }
+}
+
 #if VEKVC_VECTOR256
 // Two vectors as the halves of one of 256 bits, and back.
 VEKVC_SIMD_FN auto join(Vec<T, N> low, Vec<T, N> high) -> Vec<T, 2 * N> {
