@@ -113,7 +113,7 @@ struct Chroma8 {
     using Pairs = ChromaPairs<U>;  // of rows 0 and 2, and of rows 1 and 3
 
     static U load(const Vek8u* row0, const Vek8u* row1, const Vek8u* row2, const Vek8u* row3) {
-        return join(loadPair8<u8x16>(row0, row1), loadPair8<u8x16>(row2, row3));
+        return loadFour8<U>(row0, row1, row2, row3);
     }
     static U oneRow(const Vek8u* p) { return as<U>(splatFrom<u64x4>(p)); }
     static U oneUp(U before, U rows) { return alignRight<8>(rows, highThenLow(before, rows)); }
