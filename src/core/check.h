@@ -7,6 +7,9 @@
 #ifndef VEKVC_CORE_CHECK_H
 #define VEKVC_CORE_CHECK_H
 
+#include <bit>
+#include <cstdint>
+
 #include "vekvc/types.h"
 
 namespace vekvc {
@@ -25,6 +28,18 @@ constexpr bool anyBelow(Vek32s least, T... values) {
 
 // Is the value outside low..high?
 constexpr bool outside(Vek32s value, Vek32s low, Vek32s high) { return value < low || value > high; }
+
+// A size in one general register, the width in the low half, so that both numbers are asked for forbidden bits at once;
+// GCC 12 would take a VekiSize apart in a vector.
+constexpr std::uint64_t packedSize(Vek32u width, Vek32u height) { return width | std::uint64_t{height} << 32; }
+inline std::uint64_t packedSize(VekiSize size) {
+    auto both = std::bit_cast<std::uint64_t>(size);
+    asm("" : "+r"(both));
+    return both;
+}
+constexpr VekiSize unpackedSize(std::uint64_t size) {
+    return {static_cast<Vek32s>(size), static_cast<Vek32s>(size >> 32)};
+}
 
 }  // namespace vekvc
 

@@ -7,33 +7,38 @@ using namespace vekvc;
 
 VekStatus vekiInterpolateLuma_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s dx,
                                           Vek32s dy, VekiSize roiSize) {
-    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, roiSize)) return status;
-    return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, 255);
+    const std::uint64_t size = packedSize(roiSize);
+    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, size)) return status;
+    return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size), 255);
 }
 
 VekStatus vekiInterpolateLuma_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep, Vek32s dx,
                                            Vek32s dy, VekiSize roiSize, Vek32s bitDepth) {
-    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, roiSize, bitDepth)) return status;
-    return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, maxOfDepth(bitDepth));
+    const std::uint64_t size = packedSize(roiSize);
+    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, size, bitDepth)) return status;
+    return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size), maxOfDepth(bitDepth));
 }
 
 VekStatus vekiInterpolateChroma_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s dx,
                                             Vek32s dy, VekiSize roiSize) {
-    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, roiSize)) return status;
-    return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize);
+    const std::uint64_t size = packedSize(roiSize);
+    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, size)) return status;
+    return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size));
 }
 
 VekStatus vekiInterpolateChroma_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep,
                                              Vek32s dx, Vek32s dy, VekiSize roiSize, Vek32s bitDepth) {
-    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, roiSize, bitDepth)) return status;
-    return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize);
+    const std::uint64_t size = packedSize(roiSize);
+    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, size, bitDepth)) return status;
+    return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size));
 }
 
 VekStatus vekiInterpolateChroma_H264_8u_C2P2R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDstCb, Vek8u* pDstCr,
                                               Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize roiSize) {
     if (anyNull(pSrc, pDstCb, pDstCr)) return vekStsErrNullPtr;
-    if (const VekStatus status = checkChroma(pSrc, pDstCb, dx, dy, roiSize)) return status;
-    return kernel::interpolateChromaPairs(pSrc, srcStep, pDstCb, pDstCr, dstStep, dx, dy, roiSize);
+    const std::uint64_t size = packedSize(roiSize);
+    if (const VekStatus status = checkChroma(pSrc, pDstCb, dx, dy, size)) return status;
+    return kernel::interpolateChromaPairs(pSrc, srcStep, pDstCb, pDstCr, dstStep, dx, dy, unpackedSize(size));
 }
 
 // ---- block records

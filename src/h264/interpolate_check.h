@@ -6,32 +6,46 @@
 
 namespace vekvc {
 
-// At least one sample, no bits in a width but those of the block widths, whole groups of rows.
-constexpr bool validSize(VekiSize size, Vek32s widths, Vek32s rows) {
-    return !anyBelow(1, size.width, size.height) && (size.width & ~widths) == 0 && size.height % rows == 0;
+// Sizes have no bits but those of the block widths, whole groups of rows, and at least one sample.
+inline constexpr std::uint64_t kLumaSizes = packedSize(4 | 8 | 16, 0x7FFFFFFC);
+inline constexpr std::uint64_t kChromaSizes = packedSize(2 | 4 | 8, 0x7FFFFFFE);
+constexpr bool validSize(std::uint64_t size, std::uint64_t allowed) {
+    return (size & ~allowed) == 0 && static_cast<Vek32u>(size) / 2 != 0 && size >> 32 != 0;
 }
-constexpr bool validLumaSize(VekiSize size) { return validSize(size, 4 | 8 | 16, 4); }
-constexpr bool validChromaSize(VekiSize size) { return validSize(size, 2 | 4 | 8, 2); }
+inline bool validLumaSize(VekiSize size) { return validSize(packedSize(size), kLumaSizes); }
+inline bool validChromaSize(VekiSize size) { return validSize(packedSize(size), kChromaSizes); }
 
 constexpr bool validDepth(Vek32s bitDepth) { return !outside(bitDepth, 8, 14); }
 constexpr int maxOfDepth(Vek32s bitDepth) { return (1 << bitDepth) - 1; }
 
+// The fractions lie in 0..largest, which is one less than a power of two.
+constexpr bool validFractions(Vek32s dx, Vek32s dy, Vek32u largest) { return static_cast<Vek32u>(dx | dy) <= largest; }
+
 template <class T>
-constexpr VekStatus checkLuma(const T* pSrc, const T* pDst, Vek32s dx, Vek32s dy, VekiSize size, Vek32s bitDepth = 8) {
-    if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
-    if (outside(dx, 0, 3) || outside(dy, 0, 3)) return vekStsErrBadArg;
-    if (!validLumaSize(size)) return vekStsErrSize;
-    if (!validDepth(bitDepth)) return vekStsErrOutOfRange;
+inline VekStatus checkLuma(const T* pSrc, const T* pDst, Vek32s dx, Vek32s dy, std::uint64_t size,
+                           Vek32s bitDepth = 8) {
+    if (anyNull(pSrc, pDst)) [[unlikely]]
+        return vekStsErrNullPtr;
+    if (!validFractions(dx, dy, 3)) [[unlikely]]
+        return vekStsErrBadArg;
+    if (!validSize(size, kLumaSizes)) [[unlikely]]
+        return vekStsErrSize;
+    if (!validDepth(bitDepth)) [[unlikely]]
+        return vekStsErrOutOfRange;
     return vekStsOk;
 }
 
 template <class T>
-constexpr VekStatus checkChroma(const T* pSrc, const T* pDst, Vek32s dx, Vek32s dy, VekiSize size,
-                                Vek32s bitDepth = 8) {
-    if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
-    if (outside(dx, 0, 7) || outside(dy, 0, 7)) return vekStsErrBadArg;
-    if (!validChromaSize(size)) return vekStsErrSize;
-    if (!validDepth(bitDepth)) return vekStsErrOutOfRange;
+inline VekStatus checkChroma(const T* pSrc, const T* pDst, Vek32s dx, Vek32s dy, std::uint64_t size,
+                             Vek32s bitDepth = 8) {
+    if (anyNull(pSrc, pDst)) [[unlikely]]
+        return vekStsErrNullPtr;
+    if (!validFractions(dx, dy, 7)) [[unlikely]]
+        return vekStsErrBadArg;
+    if (!validSize(size, kChromaSizes)) [[unlikely]]
+        return vekStsErrSize;
+    if (!validDepth(bitDepth)) [[unlikely]]
+        return vekStsErrOutOfRange;
     return vekStsOk;
 }
 

@@ -6,6 +6,7 @@
 
 #include "core/memory.h"
 #include "core/simd.h"
+#include "h264/interpolate_copy_simd.h"
 
 namespace vekvc::simd {
 
@@ -14,12 +15,6 @@ constexpr std::uint32_t chromaWeights(int dx, int dy) {
     const auto across = static_cast<std::uint32_t>((8 - dx) | dx << 8);
     return across * static_cast<std::uint32_t>((8 - dy) | dy << 16);
 }
-// For every position: 8 * dy + dx.
-inline constexpr auto kChromaWeights = [] {
-    std::array<std::uint32_t, 64> all = {};
-    for (int i = 0; i < 64; ++i) all[static_cast<std::size_t>(i)] = chromaWeights(i % 8, i / 8);
-    return all;
-}();
 // The weights of A and B, of C and D, and of A and C where B and D weigh nothing.
 constexpr std::int16_t weightsAB(std::uint32_t w) { return static_cast<std::int16_t>(w); }
 constexpr std::int16_t weightsCD(std::uint32_t w) { return static_cast<std::int16_t>(w >> 16); }
@@ -78,60 +73,219 @@ class ChromaRows {
     Row above_;
 };
 
-// The kernels take their arguments where the exports have them and return vekStsOk: an export ends in a jump.
-using ChromaKernel = VekStatus (*)(const Vek8u*, Vek32s, Vek8u*, Vek32s, Vek32s height, std::uint32_t weights);
-template <int W, bool right, bool below>
-VekStatus chromaColumn(const Vek8u* src, Vek32s srcStep32, Vek8u* dst, Vek32s dstStep32, Vek32s height,
-                       std::uint32_t w) {
-    const std::ptrdiff_t srcStep = srcStep32, dstStep = dstStep32;
-    if constexpr (!right && !below) {
-#pragma GCC unroll 1
-        for (; height > 0; height -= 2, src += 2 * srcStep, dst += 2 * dstStep) {
-            const u8x16 row0 = loadBytes<u8x16, W>(src), row1 = loadBytes<u8x16, W>(src + srcStep);
-            storeBytes<W>(dst, row0);
-            storeBytes<W>(dst + dstStep, row1);
-        }
-    } else if (height > 0) {
-        ChromaRows<W, 1, right, below> rows(src, srcStep, w);
-#pragma GCC unroll 1
-        for (; height > 0; height -= 2, dst += 2 * dstStep) {
-            const i16x8 row0 = rows.nextRow().low, row1 = rows.nextRow().low;
-            const u8x16 both = narrowU8(row0, row1);
-            storeBytes<W>(dst, both);
-            storeBytes<W>(dst + dstStep, bytesRight<8>(both));
-        }
-    }
-    return vekStsOk;
-}
-template <int W>
-constexpr std::array<ChromaKernel, 4> chromaKernels() {
-    return {chromaColumn<W, false, false>, chromaColumn<W, true, false>, chromaColumn<W, false, true>,
-            chromaColumn<W, true, true>};
-}
-// By width: 2, 4, 8. By fractions: 1 for dx, 2 for dy.
-inline constexpr std::array<ChromaKernel, 4> kChromaKernels[3] = {chromaKernels<2>(), chromaKernels<4>(),
-                                                                  chromaKernels<8>()};
+// ---- planar chroma
+//
+// A shape says how the rows of a block lie in vectors: U holds kRows of them, and the pairs of their samples with others
+// are in two vectors, low and high. q points two rows below p.
 
-// Widths that are no block's: columns 8, 4 and 2 wide.
-[[gnu::noinline, gnu::cold]] inline VekStatus chromaColumns(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
-                                                            Vek32s dstStep, VekiSize size, std::size_t fractions,
-                                                            std::uint32_t w) {
-    int x = 0;
-    for (int width : {8, 4, 2})
-        if (size.width & width) {
-            kChromaKernels[width / 4][fractions](pSrc + x, srcStep, pDst + x, dstStep, size.height, w);
-            x += width;
-        }
-    return vekStsOk;
+template <class U>
+struct ChromaPairs {
+    U low, high;
+};
+
+// Four rows of 4 samples in 128 bits.
+struct Chroma4 {
+    static constexpr int kWidth = 4, kRows = 4;
+    using U = u8x16;
+    using Pairs = ChromaPairs<U>;
+
+    static U load(const Vek8u* row0, const Vek8u* row1, const Vek8u* row2, const Vek8u* row3) {
+        return insertBytes<3, 4>(insertBytes<2, 4>(loadPair4<U>(row0, row1), row2), row3);
+    }
+    // Every row the one at p.
+    static U oneRow(const Vek8u* p) { return as<U>(splatFrom<u32x4>(p)); }
+    // The rows (the pairs of rows) that begin one above those of `rows`, after those of `before`.
+    static U oneUp(U before, U rows) { return alignRight<12>(rows, before); }
+    static Pairs oneUp(Pairs before, Pairs rows) {
+        return {alignRight<8>(rows.low, before.high), alignRight<8>(rows.high, rows.low)};
+    }
+    static void store(Vek8u* p, Vek8u* q, std::ptrdiff_t step, U v) {
+        storeLanes32([=](int y) { return (y < 2 ? p : q) + y % 2 * step; }, as<u32x4>(v));
+    }
+};
+
+// Four rows of 8 samples in 256 bits; or two in 128 bits.
+struct Chroma8 {
+    static constexpr int kWidth = 8;
+#if VEKVC_VECTOR256
+    static constexpr int kRows = 4;
+    using U = u8x32;
+    using Pairs = ChromaPairs<U>;  // of rows 0 and 2, and of rows 1 and 3
+
+    static U load(const Vek8u* row0, const Vek8u* row1, const Vek8u* row2, const Vek8u* row3) {
+        return loadFour8<U>(row0, row1, row2, row3);
+    }
+    static U oneRow(const Vek8u* p) { return as<U>(splatFrom<u64x4>(p)); }
+    static U oneUp(U before, U rows) { return alignRight<8>(rows, highThenLow(before, rows)); }
+    static Pairs oneUp(Pairs before, Pairs rows) { return {highThenLow(before.high, rows.high), rows.low}; }
+    static void store(Vek8u* p, Vek8u* q, std::ptrdiff_t step, U v) {
+        storePair8(p, p + step, lowHalf(v));
+        storePair8(q, q + step, highHalf(v));
+    }
+#else
+    static constexpr int kRows = 2;
+    using U = u8x16;
+    using Pairs = ChromaPairs<U>;  // of row 0, and of row 1
+
+    static U load(const Vek8u* row0, const Vek8u* row1, const Vek8u*, const Vek8u*) { return loadPair8<U>(row0, row1); }
+    static U oneRow(const Vek8u* p) { return loadPair8<U>(p, p); }
+    static U oneUp(U before, U rows) { return alignRight<8>(rows, before); }
+    static Pairs oneUp(Pairs before, Pairs rows) { return {before.high, rows.low}; }
+    static void store(Vek8u* p, Vek8u*, std::ptrdiff_t step, U v) { storePair8(p, p + step, v); }
+#endif
+};
+
+// What a position asks for. The pairs of weights stand twice, to be broadcast in 32 bits.
+using ChromaKernel = VekStatus (*)(const Vek8u*, std::ptrdiff_t, Vek8u*, std::ptrdiff_t, const struct ChromaPosition&,
+                                   Vek32s height);
+struct ChromaPosition {
+    std::int16_t first[2], second[2];  // of A and B, or A and C if B and D weigh nothing; of C and D
+    const ChromaKernel* kernels;       // by half the width
+};
+
+// A sum is at most 64 * 255; (sum + 32) >> 6 = (sum * 512 + 2^14) >> 15.
+template <class U>
+[[gnu::always_inline]] inline U roundedSums(Vec<std::int16_t, U::kBytes / 2> low,
+                                            Vec<std::int16_t, U::kBytes / 2> high) {
+    const auto factor = constant<decltype(low), 512>();
+    return narrowU8(mulHighRound(low, factor), mulHighRound(high, factor));
 }
+
+template <class S, bool right, bool below>
+[[gnu::always_inline]] inline void chromaGroups(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
+                                                std::ptrdiff_t dstStep, const ChromaPosition& position, Vek32s height) {
+    using U = typename S::U;
+    using Pairs = typename S::Pairs;
+    using B = Vec<std::int8_t, U::kBytes>;
+    const auto weights = [](const std::int16_t* w) { return as<B>(splatFrom<Vec<std::uint32_t, U::kBytes / 4>>(w)); };
+    const B first = weights(position.first), second = weights(position.second);
+    const auto pairsOf = [](U a, U b) { return Pairs{interleaveLow(a, b), interleaveHigh(a, b)}; };
+
+    U above;  // the rows before the group, or their pairs: the last one counts
+    Pairs pairsAbove;
+    if constexpr (below) {
+        above = S::oneRow(src);
+        if constexpr (right) pairsAbove = pairsOf(above, S::oneRow(src + 1));
+        src += srcStep;
+    }
+    do {
+        const Vek8u *const row1 = oneRowOn(src, srcStep), *const row2 = twoRowsOn(src, srcStep);
+        const Vek8u* const row3 = S::kRows == 4 ? oneRowOn(row2, srcStep) : nullptr;
+        const auto rowsFrom = [&](int x) { return S::load(src + x, row1 + x, row2 + x, row3 + x); };
+        const U rows = rowsFrom(0);
+        Pairs pairs;
+        if constexpr (right)
+            pairs = pairsOf(rows, rowsFrom(1));
+        else
+            pairs = pairsOf(S::oneUp(above, rows), rows);
+        U result;
+        if constexpr (right && below) {
+            const Pairs up = S::oneUp(pairsAbove, pairs);
+            result = roundedSums<U>(mulAddPairs(up.low, first) + mulAddPairs(pairs.low, second),
+                                    mulAddPairs(up.high, first) + mulAddPairs(pairs.high, second));
+        } else {
+            result = roundedSums<U>(mulAddPairs(pairs.low, first), mulAddPairs(pairs.high, first));
+        }
+        Vek8u* const dstRow2 = twoRowsOn(dst, dstStep);
+        S::store(dst, dstRow2, dstStep, result);
+        above = rows;
+        pairsAbove = pairs;
+        src = S::kRows == 2 ? row2 : twoRowsOn(row2, srcStep);
+        dst = S::kRows == 2 ? dstRow2 : twoRowsOn(dstRow2, dstStep);
+    } while ((height -= S::kRows) != 0);
+}
+
+// Two rows of 2 or 4 samples.
+template <int W, bool right, bool below>
+[[gnu::always_inline]] inline void chromaTwoRows(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
+                                                 std::ptrdiff_t dstStep, const ChromaPosition& position) {
+    const auto weights = [](const std::int16_t* w) { return as<i8x16>(splatFrom<u32x4>(w)); };
+    const auto rows = [=](const Vek8u* p) {
+        const u8x16 two = insertBytes<1, W>(loadBytes<u8x16, W>(p), p + srcStep);
+        return below ? insertBytes<2, W>(two, p + 2 * srcStep) : two;
+    };
+    const u8x16 a = rows(src), b = right ? rows(src + 1) : bytesRight<W>(a), pairs = interleaveLow(a, b);
+    i16x8 sums = mulAddPairs(pairs, weights(position.first));
+    if constexpr (right && below)
+        sums += mulAddPairs(alignRight<2 * W>(interleaveHigh(a, b), pairs), weights(position.second));
+    const u8x16 result = roundedSums<u8x16>(sums, sums);
+    storeBytes<W>(dst, result);
+    storeBytes<W>(dst + dstStep, bytesRight<W>(result));
+}
+
+// The kernels take their arguments where the exports have them and return vekStsOk: an export ends in a jump.
+template <int W, bool right, bool below>
+VekStatus chromaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep,
+                       const ChromaPosition& position, Vek32s height);
+
+// A column cut into narrower ones, or its first two rows and the others.
+template <int W, int first, bool right, bool below>
+[[gnu::noinline]] VekStatus chromaTwoColumns(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
+                                             std::ptrdiff_t dstStep, const ChromaPosition& position, Vek32s height) {
+    chromaColumn<first, right, below>(src, srcStep, dst, dstStep, position, height);
+    return chromaColumn<W - first, right, below>(src + first, srcStep, dst + first, dstStep, position, height);
+}
+template <int W, bool right, bool below>
+[[gnu::noinline]] VekStatus chromaTwoRowsFirst(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
+                                               std::ptrdiff_t dstStep, const ChromaPosition& position, Vek32s height) {
+    for (int x = 0; x < W; x += 4) chromaTwoRows<4, right, below>(src + x, srcStep, dst + x, dstStep, position);
+    if (height == 2) return vekStsOk;
+    return chromaColumn<W, right, below>(twoRowsOn(src, srcStep), srcStep, twoRowsOn(dst, dstStep), dstStep, position,
+                                         height - 2);
+}
+
+template <int W, bool right, bool below>
+VekStatus chromaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep,
+                       const ChromaPosition& position, Vek32s height) {
+    if constexpr (W != 2 && W != 4 && W != 8) {
+        return chromaTwoColumns < W, W == 6 ? 4 : 8, right, below > (src, srcStep, dst, dstStep, position, height);
+    } else if constexpr (!right && !below) {
+        return copyColumn<W>(src, srcStep, dst, dstStep, height);
+    } else if constexpr (W == 2) {
+        do {
+            chromaTwoRows<2, right, below>(src, srcStep, dst, dstStep, position);
+            src = twoRowsOn(src, srcStep), dst = twoRowsOn(dst, dstStep);
+        } while ((height -= 2) != 0);
+        return vekStsOk;
+    } else {
+        using S = std::conditional_t<W == 4, Chroma4, Chroma8>;
+        if (height % S::kRows != 0) [[unlikely]]
+            return chromaTwoRowsFirst<W, right, below>(src, srcStep, dst, dstStep, position, height);
+        chromaGroups<S, right, below>(src, srcStep, dst, dstStep, position, height);
+        return vekStsOk;
+    }
+}
+template <bool right, bool below>
+inline constexpr ChromaKernel kChromaKernels[8] = {
+    nullptr,
+    chromaColumn<2, right, below>,
+    chromaColumn<4, right, below>,
+    chromaColumn<6, right, below>,
+    chromaColumn<8, right, below>,
+    chromaColumn<10, right, below>,
+    chromaColumn<12, right, below>,
+    chromaColumn<14, right, below>,
+};
+// For every position: 8 * dy + dx.
+inline constexpr auto kChromaPositions = [] {
+    std::array<ChromaPosition, 64> all = {};
+    for (int i = 0; i < 64; ++i) {
+        const int dx = i % 8, dy = i / 8;
+        const std::uint32_t w = chromaWeights(dx, dy);
+        const std::int16_t first = dx != 0 ? weightsAB(w) : weightsAC(w), second = weightsCD(w);
+        all[static_cast<std::size_t>(i)] = {
+            {first, first},
+            {second, second},
+            dx != 0 ? (dy != 0 ? kChromaKernels<true, true> : kChromaKernels<true, false>)
+                    : (dy != 0 ? kChromaKernels<false, true> : kChromaKernels<false, false>)};
+    }
+    return all;
+}();
 
 [[gnu::always_inline]] inline VekStatus interpolateChroma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
                                                           Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize size) {
-    const std::size_t fractions = static_cast<std::size_t>((dx != 0) + 2 * (dy != 0));
-    const std::uint32_t w = kChromaWeights[static_cast<std::size_t>(8 * dy + dx)];
-    if (size.width == 0 || (size.width & (size.width - 1)) != 0)
-        return chromaColumns(pSrc, srcStep, pDst, dstStep, size, fractions, w);
-    return kChromaKernels[size.width / 4][fractions](pSrc, srcStep, pDst, dstStep, size.height, w);
+    const ChromaPosition& position = kChromaPositions[static_cast<Vek32u>(8 * dy + dx)];
+    return position.kernels[static_cast<Vek32u>(size.width) / 2](pSrc, srcStep, pDst, dstStep, position, size.height);
 }
 
 // ---- interleaved chroma: rows of pairs, taken apart when they are stored

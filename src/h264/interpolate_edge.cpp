@@ -73,14 +73,14 @@ void chromaRepeated(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int 
 
 VekStatus vekiInterpolateLumaTop_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s dx,
                                              Vek32s dy, Vek32s outPixels, VekiSize roiSize) {
-    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, roiSize)) return status;
+    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, packedSize(roiSize))) return status;
     lumaRepeated(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, fromTop(outPixels), 255);
     return vekStsOk;
 }
 
 VekStatus vekiInterpolateLumaBottom_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                 Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize) {
-    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, roiSize)) return status;
+    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, packedSize(roiSize))) return status;
     lumaRepeated(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, upToBottom(outPixels, roiSize), 255);
     return vekStsOk;
 }
@@ -88,7 +88,7 @@ VekStatus vekiInterpolateLumaBottom_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcSte
 VekStatus vekiInterpolateLumaTop_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep,
                                               Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize,
                                               Vek32s bitDepth) {
-    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, roiSize, bitDepth)) return status;
+    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, packedSize(roiSize), bitDepth)) return status;
     lumaRepeated(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, fromTop(outPixels), maxOfDepth(bitDepth));
     return vekStsOk;
 }
@@ -96,21 +96,21 @@ VekStatus vekiInterpolateLumaTop_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep
 VekStatus vekiInterpolateLumaBottom_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep,
                                                  Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize,
                                                  Vek32s bitDepth) {
-    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, roiSize, bitDepth)) return status;
+    if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, packedSize(roiSize), bitDepth)) return status;
     lumaRepeated(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, upToBottom(outPixels, roiSize), maxOfDepth(bitDepth));
     return vekStsOk;
 }
 
 VekStatus vekiInterpolateChromaTop_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize) {
-    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, roiSize)) return status;
+    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, packedSize(roiSize))) return status;
     chromaRepeated(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, fromTop(outPixels));
     return vekStsOk;
 }
 
 VekStatus vekiInterpolateChromaBottom_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                   Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize) {
-    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, roiSize)) return status;
+    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, packedSize(roiSize))) return status;
     chromaRepeated(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, upToBottom(outPixels, roiSize));
     return vekStsOk;
 }
@@ -118,7 +118,7 @@ VekStatus vekiInterpolateChromaBottom_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcS
 VekStatus vekiInterpolateChromaTop_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep,
                                                 Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize,
                                                 Vek32s bitDepth) {
-    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, roiSize, bitDepth)) return status;
+    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, packedSize(roiSize), bitDepth)) return status;
     chromaRepeated(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, fromTop(outPixels));
     return vekStsOk;
 }
@@ -126,7 +126,7 @@ VekStatus vekiInterpolateChromaTop_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcSt
 VekStatus vekiInterpolateChromaBottom_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep,
                                                    Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize,
                                                    Vek32s bitDepth) {
-    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, roiSize, bitDepth)) return status;
+    if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, packedSize(roiSize), bitDepth)) return status;
     chromaRepeated(pSrc, srcStep, pDst, dstStep, dx, dy, roiSize, upToBottom(outPixels, roiSize));
     return vekStsOk;
 }

@@ -12,24 +12,43 @@
 
 #include "core/memory.h"
 #include "core/simd.h"
+#include "h264/interpolate_copy_simd.h"
 #include "h264/interpolate_luma16_simd.h"
 
 namespace vekvc::simd {
 
 // The taps (1, -5, 20, 20, -5, 1) on samples that come in pairs of neighbours. The sum of 8-bit samples lies in
-// -10 * 255 .. 42 * 255: 16 bits hold it.
+// -10 * 255 .. 42 * 255: 16 bits hold it. The constants are taken from memory, once for a block.
+struct LumaConstants {
+    Filled<std::int16_t> first{static_cast<std::int16_t>(0xFB01)}, second{0x1414}, third{0x01FB}, half{1024};
+};
+inline constexpr LumaConstants kLumaConstants;
+
 template <class U>
-[[gnu::always_inline]] inline auto sixTaps(U first, U second, U third) {
+struct SixTaps {
     using V = Vec<std::int16_t, U::kBytes / 2>;
     using Pairs = Vec<std::int8_t, U::kBytes>;
-    return mulAddPairs(first, as<Pairs>(splat<V>(0xFB01))) + mulAddPairs(second, as<Pairs>(splat<V>(0x1414))) +
-           mulAddPairs(third, as<Pairs>(splat<V>(0x01FB)));
-}
+    Pairs first, second, third;
+    V half;
 
-// (x + 16) >> 5
-template <class V>
-[[gnu::always_inline]] inline V roundOnce(V x) {
-    return mulHighRound(x, splat<V>(1024));
+    [[gnu::always_inline]] SixTaps() {
+        const LumaConstants* constants = &kLumaConstants;
+        asm("" : "+r"(constants));  // GCC 12 would build some of them in general registers
+        first = load<Pairs>(&constants->first), second = load<Pairs>(&constants->second);
+        third = load<Pairs>(&constants->third), half = load<V>(&constants->half);
+    }
+    [[gnu::always_inline]] V sum(U a, U b, U c) const {
+        return mulAddPairs(a, first) + mulAddPairs(b, second) + mulAddPairs(c, third);
+    }
+    // (x + 16) >> 5
+    [[gnu::always_inline]] V roundOnce(V x) const { return mulHighRound(x, half); }
+};
+
+// r without its first `dropped` vectors. Written out: GCC 12 keeps an array in memory whose indices it learns late.
+template <int dropped, class V, std::size_t n>
+[[gnu::always_inline]] inline void moveOn(V (&r)[n]) {
+    [&]<std::size_t... k>(std::index_sequence<k...>) { ((r[k] = r[k + dropped]), ...); }
+    (std::make_index_sequence<n - dropped>());
 }
 
 // (r0 - 5 r1 + 20 r2 + 20 r3 - 5 r4 + r5 + 512) >> 10 of sums r, short of the final clipping to 0..255. With a, b, c
@@ -40,7 +59,7 @@ template <class V>
 [[gnu::always_inline]] inline V roundTwice(V r0, V r1, V r2, V r3, V r4, V r5) {
     const V a = r0 + r5, b = r1 + r4, c = r2 + r3;
     const V sixteenth = (addSat(((a - b) >> 2) - b, c) >> 2) + c;
-    return mulHighRound(sixteenth, splat<V>(512));
+    return mulHighRound(sixteenth, constant<V, 512>());
 }
 
 // The bytes of a shuffle that puts two neighbours into each 16-bit lane; at(k) is the byte that holds the left one of
@@ -64,43 +83,43 @@ struct Luma4 {
     using V = i16x8;
     using U = u8x16;
 
-    [[gnu::always_inline]] static V horizontal(const Vek8u* row0, const Vek8u* row1) {
+    [[gnu::always_inline]] static V horizontal(const SixTaps<U>& taps, const Vek8u* row0, const Vek8u* row1) {
         static constexpr auto order = [](int first) {
             return pairsOf([=](int k, int right) { return k % 8 / 4 * 8 + k % 4 + first + right; });
         };
         static constexpr ByteOrder k0 = order(0), k2 = order(2), k3 = order(3);
         const U s = loadPair8<U>(row0 - 2, row1 - 2), next = loadPair8<U>(row0 - 1, row1 - 1);
-        return sixTaps(shuffled(s, k0), shuffled(s, k2), shuffled(next, k3));
+        return taps.sum(shuffled(s, k0), shuffled(s, k2), shuffled(next, k3));
     }
     [[gnu::always_inline]] static V between(V a, V b) { return alignRight<8>(b, a); }
     [[gnu::always_inline]] static U pack(V a, V b) { return narrowU8(a, b); }
     [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) {
-        return as<U>(
-            interleaveLow(as<u64x2>(loadPair4<U>(p, p + step)), as<u64x2>(loadPair4<U>(p + 2 * step, p + 3 * step))));
+        const Vek8u* const row2 = twoRowsOn(p, step);
+        return insertBytes<3, 4>(insertBytes<2, 4>(loadPair4<U>(p, p + step), row2), row2 + step);
     }
     [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) {
-        storeBytes<4>(p, v);
-        storeBytes<4>(p + step, bytesRight<4>(v));
-        storeBytes<4>(p + 2 * step, bytesRight<8>(v));
-        storeBytes<4>(p + 3 * step, bytesRight<12>(v));
+        Vek8u* const row2 = twoRowsOn(p, step);
+        storeLanes32([=](int y) { return (y < 2 ? p : row2) + y % 2 * step; }, as<u32x4>(v));
     }
 
     class Vertical {
       public:
-        Vertical(const Vek8u* p, std::ptrdiff_t step)
-            : next_(p + 2 * step), step_(step), above_(Luma4::load(p - 2 * step, step)) {}
+        Vertical(const SixTaps<U>& taps, const Vek8u* p, std::ptrdiff_t step)
+            : taps_(taps), next_(p + 2 * step), step_(step), above_(Luma4::load(p - 2 * step, step)) {}
         [[gnu::always_inline]] U group() {
-            const U below = Luma4::load(next_, step_), last = loadBytes<U, 4>(next_ + 4 * step_);
+            const U below = Luma4::load(next_, step_);
+            next_ = twoRowsOn(twoRowsOn(next_, step_), step_);
+            const U last = loadBytes<U, 4>(next_);
             const U r1 = alignRight<4>(below, above_), r2 = alignRight<8>(below, above_);
             const U r3 = alignRight<12>(below, above_), r5 = alignRight<4>(last, below);
-            const V top = sixTaps(interleaveLow(above_, r1), interleaveLow(r2, r3), interleaveLow(below, r5));
-            const V low = sixTaps(interleaveHigh(above_, r1), interleaveHigh(r2, r3), interleaveHigh(below, r5));
-            next_ += 4 * step_;
+            const V top = taps_.sum(interleaveLow(above_, r1), interleaveLow(r2, r3), interleaveLow(below, r5));
+            const V low = taps_.sum(interleaveHigh(above_, r1), interleaveHigh(r2, r3), interleaveHigh(below, r5));
             above_ = below;
-            return pack(roundOnce(top), roundOnce(low));
+            return pack(taps_.roundOnce(top), taps_.roundOnce(low));
         }
 
       private:
+        const SixTaps<U>& taps_;
         const Vek8u* next_;
         std::ptrdiff_t step_;
         U above_;  // the four rows from two above the group
@@ -125,30 +144,34 @@ struct Luma8 {
     using V = i16x16;
     using U = u8x32;  // rows 0, 2, 1, 3
 
-    [[gnu::always_inline]] static V horizontal(const Vek8u* row0, const Vek8u* row1) {
-        const U s = join(loadPair8<u8x16>(row0 - 2, row0 + 3), loadPair8<u8x16>(row1 - 2, row1 + 3));
-        return sixTaps(shuffled(s, kPairs8[0]), shuffled(s, kPairs8[1]), shuffled(s, kPairs8[2]));
+    [[gnu::always_inline]] static V horizontal(const SixTaps<U>& taps, const Vek8u* row0, const Vek8u* row1) {
+        const U s = loadFour8<U>(row0 - 2, row0 + 3, row1 - 2, row1 + 3);
+        return taps.sum(shuffled(s, kPairs8[0]), shuffled(s, kPairs8[1]), shuffled(s, kPairs8[2]));
     }
     [[gnu::always_inline]] static V between(V a, V b) { return highThenLow(a, b); }
     [[gnu::always_inline]] static U pack(V a, V b) { return narrowU8(a, b); }
     [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) {
-        return join(loadPair8<u8x16>(p, p + 2 * step), loadPair8<u8x16>(p + step, p + 3 * step));
+        const Vek8u* const row2 = twoRowsOn(p, step);
+        return loadFour8<U>(p, row2, p + step, row2 + step);
     }
     [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) {
-        storePair8(p, p + 2 * step, lowHalf(v));
-        storePair8(p + step, p + 3 * step, highHalf(v));
+        Vek8u* const row2 = twoRowsOn(p, step);
+        storePair8(p, row2, lowHalf(v));
+        storePair8(p + step, row2 + step, highHalf(v));
     }
 
     class Vertical {
       public:
-        Vertical(const Vek8u* p, std::ptrdiff_t step) : next_(p + step), step_(step) {
-            const u8x16 r0 = row(p - 2 * step), r1 = row(p - step), r2 = row(p);
+        Vertical(const SixTaps<U>& taps, const Vek8u* p, std::ptrdiff_t step)
+            : taps_(taps), next_(p - 2 * step), step_(step) {
+            const u8x16 r0 = row(next_), r1 = row(next_ + step);
+            next_ = twoRowsOn(next_, step);
+            const u8x16 r2 = row(next_), r3 = row(next_ + step);
+            next_ = twoRowsOn(next_, step);
             last_ = row(next_);
+            next_ = oneRowOn(next_, step);
             pairs0_ = join(interleaveLow(r0, r1), interleaveLow(r1, r2));
-            const u8x16 r4 = row(p + 2 * step);
-            pairs2_ = join(interleaveLow(r2, last_), interleaveLow(last_, r4));
-            last_ = r4;
-            next_ += 2 * step;
+            pairs2_ = join(interleaveLow(r2, r3), interleaveLow(r3, last_));
         }
         [[gnu::always_inline]] U group() {
             const V first = two();
@@ -160,13 +183,14 @@ struct Luma8 {
         [[gnu::always_inline]] V two() {
             const u8x16 r5 = row(next_), r6 = row(next_ + step_);
             const U pairs4 = join(interleaveLow(last_, r5), interleaveLow(r5, r6));
-            const V sum = sixTaps(pairs0_, pairs2_, pairs4);
+            const V sum = taps_.sum(pairs0_, pairs2_, pairs4);
             pairs0_ = pairs2_;
             pairs2_ = pairs4;
             last_ = r6;
-            next_ += 2 * step_;
-            return roundOnce(sum);
+            next_ = twoRowsOn(next_, step_);
+            return taps_.roundOnce(sum);
         }
+        const SixTaps<U>& taps_;
         const Vek8u* next_;
         std::ptrdiff_t step_;
         u8x16 last_;         // the row before next_
@@ -177,9 +201,9 @@ struct Luma8 {
     using V = i16x8;
     using U = u8x16;
 
-    [[gnu::always_inline]] static V horizontal(const Vek8u* row, const Vek8u*) {
+    [[gnu::always_inline]] static V horizontal(const SixTaps<U>& taps, const Vek8u* row, const Vek8u*) {
         const U s = loadPair8<U>(row - 2, row + 3);
-        return sixTaps(shuffled(s, kPairs8[0]), shuffled(s, kPairs8[1]), shuffled(s, kPairs8[2]));
+        return taps.sum(shuffled(s, kPairs8[0]), shuffled(s, kPairs8[1]), shuffled(s, kPairs8[2]));
     }
     [[gnu::always_inline]] static U pack(V a, V b) { return narrowU8(a, b); }
     [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) { return loadPair8<U>(p, p + step); }
@@ -187,9 +211,11 @@ struct Luma8 {
 
     class Vertical {
       public:
-        Vertical(const Vek8u* p, std::ptrdiff_t step) : next_(p + 3 * step), step_(step) {
-            last_ = loadBytes<U, 8>(p - 2 * step);
-            for (int k = 0; k < 4; ++k) pairs_[k] = pairWith(p + (k - 1) * step);
+        Vertical(const SixTaps<U>& taps, const Vek8u* p, std::ptrdiff_t step)
+            : taps_(taps), next_(p + 3 * step), step_(step) {
+            const Vek8u* row = p - 2 * step;
+            last_ = loadBytes<U, 8>(row);
+            for (U& pairs : pairs_) pairs = pairWith(row = oneRowOn(row, step));
         }
         [[gnu::always_inline]] U group() {
             const V first = one();
@@ -204,12 +230,13 @@ struct Luma8 {
         }
         [[gnu::always_inline]] V one() {
             const U pairs4 = pairWith(next_);
-            const V sum = sixTaps(pairs_[0], pairs_[2], pairs4);
-            for (int k = 0; k < 3; ++k) pairs_[k] = pairs_[k + 1];
+            const V sum = taps_.sum(pairs_[0], pairs_[2], pairs4);
+            moveOn<1>(pairs_);
             pairs_[3] = pairs4;
             next_ += step_;
-            return roundOnce(sum);
+            return taps_.roundOnce(sum);
         }
+        const SixTaps<U>& taps_;
         const Vek8u* next_;
         std::ptrdiff_t step_;
         U last_;      // the row before next_
@@ -226,14 +253,14 @@ struct Luma16 {
     using V = i16x16;
     using U = u8x32;
 
-    [[gnu::always_inline]] static V horizontal(const Vek8u* row, const Vek8u*) {
+    [[gnu::always_inline]] static V horizontal(const SixTaps<U>& taps, const Vek8u* row, const Vek8u*) {
         // Samples -2..13 for the outputs of the low half, 3..18 for those of the high half.
         static constexpr auto order = [](int first) {
             return pairsOf([=](int k, int right) { return k % 8 + k / 8 * 3 + first + right; });
         };
         static constexpr ByteOrder k0 = order(0), k2 = order(2), k4 = order(4);
         const U s = loadPair16<U>(row - 2, row + 3);
-        return sixTaps(shuffled(s, k0), shuffled(s, k2), shuffled(s, k4));
+        return taps.sum(shuffled(s, k0), shuffled(s, k2), shuffled(s, k4));
     }
     [[gnu::always_inline]] static U pack(V a, V b) { return shuffle64<0, 2, 1, 3>(narrowU8(a, b)); }
     [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) { return loadPair16<U>(p, p + step); }
@@ -241,18 +268,19 @@ struct Luma16 {
 
     class Vertical {
       public:
-        Vertical(const Vek8u* p, std::ptrdiff_t step) : next_(p + 2 * step), step_(step) {
+        Vertical(const SixTaps<U>& taps, const Vek8u* p, std::ptrdiff_t step)
+            : taps_(taps), next_(p + 2 * step), step_(step) {
             pairs0_ = pairs(p - 2 * step);
             pairs2_ = pairs(p);
         }
         [[gnu::always_inline]] U group() {
             const Pairs pairs4 = pairs(next_);
-            const V low = sixTaps(pairs0_.low, pairs2_.low, pairs4.low);
-            const V high = sixTaps(pairs0_.high, pairs2_.high, pairs4.high);
+            const V low = taps_.sum(pairs0_.low, pairs2_.low, pairs4.low);
+            const V high = taps_.sum(pairs0_.high, pairs2_.high, pairs4.high);
             pairs0_ = pairs2_;
             pairs2_ = pairs4;
-            next_ += 2 * step_;
-            return narrowU8(roundOnce(low), roundOnce(high));
+            next_ = twoRowsOn(next_, step_);
+            return narrowU8(taps_.roundOnce(low), taps_.roundOnce(high));
         }
 
       private:
@@ -261,14 +289,23 @@ struct Luma16 {
             U low, high;
         };
         [[gnu::always_inline]] Pairs pairs(const Vek8u* p) const {
-            const U upper = loadPair16<U>(p, p + step_), lower = loadPair16<U>(p + step_, p + 2 * step_);
+            const U upper = loadPair16<U>(p, p + step_), lower = loadPair16<U>(p + step_, twoRowsOn(p, step_));
             return {interleaveLow(upper, lower), interleaveHigh(upper, lower)};
         }
+        const SixTaps<U>& taps_;
         const Vek8u* next_;
         std::ptrdiff_t step_;
         Pairs pairs0_, pairs2_;
     };
 };
+#endif
+
+template <int W>
+using LumaShape =
+#if VEKVC_VECTOR256
+    std::conditional_t<W == 16, Luma16, std::conditional_t<W == 8, Luma8, Luma4>>;
+#else
+    std::conditional_t<W == 8, Luma8, Luma4>;
 #endif
 
 // ---- the half-sample values that need sums of rows
@@ -277,15 +314,21 @@ struct Luma16 {
 template <class S>
 class LumaHorizontal {
   public:
-    LumaHorizontal(const Vek8u* p, std::ptrdiff_t step) : p_(p), step_(step) {}
+    LumaHorizontal(const SixTaps<typename S::U>& taps, const Vek8u* p, std::ptrdiff_t step)
+        : taps_(taps), p_(p), step_(step) {}
     [[gnu::always_inline]] typename S::U group() {
-        const auto first = roundOnce(S::horizontal(p_, p_ + step_));
-        const Vek8u* second = p_ + S::kRows * step_;
-        p_ += 2 * S::kRows * step_;
-        return S::pack(first, roundOnce(S::horizontal(second, second + step_)));
+        const auto first = rows(), second = rows();
+        return S::pack(taps_.roundOnce(first), taps_.roundOnce(second));
     }
 
   private:
+    [[gnu::always_inline]] typename S::V rows() {
+        const Vek8u* const second = oneRowOn(p_, step_);
+        const auto sums = S::horizontal(taps_, p_, second);
+        p_ = S::kRows == 1 ? second : twoRowsOn(p_, step_);
+        return sums;
+    }
+    const SixTaps<typename S::U>& taps_;
     const Vek8u* p_;
     std::ptrdiff_t step_;
 };
@@ -295,14 +338,21 @@ template <class S, int below>
 class LumaCentre {
   public:
     using V = typename S::V;
-    LumaCentre(const Vek8u* p, std::ptrdiff_t step) : next_(p + 3 * step), step_(step) {
+    LumaCentre(const SixTaps<typename S::U>& taps, const Vek8u* p, std::ptrdiff_t step)
+        : taps_(taps), next_(p - 2 * step), step_(step) {
+        const Vek8u* const top = next_;
         if constexpr (S::kRows == 1) {
-            for (int k = 0; k < 5; ++k) r_[k] = rows(p + (k - 2) * step);
+            [&]<std::size_t... k>(std::index_sequence<k...>) {
+                ((r_[k] = rows(next_), next_ = oneRowOn(next_, step)), ...);
+            }
+            (std::make_index_sequence<5>());
         } else {
-            const Vek8u* top = p - 2 * step;
-            r_[1] = rows(p - step);
-            r_[3] = rows(p + step);
-            r_[0] = S::between(S::horizontal(top, top), r_[1]);
+            next_ = oneRowOn(next_, step);
+            r_[1] = rows(next_);
+            next_ = twoRowsOn(next_, step);
+            r_[3] = rows(next_);
+            next_ = twoRowsOn(next_, step);
+            r_[0] = S::between(S::horizontal(taps_, top, top), r_[1]);
             r_[2] = S::between(r_[1], r_[3]);
         }
     }
@@ -312,25 +362,28 @@ class LumaCentre {
     [[gnu::always_inline]] Group group() {
         if constexpr (S::kRows == 1) {
             r_[5] = rows(next_);
-            r_[6] = rows(next_ + step_);
+            r_[6] = rows(oneRowOn(next_, step_));
+            next_ = twoRowsOn(next_, step_);
         } else {
             r_[5] = rows(next_);
-            r_[7] = rows(next_ + 2 * step_);
+            next_ = twoRowsOn(next_, step_);
+            r_[7] = rows(next_);
+            next_ = twoRowsOn(next_, step_);
             r_[4] = S::between(r_[3], r_[5]);
             r_[6] = S::between(r_[5], r_[7]);
         }
-        next_ += kGroup * step_;
         const V* second = r_ + S::kRows;
         const Group result{S::pack(roundTwice(r_[0], r_[1], r_[2], r_[3], r_[4], r_[5]),
                                    roundTwice(second[0], second[1], second[2], second[3], second[4], second[5])),
-                           S::pack(roundOnce(r_[2 + below]), roundOnce(second[2 + below]))};
-        for (int k = 0; k + kGroup < kWindow; ++k) r_[k] = r_[k + kGroup];
+                           S::pack(taps_.roundOnce(r_[2 + below]), taps_.roundOnce(second[2 + below]))};
+        moveOn<kGroup>(r_);
         return result;
     }
 
   private:
     static constexpr int kGroup = 2 * S::kRows, kWindow = 6 + S::kRows;
-    [[gnu::always_inline]] V rows(const Vek8u* p) const { return S::horizontal(p, p + step_); }
+    [[gnu::always_inline]] V rows(const Vek8u* p) const { return S::horizontal(taps_, p, oneRowOn(p, step_)); }
+    const SixTaps<typename S::U>& taps_;
     const Vek8u* next_;
     std::ptrdiff_t step_;
     V r_[kWindow];  // sums of the rows from 2 above the group on, each with kRows - 1 more
@@ -338,101 +391,74 @@ class LumaCentre {
 
 // ---- the sixteen positions (Table 8-12)
 
-// The kernels take their arguments where the exports have them and return vekStsOk: an export ends in a jump.
 template <class S, int dx, int dy>
-VekStatus lumaColumn(const Vek8u* src, Vek32s srcStep32, Vek8u* dst, Vek32s dstStep32, Vek32s height) {
+[[gnu::always_inline]] inline VekStatus lumaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
+                                                   std::ptrdiff_t dstStep, Vek32s height) {
     constexpr int kGroup = 2 * S::kRows;
     constexpr int right = dx == 3, below = dy == 3;  // of the two integer samples or half samples the second one
-    const std::ptrdiff_t srcStep = srcStep32, dstStep = dstStep32;
+    const auto rowsOn = [](auto* p, std::ptrdiff_t step) {
+        return kGroup == 2 ? twoRowsOn(p, step) : twoRowsOn(twoRowsOn(p, step), step);
+    };
+    const SixTaps<typename S::U> taps;
     const auto forGroups = [&](auto&& value) {
-#pragma GCC unroll 2
-        for (int y = 0; y < height; y += kGroup) {
+        do {
             S::store(dst, dstStep, value());
-            src += kGroup * srcStep;
-            dst += kGroup * dstStep;
-        }
+            src = rowsOn(src, srcStep), dst = rowsOn(dst, dstStep);
+        } while ((height -= kGroup) != 0);
         return vekStsOk;
     };
     if constexpr (dy == 0) {
-        LumaHorizontal<S> b(src, srcStep);
+        LumaHorizontal<S> b(taps, src, srcStep);
         return forGroups([&] { return dx == 2 ? b.group() : average(S::load(src + right, srcStep), b.group()); });
     } else if constexpr (dx == 0) {
-        typename S::Vertical h(src, srcStep);
+        typename S::Vertical h(taps, src, srcStep);
         return forGroups(
             [&] { return dy == 2 ? h.group() : average(S::load(src + below * srcStep, srcStep), h.group()); });
     } else if constexpr (dx != 2 && dy != 2) {
-        LumaHorizontal<S> b(src + below * srcStep, srcStep);
-        typename S::Vertical h(src + right, srcStep);
+        LumaHorizontal<S> b(taps, src + below * srcStep, srcStep);
+        typename S::Vertical h(taps, src + right, srcStep);
         return forGroups([&] { return average(b.group(), h.group()); });
     } else if constexpr (dx == 2) {
-        LumaCentre<S, below> j(src, srcStep);
+        LumaCentre<S, below> j(taps, src, srcStep);
         return forGroups([&] {
             const auto group = j.group();
             return dy == 2 ? group.centre : average(group.centre, group.rows);
         });
     } else {
-        LumaCentre<S, 0> j(src, srcStep);
-        typename S::Vertical h(src + right, srcStep);
+        LumaCentre<S, 0> j(taps, src, srcStep);
+        typename S::Vertical h(taps, src + right, srcStep);
         return forGroups([&] { return average(j.group().centre, h.group()); });
     }
 }
 
-template <int W>
-VekStatus copyColumn(const Vek8u* src, Vek32s srcStep, Vek8u* dst, Vek32s dstStep, Vek32s height) {
-    const Block<Vek8u> in(src, srcStep);
-    const MutableBlock<Vek8u> out(dst, dstStep);
-    for (int y = 0; y < height; y += 4) {
-        u8x16 rows[4];
-        for (int k = 0; k < 4; ++k) rows[k] = loadBytes<u8x16, W>(in.at(0, y + k));
-        for (int k = 0; k < 4; ++k) storeBytes<W>(out.at(0, y + k), rows[k]);
+// The kernel for a width and a position, 4 * dy + dx. It takes its arguments where the exports have them and returns
+// vekStsOk: an export ends in a jump.
+template <int W, int position>
+VekStatus lumaKernel(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, Vek32s height) {
+    constexpr bool isOne = W == 4 || W == 8 || (W == 16 && (VEKVC_VECTOR256 || position == 0));
+    if constexpr (!isOne) {  // no partition's width, or wider than the vectors: two columns
+        constexpr int first = W > 16 ? 16 : W == 12 ? 4 : 8;
+        lumaKernel<first, position>(src, srcStep, dst, dstStep, height);
+        return lumaKernel<W - first, position>(src + first, srcStep, dst + first, dstStep, height);
+    } else if constexpr (position == 0) {
+        return copyColumn<W>(src, srcStep, dst, dstStep, height);
+    } else {
+        return lumaColumn<LumaShape<W>, position % 4, position / 4>(src, srcStep, dst, dstStep, height);
     }
-    return vekStsOk;
 }
 
-using LumaKernel = VekStatus (*)(const Vek8u*, Vek32s, Vek8u*, Vek32s, Vek32s);
-template <class S, int W, std::size_t... i>
-constexpr std::array<LumaKernel, 16> lumaKernels(std::index_sequence<0, i...>) {
-    return {copyColumn<W>, lumaColumn<S, i % 4, i / 4>...};
-}
-// Two columns of 8 where no vector holds a row of 16.
-template <int position>
-VekStatus lumaTwoColumns(const Vek8u* src, Vek32s srcStep, Vek8u* dst, Vek32s dstStep, Vek32s height) {
-    lumaColumn<Luma8, position % 4, position / 4>(src, srcStep, dst, dstStep, height);
-    return lumaColumn<Luma8, position % 4, position / 4>(src + 8, srcStep, dst + 8, dstStep, height);
-}
+// For every width and position: 4 * width + position.
+using LumaKernel = VekStatus (*)(const Vek8u*, std::ptrdiff_t, Vek8u*, std::ptrdiff_t, Vek32s);
 template <std::size_t... i>
-constexpr std::array<LumaKernel, 16> lumaKernels16(std::index_sequence<0, i...> all) {
-#if VEKVC_VECTOR256
-    return lumaKernels<Luma16, 16>(all);
-#else
-    static_cast<void>(all);
-    return {copyColumn<16>, lumaTwoColumns<i>...};
-#endif
+constexpr std::array<LumaKernel, 128> lumaKernels(std::index_sequence<i...>) {
+    return {(i < 16 ? nullptr : lumaKernel < i < 16 ? 4 : i / 16 * 4, i % 16 >)...};
 }
-// By width: 4, 8, 16. By position: 4 * dy + dx.
-inline constexpr std::array<LumaKernel, 16> kLumaKernels[3] = {lumaKernels<Luma4, 4>(std::make_index_sequence<16>()),
-                                                               lumaKernels<Luma8, 8>(std::make_index_sequence<16>()),
-                                                               lumaKernels16(std::make_index_sequence<16>())};
-
-// Widths that are no partition's: columns 16, 8 and 4 wide.
-[[gnu::noinline, gnu::cold]] inline VekStatus lumaColumns(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
-                                                          Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize size) {
-    int x = 0;
-    for (int width : {16, 8, 4})
-        if (size.width & width) {
-            kLumaKernels[width / 8][static_cast<std::size_t>(4 * dy + dx)](pSrc + x, srcStep, pDst + x, dstStep,
-                                                                           size.height);
-            x += width;
-        }
-    return vekStsOk;
-}
+inline constexpr auto kLumaKernels = lumaKernels(std::make_index_sequence<128>());
 
 [[gnu::always_inline]] inline VekStatus interpolateLuma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                         Vek32s dx, Vek32s dy, VekiSize size, int) {
-    if (size.width == 0 || (size.width & (size.width - 1)) != 0)
-        return lumaColumns(pSrc, srcStep, pDst, dstStep, dx, dy, size);
-    return kLumaKernels[size.width / 8][static_cast<std::size_t>(4 * dy + dx)](pSrc, srcStep, pDst, dstStep,
-                                                                               size.height);
+    const auto kernel = kLumaKernels[static_cast<Vek32u>(4 * size.width + 4 * dy + dx)];
+    return kernel(pSrc, srcStep, pDst, dstStep, size.height);
 }
 
 }  // namespace vekvc::simd

@@ -12,58 +12,65 @@ using namespace vekvc;
 
 namespace {
 
-constexpr bool isBlockSide(Vek32s n) { return n == 2 || n == 4 || n == 8 || n == 16; }
-constexpr bool isBlockSize(VekiSize size) { return isBlockSide(size.width) && isBlockSide(size.height); }
 constexpr bool isSizeTo16(VekiSize size) { return !outside(size.width, 2, 16) && !outside(size.height, 2, 16); }
 
-VekStatus uniDir(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u logWD, Vek32s weight, Vek32s offset, VekiSize roiSize) {
-    if (anyNull(pSrcDst)) return vekStsErrNullPtr;
-    if (anyBelow(roiSize.width, srcDstStep)) return vekStsErrStep;
-    if (!isBlockSize(roiSize)) return vekStsErrSize;
-    kernel::weightOne<Vek8u>({pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, roiSize, explicitOne(logWD, weight, offset),
-                             255);
-    return vekStsOk;
+[[gnu::always_inline]] inline VekStatus checkedOne(MutableBlock<Vek8u> block, VekiSize roiSize,
+                                                   const Weighting& weighting) {
+    const std::uint64_t size = packedSize(roiSize);
+    if (anyNull(block.base)) [[unlikely]]
+        return vekStsErrNullPtr;
+    if (block.step < static_cast<Vek32s>(size)) [[unlikely]]
+        return vekStsErrStep;
+    if (!isBlockSize(size)) [[unlikely]]
+        return vekStsErrSize;
+    return kernel::weightInPlace(block, size, weighting);
 }
 
+template <bool hasOffset>
 [[gnu::always_inline]] inline VekStatus checkedTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst,
-                                                   VekiSize size, const Weighting& weighting) {
-    if (anyNull(src1.base, src2.base, dst.base)) return vekStsErrNullPtr;
-    if (src1.step < size.width || src2.step < size.width || dst.step < size.width) return vekStsErrStep;
-    if (!isBlockSize(size)) return vekStsErrSize;
-    kernel::weightTwo<Vek8u>(src1, src2, dst, size, weighting, 255);
-    return vekStsOk;
+                                                   VekiSize roiSize, const Weighting& weighting) {
+    const std::uint64_t size = packedSize(roiSize);
+    const auto width = static_cast<Vek32s>(size);
+    if (anyNull(src1.base, src2.base, dst.base)) [[unlikely]]
+        return vekStsErrNullPtr;
+    if (src1.step < width || src2.step < width || dst.step < width) [[unlikely]]
+        return vekStsErrStep;
+    if (!isBlockSize(size)) [[unlikely]]
+        return vekStsErrSize;
+    return kernel::weightTwo<hasOffset>(src1, src2, dst, size, weighting);
 }
 
 }  // namespace
 
 VekStatus vekiUniDirWeightBlock_H264_8u_C1R(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u logWD, Vek32s weight,
                                             Vek32s offset, VekiSize roiSize) {
-    return uniDir(pSrcDst, srcDstStep, logWD, weight, offset, roiSize);
+    return checkedOne({pSrcDst, srcDstStep}, roiSize, explicitOne(logWD, weight, offset));
 }
 
 VekStatus vekiUniDirWeightBlock_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u logWD, Vek32s weight,
                                              Vek32s offset, VekiSize roiSize) {
-    return uniDir(pSrcDst, srcDstStep, logWD, weight, offset, roiSize);
+    return checkedOne({pSrcDst, srcDstStep}, roiSize, explicitOne(logWD, weight, offset));
 }
 
 VekStatus vekiBiDirWeightBlock_H264_8u_P2P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst, Vek32s srcStep,
                                              Vek32s dstStep, Vek32u logWD, Vek32s weight1, Vek32s offset1,
                                              Vek32s weight2, Vek32s offset2, VekiSize roiSize) {
-    return checkedTwo({pSrc1, srcStep}, {pSrc2, srcStep}, {pDst, dstStep}, roiSize,
-                      explicitTwo(logWD, weight1, offset1, weight2, offset2));
+    return checkedTwo<true>({pSrc1, srcStep}, {pSrc2, srcStep}, {pDst, dstStep}, roiSize,
+                            explicitTwo(logWD, weight1, offset1, weight2, offset2));
 }
 
 VekStatus vekiBiDirWeightBlock_H264_8u_P3P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst, Vek32s src1Step,
                                              Vek32s src2Step, Vek32s dstStep, Vek32u logWD, Vek32s weight1,
                                              Vek32s offset1, Vek32s weight2, Vek32s offset2, VekiSize roiSize) {
-    return checkedTwo({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, roiSize,
-                      explicitTwo(logWD, weight1, offset1, weight2, offset2));
+    return checkedTwo<true>({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, roiSize,
+                            explicitTwo(logWD, weight1, offset1, weight2, offset2));
 }
 
 VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P2P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst,
                                                      Vek32s srcStep, Vek32s dstStep, Vek32s weight1, Vek32s weight2,
                                                      VekiSize roiSize) {
-    return checkedTwo({pSrc1, srcStep}, {pSrc2, srcStep}, {pDst, dstStep}, roiSize, implicitTwo(weight1, weight2));
+    return checkedTwo<false>({pSrc1, srcStep}, {pSrc2, srcStep}, {pDst, dstStep}, roiSize,
+                             implicitTwo(weight1, weight2));
 }
 
 // Unlike its siblings: only the pointers are checked, and any size is done.
@@ -71,18 +78,19 @@ VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(const Vek8u* pSrc1, const V
                                                      Vek32s src1Step, Vek32s src2Step, Vek32s dstStep, Vek32s weight1,
                                                      Vek32s weight2, VekiSize roiSize) {
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
+    const Block<Vek8u> src1(pSrc1, src1Step), src2(pSrc2, src2Step);
+    const MutableBlock<Vek8u> dst(pDst, dstStep);
+    const Weighting weighting = implicitTwo(weight1, weight2);
     // Rows of the result that overlap are written one after the other.
     const bool rowsOverlap = dstStep < roiSize.width && dstStep > -std::int64_t{roiSize.width};
-    (rowsOverlap ? plain::weightTwo<Vek8u> : kernel::weightTwo<Vek8u>)({pSrc1, src1Step}, {pSrc2, src2Step},
-                                                                       {pDst, dstStep}, roiSize,
-                                                                       implicitTwo(weight1, weight2), 255);
-    return vekStsOk;
+    if (rowsOverlap) return plain::weightTwo(src1, src2, dst, roiSize, weighting, 255);
+    return kernel::weightTwo<false>(src1, src2, dst, packedSize(roiSize), weighting);
 }
 
 VekStatus vekiWeightedAverage_H264_8u_C1IR(const Vek8u* pSrc1, Vek8u* pSrcDst, Vek32s srcDstStep, Vek32s weight1,
                                            Vek32s weight2, Vek32u logWD, Vek32s offset, VekiSize roiSize) {
-    return checkedTwo({pSrc1, srcDstStep}, {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, roiSize,
-                      averageTwo(weight1, weight2, logWD, offset));
+    return checkedTwo<true>({pSrc1, srcDstStep}, {pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, roiSize,
+                            averageTwo(weight1, weight2, logWD, offset));
 }
 
 // ---- averages
@@ -90,17 +98,17 @@ VekStatus vekiWeightedAverage_H264_8u_C1IR(const Vek8u* pSrc1, Vek8u* pSrcDst, V
 VekStatus vekiInterpolateBlock_H264_8u_P2P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst, Vek32s width,
                                              Vek32s height, Vek32s step) {
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
-    if (!isSizeTo16({width, height})) return vekStsErrSize;
-    kernel::averageBlocks<Vek8u>({pSrc1, step}, {pSrc2, step}, {pDst, step}, {width, height});
-    return vekStsOk;
+    if (!isSizeTo16({width, height})) [[unlikely]]
+        return vekStsErrSize;
+    return kernel::averageBlocks<Vek8u>({pSrc1, step}, {pSrc2, step}, {pDst, step}, {width, height});
 }
 
 VekStatus vekiInterpolateBlock_H264_8u_P3P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst, Vek32s width,
                                              Vek32s height, Vek32s src1Step, Vek32s src2Step, Vek32s dstStep) {
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
-    if (!isSizeTo16({width, height})) return vekStsErrSize;
-    kernel::averageBlocks<Vek8u>({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, {width, height});
-    return vekStsOk;
+    if (!isSizeTo16({width, height})) [[unlikely]]
+        return vekStsErrSize;
+    return kernel::averageBlocks<Vek8u>({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, {width, height});
 }
 
 // ---- 16-bit records

@@ -1,15 +1,16 @@
-// Weighted prediction and averages of two predictions in vectors, for blocks of any size: columns 16, 8, 4 and 2
-// samples wide, several short rows in one vector.
+// Weighted prediction and averages of two predictions in vectors: kernels for the blocks of motion compensation, and
+// columns 16, 8, 4 and 2 samples wide for all others.
 #ifndef VEKVC_H264_WEIGHT_SIMD_H
 #define VEKVC_H264_WEIGHT_SIMD_H
 
 #include "common/tile.h"
+#include "h264/row_group_simd.h"
 #include "h264/weight_plain.h"
 
 namespace vekvc::simd {
 
-// ---- walking over a block: op(a, b) makes the samples of the result; where Op::kOneSource is set, b is a;
-// Op::kRows says how many rows of a width it takes at once
+// ---- blocks of any size: op(a, b) makes the samples of the result; Op::kRows says how many rows of a width it takes at
+// once
 
 // One column of a block, R rows at a time, then the rows left over one by one.
 template <int W, class Op>
@@ -19,13 +20,8 @@ template <int W, class Op>
 #pragma GCC unroll 2
         for (; height >= R; height -= R) {
             const auto first = Tile<W, R>::load(a, aStep);
-            if constexpr (Op::kOneSource) {
-                Tile<W, R>::store(out, outStep, op(first, first));
-            } else {
-                Tile<W, R>::store(out, outStep, op(first, Tile<W, R>::load(b, bStep)));
-                b += R * bStep;
-            }
-            a += R * aStep, out += R * outStep;
+            Tile<W, R>::store(out, outStep, op(first, Tile<W, R>::load(b, bStep)));
+            a += R * aStep, b += R * bStep, out += R * outStep;
         }
     };
     constexpr int R = Op::template kRows<W>;
@@ -34,21 +30,6 @@ template <int W, class Op>
         if (height > 0) [[unlikely]]
             rows(std::integral_constant<int, 1>());
 }
-// Blocks 16, 8 and 4 wide; false for others.
-template <class Op>
-[[gnu::always_inline]] inline bool tileBlock(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size,
-                                             Op op) {
-    if (size.width == 16)
-        tileColumn<16>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else if (size.width == 8)
-        tileColumn<8>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else if (size.width == 4)
-        tileColumn<4>(a.base, b.base, out.base, a.step, b.step, out.step, size.height, op);
-    else
-        return false;
-    return true;
-}
-
 // Blocks of any width, in columns of usual ones: gives the columns that are left over (0 or 1).
 template <class Op>
 int tileColumns(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> out, VekiSize size, Op op) {
@@ -86,7 +67,6 @@ B lastColumn(const B& block, int width) {
 // ---- averages
 
 struct Average {
-    static constexpr bool kOneSource = false;
     template <int W>
     static constexpr int kRows = kTileRows<W, 4>;
     template <class U>
@@ -94,73 +74,131 @@ struct Average {
         return average(a, b);
     }
 };
-
 template <class T>
-[[gnu::noinline]] void averageAnyWidth(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
+[[gnu::noinline]] VekStatus averageAnySize(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
     if (tileColumns(src1, src2, dst, size, Average()) > 0)
         plain::averageBlocks(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
                              {1, size.height});
+    return vekStsOk;
+}
+// Rows of 8 and 16 samples are averaged one by one: joining them would cost more than the average.
+template <int W>
+[[gnu::always_inline]] inline VekStatus averageColumn(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> dst,
+                                                      Vek32s height) {
+    constexpr int R = W == 4 ? 4 : 2;
+    if (height % R != 0) [[unlikely]]
+        return averageAnySize(a, b, dst, {W, height});
+#pragma GCC unroll 4
+    for (; height > 0; height -= R) {
+        if constexpr (W == 4) {
+            using G = RowGroup<W, R>;
+            G::store(dst.base, dst.step, average(G::load(a.base, a.step), G::load(b.base, b.step)));
+        } else {
+            const auto mean = [&](int y) {
+                return average(loadBytes<u8x16, W>(a.at(0, y)), loadBytes<u8x16, W>(b.at(0, y)));
+            };
+            const u8x16 first = mean(0), second = mean(1);
+            storeBytes<W>(dst.at(0, 0), first);
+            storeBytes<W>(dst.at(0, 1), second);
+        }
+        a.base = groupOn<R>(a.base, a.step), b.base = groupOn<R>(b.base, b.step);
+        dst.base = groupOn<R>(dst.base, dst.step);
+    }
+    return vekStsOk;
 }
 template <class T>
-[[gnu::always_inline]] inline void averageBlocks(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
-    if constexpr (sizeof(T) == 1)
-        if (tileBlock(src1, src2, dst, size, Average())) return;
-    averageAnyWidth(src1, src2, dst, size);
+[[gnu::always_inline]] inline VekStatus averageBlocks(Block<T> src1, Block<T> src2, MutableBlock<T> dst,
+                                                      VekiSize size) {
+    if constexpr (sizeof(T) == 1) {
+        if (size.width == 16) return averageColumn<16>(src1, src2, dst, size.height);
+        if (size.width == 8) return averageColumn<8>(src1, src2, dst, size.height);
+        if (size.width == 4) return averageColumn<4>(src1, src2, dst, size.height);
+    }
+    return averageAnySize(src1, src2, dst, size);
 }
 
 // ---- weights
+//
+// Sums in 16 bits: (sum + half of 2^shift) >> shift = (sum * 2^(15 - shift) + 2^14) >> 15, for shifts from 1 on.
 
-// Sums in 16 bits: (sum + half of 2^shift) >> shift = (sum * 2^(15 - shift) + 2^14) >> 15. One prediction is two halves of
-// itself, so that a weight of 128 has room in two bytes.
-template <bool oneSource>
-struct Weigh16 {
-    static constexpr bool kOneSource = oneSource;
-    template <int W>
-    static constexpr int kRows = kWideTileRows<W, 4>;
-    int weights;  // weight1 and weight2, a byte each
-    int factor;   // 2^(15 - shift)
-    int offset;
+// Two predictions. Weights that fit a byte and whose sum lies within +-128 keep the sums within 16 bits: 255 * 128 =
+// 32640. Weights of different signs keep within that by themselves.
+// The kernels get their constants in the lowest lanes of vectors.
+template <bool hasOffset, class U>
+struct WeighTwo {
+    using V = Vec<std::int16_t, U::kBytes / 2>;
+    V weights, scale, offset;  // the weights a byte each
 
-    template <class U>
+    explicit WeighTwo(i16x8 w, i16x8 s, i16x8 o = zero<i16x8>())
+        : weights(splatLowest<V>(w)), scale(splatLowest<V>(s)), offset(splatLowest<V>(o)) {}
     [[gnu::always_inline]] U operator()(U a, U b) const {
-        using V = Vec<std::int16_t, U::kBytes / 2>;
-        using B = Vec<std::int8_t, U::kBytes>;
-        const B both = as<B>(splat<V>(weights));
-        const V scale = splat<V>(factor), added = splat<V>(offset);
-        const V low = mulHighRound(mulAddPairs(interleaveLow(a, b), both), scale);
-        const V high = mulHighRound(mulAddPairs(interleaveHigh(a, b), both), scale);
-        return narrowU8(addSat(low, added), addSat(high, added));
+        return narrowU8(weigh(interleaveLow(a, b)), weigh(interleaveHigh(a, b)));
     }
+    [[gnu::always_inline]] V weigh(U pairs) const {
+        const V rounded = mulHighRound(mulAddPairs(pairs, as<Vec<std::int8_t, U::kBytes>>(weights)), scale);
+        return hasOffset ? addSat(rounded, offset) : rounded;
+    }
+};
+template <class U>
+using WeighTwoWithOffset = WeighTwo<true, U>;
+template <class U>
+using WeighTwoWithout = WeighTwo<false, U>;
+// One prediction, in place, for weights and offsets that fit a byte and shifts up to 7: p * weight + 2^shift * offset
+// is a sum of two products too. Where it saturates at 16 bits, the result is outside 0..255 all the same (or 255).
+template <class U>
+struct WeighOne {
+    using V = Vec<std::int16_t, U::kBytes / 2>;
+    V weights, scale;  // weight and offset a byte each
+    U power;
 
-    // Can this do it? Each weight must fit a byte and the sums 16 bits: 255 * 128 = 32640. Weights of different signs keep
-    // within that by themselves. A shift of 0 is one of 1 with twice the weights.
-    [[gnu::always_inline]] static bool fits(const Weighting& w, Weigh16& result) {
-        constexpr Vek32u kMost = 128;
-        const auto within = [](Vek32s x, Vek32u limit) { return static_cast<Vek32u>(x) + limit <= 2 * limit; };
-        if (!within(w.offset, 32767) || static_cast<Vek32u>(w.shift) > 14) return false;
-        const int doubled = w.shift == 0;
-        Vek32s w1 = w.weight1, w2 = w.weight2;
-        if constexpr (oneSource) {
-            if (!within(w1, kMost >> doubled)) return false;
-            w1 <<= doubled;
-            w2 = w1 - (w1 >> 1);
-            w1 >>= 1;
-        } else {
-            const auto isByte = [&](Vek32s x) {
-                return static_cast<Vek32u>(x) + (kMost >> doubled) < 2 * (kMost >> doubled);
-            };
-            if (!isByte(w1) || !isByte(w2) || !within(w1 + w2, kMost >> doubled)) return false;
-            w1 <<= doubled;
-            w2 <<= doubled;
-        }
-        result = {(w1 & 255) | w2 * 256, 1 << (15 - doubled) >> w.shift, w.offset};
-        return true;
+    WeighOne(i16x8 w, i16x8 s, i16x8 p)
+        : weights(splatLowest<V>(w)), scale(splatLowest<V>(s)), power(as<U>(splatLowest<V>(p))) {}
+    [[gnu::always_inline]] U operator()(U p) const {
+        return narrowU8(weigh(interleaveLow(p, power)), weigh(interleaveHigh(p, power)));
+    }
+    [[gnu::always_inline]] V weigh(U pairs) const {
+        return mulHighRound(mulAddPairs(pairs, as<Vec<std::int8_t, U::kBytes>>(weights)), scale);
     }
 };
 
+// For shifts of 0 to 8: 2^(15 - shift), and 2^shift in both bytes.
+inline constexpr std::uint16_t kScales[9] = {0, 1 << 14, 1 << 13, 1 << 12, 1 << 11, 1 << 10, 1 << 9, 1 << 8, 1 << 7};
+inline constexpr std::uint16_t kPowers[8] = {0x0101, 0x0202, 0x0404, 0x0808, 0x1010, 0x2020, 0x4040, 0x8080};
+
+constexpr Vek32u fromLeastByte(Vek32s x) { return static_cast<Vek32u>(x) + 128; }  // below 256 for a byte
+constexpr bool fitsOne(const Weighting& w) {
+    return (fromLeastByte(w.weight1) | fromLeastByte(w.offset)) < 256 && w.shift - 1 < 7;
+}
+// Without an offset the sum of the weights does not matter for shifts up to 7: where the sums saturate, the result is
+// outside 0..255 all the same (or 255).
+template <bool hasOffset>
+constexpr bool fitsTwo(const Weighting& w) {
+    const Vek32u bytes = fromLeastByte(w.weight1) | fromLeastByte(w.weight2);
+    if (!hasOffset) return bytes < 256 && w.shift - 1 < 7;
+    return (bytes | fromLeastByte(w.offset) | fromLeastByte(w.weight1 + w.weight2 - 1)) < 256 && w.shift - 1 < 8;
+}
+[[gnu::always_inline]] inline i16x8 lowest(Vek32s x) { return loadBytes<i16x8, 4>(&x); }
+[[gnu::always_inline]] inline i16x8 twoBytes(Vek32s low, Vek32s high) { return lowest((low & 255) | high * 256); }
+[[gnu::always_inline]] inline VekStatus weighInPlace(MutableBlock<Vek8u> block, std::uint64_t size,
+                                                     const Weighting& w) {
+    return kChangeKernels<WeighOne, i16x8, i16x8, i16x8>[sizeIndex(size)](
+        block.base, block.step, twoBytes(w.weight1, w.offset), splatFrom<i16x8>(&kScales[w.shift]),
+        splatFrom<i16x8>(&kPowers[w.shift]));
+}
+template <bool hasOffset>
+[[gnu::always_inline]] inline VekStatus weighTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst,
+                                                 std::uint64_t size, const Weighting& w) {
+    const i16x8 weights = twoBytes(w.weight1, w.weight2), scale = splatFrom<i16x8>(&kScales[w.shift]);
+    if constexpr (hasOffset)
+        return kCombineKernels<WeighTwoWithOffset, i16x8, i16x8, i16x8>[sizeIndex(size)](
+            src1.base, src2.base, dst.base, src1.step, src2.step, dst.step, weights, scale, lowest(w.offset));
+    else
+        return kCombineKernels<WeighTwoWithout, i16x8, i16x8>[sizeIndex(size)](
+            src1.base, src2.base, dst.base, src1.step, src2.step, dst.step, weights, scale);
+}
+
 // Sums in 32 bits, of samples of at most 14 bits.
 struct Weigh32 {
-    static constexpr bool kOneSource = false;
     template <int W>
     static constexpr int kRows = kWideTileRows<W, 4>;
     int weights;  // 16 bits each
@@ -192,32 +230,78 @@ struct Weigh32 {
         if (!isShort(w.weight1) || !isShort(w.weight2) || w.shift > 30) return false;
         if (w.offset < -(1 << 29) || w.offset > 1 << 29) return false;
         const Vek32u low = static_cast<Vek32u>(w.weight1) & 0xFFFF, high = static_cast<Vek32u>(w.weight2) << 16;
-        result = {static_cast<int>(low | high), w.shift >= 1 ? 1 << (w.shift - 1) : 0, w.shift, w.offset, maxSample};
+        const int shift = static_cast<int>(w.shift);
+        result = {static_cast<int>(low | high), shift >= 1 ? 1 << (shift - 1) : 0, shift, w.offset, maxSample};
         return true;
     }
 };
 
-template <class T>
-[[gnu::noinline]] void weightAnyWidth(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
-                                      const Weighting& w, int maxSample) {
-    Weigh32 wide;
-    if (!Weigh32::fits(w, maxSample, wide)) return plain::weightTwo(src1, src2, dst, size, w, maxSample);
-    if (tileColumns(src1, src2, dst, size, wide) > 0)
-        plain::weightTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
-                         {1, size.height}, w, maxSample);
-}
-template <class T, bool oneSource = false>
-[[gnu::always_inline]] inline void weightTwo(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size,
-                                             const Weighting& w, int maxSample) {
-    if constexpr (sizeof(T) == 1)
-        if (Weigh16<oneSource> narrow; narrow.fits(w, narrow) && tileBlock(src1, src2, dst, size, narrow)) return;
-    weightAnyWidth(src1, src2, dst, size, w, maxSample);
+// The same weighting with small numbers where there is one: a shift of 1 with twice the weights for a shift of 0, and
+// half of even weights with a shift that is less by one.
+constexpr Weighting simplified(Weighting w) {
+    const auto isSmall = [](Vek32s x) { return x >= -128 && x <= 128; };
+    if (!isSmall(w.weight1) || !isSmall(w.weight2)) return w;
+    if (w.shift == 0) return {2 * w.weight1, 2 * w.weight2, w.offset, 1};
+    if (w.shift > 1 && (w.weight1 == 128 || w.weight2 == 128) && (w.weight1 & 1) == 0 && (w.weight2 & 1) == 0)
+        return {w.weight1 / 2, w.weight2 / 2, w.offset, w.shift - 1};
+    return w;
 }
 
 template <class T>
-[[gnu::always_inline]] inline void weightOne(Block<T> src, MutableBlock<T> dst, VekiSize size, const Weighting& w,
-                                             int maxSample) {
-    weightTwo<T, true>(src, src, dst, size, w, maxSample);
+VekStatus weightAnySize(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size, const Weighting& w,
+                        int maxSample) {
+    Weigh32 wide;
+    if (!Weigh32::fits(w, maxSample, wide)) {
+        plain::weightTwo(src1, src2, dst, size, w, maxSample);
+    } else if (tileColumns(src1, src2, dst, size, wide) > 0) {
+        plain::weightTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
+                         {1, size.height}, w, maxSample);
+    }
+    return vekStsOk;
+}
+
+// All that the exports leave aside at first. The weighting comes in pieces: whole, it would need room on the stack of the
+// exports.
+[[gnu::noinline, gnu::cold]] inline VekStatus weightTwoRarely(Block<Vek8u> src1, Block<Vek8u> src2,
+                                                              MutableBlock<Vek8u> dst, std::uint64_t size,
+                                                              Vek32s weight1, Vek32s weight2, Vek32s offset,
+                                                              std::uint64_t shift) {
+    const Weighting w = simplified({weight1, weight2, offset, shift});
+    if (isBlockSize(size) && fitsTwo<true>(w)) return weighTwo<true>(src1, src2, dst, size, w);
+    return weightAnySize(src1, src2, dst, unpackedSize(size), w, 255);
+}
+[[gnu::noinline, gnu::cold]] inline VekStatus weightOneRarely(MutableBlock<Vek8u> block, std::uint64_t size,
+                                                              Vek32s weight, Vek32s offset, std::uint64_t shift) {
+    const Weighting w = simplified({weight, 0, offset, shift});
+    if (isBlockSize(size) && fitsOne(w)) return weighInPlace(block, size, w);
+    const Block<Vek8u> src(block.base, static_cast<Vek32s>(block.step));
+    return weightAnySize(src, src, block, unpackedSize(size), w, 255);
+}
+
+// Blocks of 8-bit samples, their size in one register.
+template <bool hasOffset>
+[[gnu::always_inline]] inline VekStatus weightTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst,
+                                                  std::uint64_t size, const Weighting& w) {
+    if (isBlockSize(size) && fitsTwo<hasOffset>(w)) [[likely]]
+        return weighTwo<hasOffset>(src1, src2, dst, size, w);
+    return weightTwoRarely(src1, src2, dst, size, w.weight1, w.weight2, w.offset, w.shift);
+}
+[[gnu::always_inline]] inline VekStatus weightInPlace(MutableBlock<Vek8u> block, std::uint64_t size,
+                                                      const Weighting& w) {
+    if (isBlockSize(size) && fitsOne(w)) [[likely]]
+        return weighInPlace(block, size, w);
+    return weightOneRarely(block, size, w.weight1, w.offset, w.shift);
+}
+
+// 16-bit samples.
+template <class T>
+VekStatus weightTwo(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size, const Weighting& w,
+                    int maxSample) {
+    return weightAnySize(src1, src2, dst, size, w, maxSample);
+}
+template <class T>
+VekStatus weightOne(Block<T> src, MutableBlock<T> dst, VekiSize size, const Weighting& w, int maxSample) {
+    return weightAnySize(src, src, dst, size, w, maxSample);
 }
 
 }  // namespace vekvc::simd

@@ -131,7 +131,7 @@ VEKVC_SIMD_INLINE void storeLanes32(At at, u32x4 v) {
 template <class V>
 VEKVC_SIMD_INLINE V loadPair8(const void* low, const void* high) {
     const __m128d first = _mm_castsi128_pd(_mm_loadl_epi64(static_cast<const __m128i*>(low)));
-    return {_mm_castpd_si128(__m128d{first[0], *static_cast<const UnalignedDouble*>(high)})};
+    return {_mm_castpd_si128(_mm_loadh_pd(first, static_cast<const double*>(high)))};
 }
 VEKVC_SIMD_FN void storePair8(void* low, void* high, Vec<T, N> v) {
     _mm_storel_epi64(static_cast<__m128i*>(low), v.raw);
@@ -142,6 +142,36 @@ VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
     int bits;
     std::memcpy(&bits, high, 4);
     return {_mm_insert_epi32((loadBytes<V, 4>(low).raw), bits, 1)};
+}
+
+// The rows one and two below p, as values of their own: the compilers would keep multiples of the step in more registers
+// than there are, and short kernels would have to save some.
+template <class T>
+VEKVC_SIMD_INLINE T* oneRowOn(T* p, std::ptrdiff_t step) {
+    T* row;
+    asm("lea (%1,%2), %0" : "=r"(row) : "r"(p), "r"(step));
+    return row;
+}
+template <class T>
+VEKVC_SIMD_INLINE T* twoRowsOn(T* p, std::ptrdiff_t step) {
+    T* row;
+    asm("lea (%1,%2,2), %0" : "=r"(row) : "r"(p), "r"(step));
+    return row;
+}
+
+// v with the n bytes (2 or 4) at p in its i-th place of n bytes.
+template <int i, int n, class V>
+VEKVC_SIMD_INLINE V insertBytes(V v, const void* p) {
+    static_assert(is128<V> && (n == 2 || n == 4));
+    if constexpr (n == 4) {
+        int bits;
+        std::memcpy(&bits, p, 4);
+        return {_mm_insert_epi32(v.raw, bits, i)};
+    } else {
+        short bits;
+        std::memcpy(&bits, p, 2);
+        return {_mm_insert_epi16(v.raw, bits, i)};
+    }
 }
 
 #if VEKVC_VECTOR256
@@ -159,6 +189,12 @@ VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
 template <int i0, int i1, int i2, int i3, class T, int N>
 VEKVC_SIMD_INLINE Vec<T, N> shuffle64(Vec<T, N> a) {
     return {_mm256_permute4x64_epi64(a.raw, i0 | i1 << 2 | i2 << 4 | i3 << 6)};
+}
+// Four runs of 8 bytes into the quarters of one vector.
+template <class V>
+VEKVC_SIMD_INLINE V loadFour8(const void* a, const void* b, const void* c, const void* d) {
+    return join(loadPair8<Vec<typename V::Lane, 16 / laneBytes<V>>>(a, b),
+                loadPair8<Vec<typename V::Lane, 16 / laneBytes<V>>>(c, d));
 }
 // Two runs of 16 bytes into the halves of one vector: two rows of 16 samples.
 template <class V>

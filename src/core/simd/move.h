@@ -113,6 +113,20 @@ VEKVC_SIMD_INLINE T lane(Vec<T, N> a) {
     else return static_cast<T>(_mm_extract_epi64(a.raw, i));
 }
 
+// Every lane the lowest one of v.
+template <class V>
+VEKVC_SIMD_INLINE V splatLowest(i16x8 v) {
+    static_assert(laneBytes<V> == 2);
+#if VEKVC_VECTOR256
+    if constexpr (is128<V>)
+        return {_mm_broadcastw_epi16(v.raw)};
+    else
+        return {_mm256_broadcastw_epi16(v.raw)};
+#else
+    return {_mm_shuffle_epi32(_mm_shufflelo_epi16(v.raw, 0), 0)};
+#endif
+}
+
 // ---- widening and narrowing
 
 // The low half's lanes at twice the width (zero- or sign-extended by the lane type); all lanes into 256 bits: widen.
