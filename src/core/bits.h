@@ -3,6 +3,8 @@
 #ifndef VEKVC_CORE_BITS_H
 #define VEKVC_CORE_BITS_H
 
+#include <bit>
+
 #include "core/memory.h"
 
 namespace vekvc {
@@ -65,7 +67,7 @@ class WordWindow {
     WordWindow(Vek32u* const* ppBitStream, const Vek32s* pBitOffset) {
         const Vek32u* word = load<Vek32u*>(ppBitStream);
         const Vek32s used = 31 - load<Vek32s>(pBitOffset);
-        bits_ = (std::uint64_t{load<Vek32u>(word)} << 32 | load<Vek32u>(word + 1)) << used;
+        bits_ = std::rotl(load<std::uint64_t>(word), 32) << used;
         valid_ = 64 - used;
         next_ = word + 2;
     }
@@ -90,6 +92,8 @@ class WordWindow {
     }
 
     std::uint64_t bits() const { return bits_; }
+    // How many of them are true.
+    int valid() const { return valid_; }
 
     // Makes at least n bits (0 to 32) true.
     void need(int n) {
@@ -100,7 +104,7 @@ class WordWindow {
     }
 
     // The first n bits (0 to 32) of those that need() made true.
-    Vek32u top(int n) const { return static_cast<Vek32u>(bits_ >> 1 >> (63 - n)); }
+    std::uint64_t top(int n) const { return bits_ >> 1 >> (63 - n); }
 
     // Moves on by n bits (0 to 63, all true).
     void drop(int n) {
@@ -110,7 +114,7 @@ class WordWindow {
 
     Vek32u read(int n) {
         need(n);
-        const Vek32u value = top(n);
+        const auto value = static_cast<Vek32u>(top(n));
         drop(n);
         return value;
     }
@@ -118,7 +122,7 @@ class WordWindow {
     // Writes the cursor back, n bits (0 to 255) before the next one.
     void commit(Vek32u** ppBitStream, Vek32s* pBitOffset, int n = 0) const {
         const int ahead = valid_ + n;
-        store(ppBitStream, const_cast<Vek32u*>(next_ - ((ahead + 31) >> 5)));
+        store(ppBitStream, const_cast<Vek32u*>(next_ + (-ahead >> 5)));
         store<Vek32s>(pBitOffset, (ahead - 1) & 31);
     }
 

@@ -6,6 +6,7 @@
 #include <bit>
 
 #include "h264/cavlc_decode_plain.h"
+#include "h264/scaling_tables.h"
 
 namespace vekvc::simd {
 
@@ -25,19 +26,25 @@ struct CavlcEscape {
 
 // Reads one level into value and returns its magnitude, or -1. `first` (0 or 1) raises the magnitude by one.
 [[gnu::always_inline]] inline Vek32s readLevel(WordWindow& window, int suffixLength, Vek32u first, Vek32s& value) {
-    window.need(21);  // level_prefix up to 14, its end, six bits of suffix
-    const std::uint64_t bits = window.bits();
-    const int levelPrefix = std::countl_zero(bits | 1);
-    if (levelPrefix >= (suffixLength == 0 ? 14 : 15)) [[unlikely]] {
-        const CavlcEscape escape = readEscape(window.reader(), suffixLength, first != 0);
-        window = WordWindow(escape.reader);
-        value = escape.value;
-        return escape.magnitude;
+    const int longest = 15 + suffixLength - (suffixLength == 0 ? 1 : 0);  // of the codes that are no escapes
+    int levelPrefix = std::countl_zero(window.bits() | 1);
+    int length = levelPrefix + 1 + suffixLength;
+    if (length > (longest < window.valid() ? longest : window.valid())) [[unlikely]] {
+        window.need(21);  // level_prefix up to 14, its end, six bits of suffix
+        levelPrefix = std::countl_zero(window.bits() | 1);
+        length = levelPrefix + 1 + suffixLength;
+        if (length > longest) {
+            const CavlcEscape escape = readEscape(window.reader(), suffixLength, first != 0);
+            window = WordWindow(escape.reader);
+            value = escape.value;
+            return escape.magnitude;
+        }
     }
-    const Vek32u suffix = static_cast<Vek32u>(bits << levelPrefix << 1 >> 1 >> (63 - suffixLength));
-    window.drop(levelPrefix + 1 + suffixLength);
+    // The end of level_prefix, a one, stands above the suffix.
+    const auto suffix = static_cast<Vek32u>(window.bits() << levelPrefix >> (63 - suffixLength));
+    window.drop(length);
     // levelCode 2n is the level n + 1, 2n + 1 is -(n + 1).
-    const Vek32u levelCode = (static_cast<Vek32u>(levelPrefix) << suffixLength) + suffix + 2 * first;
+    const Vek32u levelCode = (static_cast<Vek32u>(levelPrefix - 1) << suffixLength) + suffix + 2 * first;
     const Vek32s magnitude = static_cast<Vek32s>(levelCode >> 1) + 1;
     const Vek32s sign = -static_cast<Vek32s>(levelCode & 1);
     value = (magnitude ^ sign) - sign;
@@ -49,8 +56,9 @@ struct CavlcEscape {
     int left = token.totalCoeff - token.trailingOnes;
     if (left <= 0) return true;
     Vek32s* next = levels + token.trailingOnes;
-    const Vek32u first = token.trailingOnes < 3 ? 1 : 0;
-    const int startLength = token.totalCoeff > 10 ? static_cast<int>(first) : 0;
+    // TrailingOnes < 3, and TotalCoeff > 10 as well: shifts of the sign, since no branch would foresee them.
+    const auto first = static_cast<Vek32u>((token.trailingOnes - 3) >> 31 & 1);
+    const int startLength = (10 - token.totalCoeff) >> 31 & static_cast<int>(first);
     Vek32s magnitude = readLevel(window, startLength, first, *next);
     if (magnitude < 0) return false;
     // The first level always raises suffixLength, to 2 if it is above 3: 1 + (magnitude > 3) for both start values.
@@ -64,6 +72,36 @@ struct CavlcEscape {
     }
     return true;
 }
+
+// run_before as Table 9-10 has it, by zerosLeft and the next three bits: the code's length + 256 * the zerosLeft behind
+// it. The caller's tables decide; but what they say comes out of three loads in a row, each run waiting for the run
+// before. So the decoder goes on with the standard's answer and only compares it with the caller's.
+// Codes of more than three bits have length 0 here, which agrees with no code.
+struct RunBefore {
+    Vek16u step[8];
+};
+inline constexpr h264::Values<16, RunBefore> kRunBefore = [] {
+    constexpr const char* codes[7][7] = {{"1", "0"},
+                                         {"1", "01", "00"},
+                                         {"11", "10", "01", "00"},
+                                         {"11", "10", "01", "001", "000"},
+                                         {"11", "10", "011", "010", "001", "000"},
+                                         {"11", "000", "001", "011", "010", "101", "100"},
+                                         {"111", "110", "101", "100", "011", "010", "001"}};
+    h264::Values<16, RunBefore> table{};
+    for (int zerosLeft = 1; zerosLeft < 16; ++zerosLeft) {
+        RunBefore& row = table[zerosLeft];
+        for (Vek16u& step : row.step) step = static_cast<Vek16u>(zerosLeft << 8);
+        for (int run = 0; run < 7 && run <= zerosLeft; ++run) {
+            const char* code = codes[(zerosLeft < 7 ? zerosLeft : 7) - 1][run];
+            int length = 0, first = 0;
+            for (; code[length] != 0; ++length) first += (code[length] == '1' ? 4 : 0) >> length;
+            for (int k = first; k < first + (8 >> length); ++k)
+                row.step[k] = static_cast<Vek16u>(length + ((zerosLeft - run) << 8));
+        }
+    }
+    return table;
+}();
 
 // Everything behind coeff_token. Commits the cursor on success and where a table is missing.
 template <class T, class Layout>
@@ -108,13 +146,26 @@ template <class T, class Layout>
         window.drop(code.lengthHere());
         zerosLeft = cavlcNumber(code);
     }
-    int index = total - 1 + zerosLeft;
+    const int last = total - 1;
+    int index = last + zerosLeft;
     int i = 0;
-    for (; zerosLeft > 0 && i < total - 1; ++i) {
+    for (; zerosLeft > 0 && i < last; ++i) {
         const Vek32s* const table = load<const Vek32s*>(tables.ppRunBefore + zerosLeft);
         if (table == nullptr) [[unlikely]] {
             window.commit(ppBitStream, pBitOffset);
             return vekStsErrNullPtr;
+        }
+        const int width = load<Vek32s>(table);
+        window.need(width);
+        const Vek32s slot = load<Vek32s>(table + 1 + window.top(width));
+        const int step = kRunBefore[zerosLeft].step[window.bits() >> 61];
+        // The slot of this code: 256 * run_before + the bits looked up that are not the code's.
+        if (slot == width + (zerosLeft << 8) - step) [[likely]] {
+            store<T>(block + layout.position(index), static_cast<T>(levels[i]));
+            window.drop(step & 63);
+            index -= zerosLeft - (step >> 8) + 1;
+            zerosLeft = step >> 8;
+            continue;
         }
         const VlcLook code = look(window, table);
         if (code.noCode()) [[unlikely]]
@@ -132,9 +183,10 @@ template <class T, class Layout>
 }
 
 template <class T>
-VekStatus decodeCavlc4x4(Vek32u** ppBitStream, Vek32s* pBitOffset, const CavlcTarget<T>& target, Vek32s nC,
-                         const Vek32s* const* ppCoeffTokenTables, const CavlcTables& tables,
-                         const CavlcLayout4x4& layout) {
+[[gnu::always_inline]] inline VekStatus decodeCavlc4x4(Vek32u** ppBitStream, Vek32s* pBitOffset,
+                                                       const CavlcTarget<T>& target, Vek32s nC,
+                                                       const Vek32s* const* ppCoeffTokenTables,
+                                                       const CavlcTables& tables, const CavlcLayout4x4& layout) {
     WordWindow window(ppBitStream, pBitOffset);
     CavlcToken token;
     if (nC < 8) {

@@ -13,30 +13,96 @@ namespace vekvc::simd {
 
 #if VEKVC_BIT_GATHER
 
-// 16 levels, split into their low and their high bytes; raster order.
-struct LevelBytes {
-    u8x16 low, high;
-};
-
-inline LevelBytes splitLevels(const Vek16s* p) {
-    const i16x8 level0 = load<i16x8>(p), level1 = load<i16x8>(p + 8);
-    const auto mask = splat<i16x8>(0xFF);
-    return {narrowU8(level0 & mask, level1 & mask), as<u8x16>(narrowI8(level0 >> 8, level1 >> 8))};
+// 16 levels limited to 8 bits: what is 0, +1, -1 or negative stays so.
+VEKVC_SIMD_INLINE i8x16 limitedLevels(const Vek16s* p) { return narrowI8(load<i16x8>(p), load<i16x8>(p + 8)); }
+VEKVC_SIMD_INLINE i8x16 limitedLevels(const Vek32s* p) {
+    return narrowI8(narrowI16(load<i32x4>(p), load<i32x4>(p + 4)), narrowI16(load<i32x4>(p + 8), load<i32x4>(p + 12)));
 }
 
-// A walk of `length` levels that begins at entry `first` of walk, which names raster positions from the highest
-// frequency down.
-inline void analyzeWalk(const Vek16s* pSrc, u8x16 walk, int first, int length, const CavlcElements<Vek16s>& out) {
-    const LevelBytes levels = splitLevels(pSrc);
-    const u8x16 any = levels.low | levels.high;
-    // +1 is 00 01, -1 is FF FF: the high byte is the sign, the low byte the sign with its last bit set.
-    const u8x16 sign = as<u8x16>(as<i8x16>(levels.high) < zero<i8x16>());
-    const u8x16 one = (levels.high == sign) & (levels.low == (sign | splat<u8x16>(1)));
+// Do the levels lie within 8 bits?
+VEKVC_SIMD_INLINE bool areLimited(const Vek16s* p, i8x16 levels) { return allZero(widen(levels) ^ load<i16x16>(p)); }
+VEKVC_SIMD_INLINE bool areLimited(const Vek32s* p, i8x16 levels) {
+    const i16x16 words = widen(levels);
+    return allZero((widen(lowHalf(words)) ^ load<i32x8>(p)) | (widen(highHalf(words)) ^ load<i32x8>(p + 8)));
+}
 
-    const Vek32u inWalk = ((1u << length) - 1) << first;
-    const Vek32u coefficients = ~byteMask(shuffleBytes(any, walk) == zero<u8x16>()) & inWalk;
-    const Vek32u others = coefficients & ~byteMask(shuffleBytes(one, walk));
-    const Vek32u negative = byteMask(shuffleBytes(sign, walk));
+// Stores the first n (0 to 7) of the entries of `size` bytes held in `low`, then `high`: each power of two that n holds
+// is one store, and those that it does not hold go to a spare place.
+template <int size>
+VEKVC_SIMD_INLINE void storeUpTo7(void* p, u64x2 low, u64x2 high, int n) {
+    alignas(16) std::byte spare[16];
+    auto* to = static_cast<std::byte*>(p);
+    const auto place = [&](int count) {
+        std::byte* const at = (n & count) != 0 ? to : spare;
+        to += (n & count) * size;
+        return at;
+    };
+    if constexpr (size == 4) {
+        storeBytes<16>(place(4), low);
+        low = (n & 4) != 0 ? high : low;
+        storeBytes<8>(place(2), low);
+        storeBytes<4>(place(1), (n & 2) != 0 ? bytesRight<8>(low) : low);
+    } else if constexpr (size == 2) {
+        storeBytes<8>(place(4), low);
+        const std::uint64_t rest = (n & 4) != 0 ? lane<1>(low) : lane<0>(low);
+        store<Vek32u>(place(2), static_cast<Vek32u>(rest));
+        store<Vek16u>(place(1), static_cast<Vek16u>(rest >> (n & 2) * 16));
+    } else {
+        storeBytes<4>(place(4), low);
+        const std::uint64_t rest = lane<0>(low) >> (n & 4) * 8;
+        store<Vek16u>(place(2), static_cast<Vek16u>(rest));
+        store<Vek8u>(place(1), static_cast<Vek8u>(rest >> (n & 2) * 8));
+    }
+}
+
+// Stores the first n levels, n up to 7.
+VEKVC_SIMD_INLINE void storeFew(Vek16s* p, i8x16 levels, int n) {
+    const auto words = as<u64x2>(widenLow(levels));
+    storeUpTo7<2>(p, words, words, n);
+}
+VEKVC_SIMD_INLINE void storeFew(Vek32s* p, i8x16 levels, int n) {
+    const i16x8 words = widenLow(levels);
+    storeUpTo7<4>(p, as<u64x2>(widenLow(words)), as<u64x2>(widenHigh(words)), n);
+}
+
+// The same for any number of levels and runs.
+template <class T>
+[[gnu::noinline]] void storeMany(T* pLevels, Vek8u* pRuns, u8x16 runs, int nRuns, i8x16 levels, int nLevels) {
+    const u8x16 paddedRuns[2] = {runs, zero<u8x16>()};
+    copyShort<15, 1>(pRuns, paddedRuns, static_cast<std::size_t>(nRuns));
+    const i16x8 low = widenLow(levels), high = widenHigh(levels);
+    if constexpr (sizeof(T) == 2) {
+        const i16x8 padded[3] = {low, high, zero<i16x8>()};
+        copyShort<32, 2>(pLevels, padded, 2 * static_cast<std::size_t>(nLevels));
+    } else {
+        const i32x4 padded[5] = {widenLow(low), widenHigh(low), widenLow(high), widenHigh(high), zero<i32x4>()};
+        copyShort<64, 4>(pLevels, padded, 4 * static_cast<std::size_t>(nLevels));
+    }
+}
+
+// Levels beyond 8 bits: the definition's walk.
+template <class T>
+[[gnu::noinline]] void analyzeLarge(const T* pSrc, int first, int last, const Vek32s* pScan, CavlcElements<T> out) {
+    plain::analyzeCavlc4x4(pSrc, first, last, pScan, out);
+}
+
+template <class T>
+[[gnu::always_inline]] inline void analyzeCavlc4x4(const T* pSrc, int first, int last, const Vek32s* pScan,
+                                                   const CavlcElements<T>& out) {
+    const i8x16 raster = limitedLevels(pSrc);
+    if (!areLimited(pSrc, raster)) [[unlikely]]
+        return analyzeLarge<T>(pSrc, first, last, pScan, out);
+
+    // Raster positions and levels from scan index 15 down; the walk is entries 15 - last to 15 - first.
+    const i16x8 low = narrowI16(load<i32x4>(pScan), load<i32x4>(pScan + 4));
+    const i16x8 high = narrowI16(load<i32x4>(pScan + 8), load<i32x4>(pScan + 12));
+    const u8x16 walk =
+        shuffleBytes(narrowU8(low, high), lanes<u8x16>(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
+    const i8x16 level = shuffleBytes(raster, walk);
+    const Vek32u inWalk = (0xFFFFu >> first) & (0xFFFFu << (15 - last));
+    const Vek32u coefficients = ~byteMask(level == zero<i8x16>()) & inWalk;
+    const Vek32u others = coefficients & ~byteMask(abs(level) == constant<i8x16, 1>());
+    const Vek32u negative = byteMask(level);
     const int total = std::popcount(coefficients);
     const int onesInFront = std::popcount(coefficients & (others - 1) & ~others);
     const int ones = onesInFront < 3 ? onesInFront : 3;
@@ -44,42 +110,38 @@ inline void analyzeWalk(const Vek16s* pSrc, u8x16 walk, int first, int length, c
     // lower ones dropped.
     constexpr Vek32u kReversed = 0b111'011'101'001'110'010'100'000;
     const auto signs = static_cast<int>(gatherBits(negative, coefficients)) & 7;
-    const int above = std::countr_zero(coefficients | 1u << (first + length)) - first;
+    // Zeros in front of the first coefficient do not count; without a coefficient all do.
+    const int above = std::popcount((coefficients - 1) & ~coefficients & inWalk) & (-total >> 31);
     *out.pTrailingOnes = static_cast<Vek8u>(ones);
     *out.pTrailingOneSigns = static_cast<Vek8u>((kReversed >> (3 * signs) & 7) >> (3 - ones));
     *out.pTotalCoeff = static_cast<Vek8u>(total);
-    *out.pTotalZeros = static_cast<Vek8u>(total == 0 ? length : length - above - total);
+    *out.pTotalZeros = static_cast<Vek8u>(last - first + 1 - above - total);
 
     // Where the coefficients stand in the walk: four-bit numbers moved together, then spread to bytes.
     const std::uint64_t nibbles = scatterBits(coefficients, 0x1111111111111111) * 15;
     const std::uint64_t places = gatherBits(0xFEDCBA9876543210, nibbles);
     const auto bytes = [](std::uint64_t x) {
         const auto v = loadBytes<u16x8, 8>(&x);
-        const auto mask = splat<u8x16>(0x0F);
+        const auto mask = constant<u8x16, 0x0F>();
         return interleaveLow(as<u8x16>(v) & mask, as<u8x16>(v >> 4) & mask);
     };
     const u8x16 place = bytes(places);
-    u8x16 runs[2] = {bytesRight<1>(place) - place - splat<u8x16>(1), zero<u8x16>()};
-    copyShort<15, 1>(out.pRuns, runs, static_cast<std::size_t>(total - (total > 0 ? 1 : 0)));
-    const u8x16 position = shuffleBytes(walk, bytes(places >> (4 * ones)));  // of the levels behind the trailing ones
-    const u8x16 low = shuffleBytes(levels.low, position), high = shuffleBytes(levels.high, position);
-    u8x16 words[3] = {interleaveLow(low, high), interleaveHigh(low, high), zero<u8x16>()};
-    copyShort<32, 2>(out.pLevels, words, 2 * static_cast<std::size_t>(total - ones));
+    const u8x16 runs = bytesRight<1>(place) - place - constant<u8x16, 1>();
+    const i8x16 levels = shuffleBytes(level, bytes(places >> (4 * ones)));
+    const int nRuns = total + (-total >> 31);
+    if (total < 8) [[likely]] {
+        storeUpTo7<1>(out.pRuns, as<u64x2>(runs), as<u64x2>(runs), nRuns);
+        storeFew(out.pLevels, levels, total - ones);
+    } else {
+        storeMany<T>(out.pLevels, out.pRuns, runs, nRuns, levels, total - ones);
+    }
 }
 
-inline void analyzeCavlc4x4(const Vek16s* pSrc, int first, int last, const Vek32s* pScan,
-                            const CavlcElements<Vek16s>& out) {
-    const i16x8 low = narrowI16(load<i32x4>(pScan), load<i32x4>(pScan + 4));
-    const i16x8 high = narrowI16(load<i32x4>(pScan + 8), load<i32x4>(pScan + 12));
-    const u8x16 walk =
-        shuffleBytes(narrowU8(low, high), lanes<u8x16>(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
-    analyzeWalk(pSrc, walk, 15 - last, last - first + 1, out);
-}
-
+#else
+using plain::analyzeCavlc4x4;
 #endif
 
-// 32-bit levels and the few of a chroma DC block: the definition's walk.
-using plain::analyzeCavlc4x4;
+// The few levels of a chroma DC block: the definition's walk.
 using plain::analyzeCavlcChromaDc;
 
 }  // namespace vekvc::simd

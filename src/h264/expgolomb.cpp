@@ -30,16 +30,19 @@ namespace {
 namespace simd {
 namespace {
 
-// A code of up to 33 bits lies whole in the window.
+// A code of up to 33 bits lies whole in the two words at the cursor.
 [[maybe_unused]] bool readCodeNumPlus1(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek32u& k) {
-    WordWindow window(ppBitStream, pBitOffset);
-    const int leadingZeroBits = std::countl_zero(window.bits());
+    Vek32u* const word = load<Vek32u*>(ppBitStream);
+    const Vek32s used = 31 - load<Vek32s>(pBitOffset);
+    const std::uint64_t bits = std::rotl(load<std::uint64_t>(word), 32) << used;
+    const int leadingZeroBits = std::countl_zero(bits);
     if (leadingZeroBits > 16) [[unlikely]]
         return plain::readCodeNumPlus1(ppBitStream, pBitOffset, k);
     const int length = 2 * leadingZeroBits + 1;
-    k = window.top(length);
-    window.drop(length);
-    window.commit(ppBitStream, pBitOffset);
+    k = static_cast<Vek32u>(bits >> (64 - length));
+    const int position = used + length;
+    store(ppBitStream, word + (position >> 5));
+    store<Vek32s>(pBitOffset, ~position & 31);
     return true;
 }
 

@@ -1,5 +1,6 @@
 // Fast forms of H.264 macroblock reconstruction. Blocks side by side are transformed together, one in each half of a
-// 256-bit vector; a block without a residual takes part with zeros.
+// 256-bit vector; a block without a residual takes part with zeros. Four coded blocks in a square go together, without
+// the moves that keep two rows in one vector.
 #ifndef VEKVC_H264_RECONSTRUCT_SIMD_H
 #define VEKVC_H264_RECONSTRUCT_SIMD_H
 
@@ -26,7 +27,21 @@ VEKVC_SIMD_INLINE const C* takeIf(C*& coeffs, bool isCoded, int n) {
     return block;
 }
 
-// ---- residuals of 4x4 blocks, two side by side
+#if VEKVC_VECTOR256
+// Transposes the 4x4 blocks of which vector i holds column i, one block in each 64 bits.
+VEKVC_SIMD_INLINE void transposeQuads(i16x16 (&w)[4]) {
+    const i32x8 p0 = as<i32x8>(interleaveLow(w[0], w[1])), p1 = as<i32x8>(interleaveHigh(w[0], w[1]));
+    const i32x8 p2 = as<i32x8>(interleaveLow(w[2], w[3])), p3 = as<i32x8>(interleaveHigh(w[2], w[3]));
+    const i16x16 left01 = as<i16x16>(interleaveLow(p0, p2)), left23 = as<i16x16>(interleaveHigh(p0, p2));
+    const i16x16 right01 = as<i16x16>(interleaveLow(p1, p3)), right23 = as<i16x16>(interleaveHigh(p1, p3));
+    w[0] = joinLow(left01, right01);
+    w[1] = joinHigh(left01, right01);
+    w[2] = joinLow(left23, right23);
+    w[3] = joinHigh(left23, right23);
+}
+#endif
+
+// ---- residuals of 4x4 blocks, two side by side or four in a square
 
 template <class C, class P>
 class BlockAdder;
@@ -75,6 +90,34 @@ class BlockAdder<Vek16s, Vek8u> {
         }
 #endif
     }
+
+#if VEKVC_VECTOR256
+    // Four coded blocks, two above two: each vector holds one row (or column) of all four. pDC: as for two.
+    VEKVC_SIMD_INLINE void addQuad(const Vek16s* c, const Vek16s* pDC, MutableBlock<Vek8u> block) const {
+        // Block i and, below it, block i + 2.
+        const auto columns = [&](int i) {
+            const Vek16s *upper = c + 16 * i, *lower = upper + 32;
+            i16x16 top = two_.top(loadPair16<i16x16>(upper, lower));
+            if (pDC) top = blend16<1>(top, join(loadBytes<i16x8, 2>(pDC + i), loadBytes<i16x8, 2>(pDC + i + 2)));
+            return transposed(Rows<i16x16>{top, two_.bottom(loadPair16<i16x16>(upper + 8, lower + 8))});
+        };
+        const Rows<i16x16> a = columns(0), b = columns(1);
+        i16x16 w[4] = {joinLow(a.top, b.top), joinHigh(a.top, b.top), joinLow(a.bottom, b.bottom),
+                       joinHigh(a.bottom, b.bottom)};
+        inverse4(w);
+        transposeQuads(w);
+        inverse4(w);
+        for (int y = 0; y < 4; y += 2) {
+            const auto samples = [&](int row) {
+                return addSat(roundedForSamples(w[row]),
+                              widen(loadPair8<u8x16>(block.at(0, row), block.at(0, row + 4))));
+            };
+            const u8x32 rows = narrowU8(samples(y), samples(y + 1));
+            storePair8(block.at(0, y), block.at(0, y + 1), lowHalf(rows));
+            storePair8(block.at(0, y + 4), block.at(0, y + 5), highHalf(rows));
+        }
+    }
+#endif
 
     // Two blocks of which only the DC values are coded.
     void addPairDC(const Vek16s* pDC, MutableBlock<Vek8u> block) const {
@@ -206,14 +249,24 @@ void reconstructInter4x4(C*& coeffs, MutableBlock<P> mb, Vek32u coded, const Sca
     if (s.bypass) return plain::reconstructInter4x4(coeffs, mb, coded, s, bitDepth);
     const BlockAdder<C, P> adder(s, bitDepth);
     C* next = coeffs;  // a copy that stays in a register
-#pragma GCC unroll 8
-    for (int k = 0; k < 16; k += 2) {
-        const Vek32u pair = coded >> k & 3;
-        if (pair == 0) continue;
-        const C* a = takeIf(next, pair & 1, 16);
-        const C* b = takeIf(next, pair & 2, 16);
-        const C* noDC = nullptr;
-        adder.addPair(a, b, noDC, blockAt(mb, h264::blockX4x4(k), h264::blockY4x4(k)));
+#pragma GCC unroll 4
+    for (int k = 0; k < 16; k += 4) {
+        const Vek32u quad = coded >> k & 15;
+        const C* const noDC = nullptr;
+#if VEKVC_VECTOR256
+        if constexpr (sizeof(C) == 2)
+            if (quad == 15) {
+                adder.addQuad(takeCoeffs(next, 64), noDC, blockAt(mb, h264::blockX4x4(k), h264::blockY4x4(k)));
+                continue;
+            }
+#endif
+        for (int half = 0; half < 4; half += 2) {
+            const Vek32u pair = quad >> half & 3;
+            if (pair == 0) continue;
+            const C* a = takeIf(next, pair & 1, 16);
+            const C* b = takeIf(next, pair & 2, 16);
+            adder.addPair(a, b, noDC, blockAt(mb, h264::blockX4x4(k + half), h264::blockY4x4(k + half)));
+        }
     }
     coeffs = next;
 }
@@ -275,6 +328,14 @@ VEKVC_SIMD_INLINE void addResidualWithDC(C*& coeffs, MutableBlock<P> plane, Vek3
     C* next = coeffs;
     for (int k = 0; k < blocks; k += 2) {
         const Vek32u pair = coded >> k & 3;
+#if VEKVC_VECTOR256
+        if constexpr (sizeof(C) == 2)
+            if (k % 4 == 0 && (coded >> k & 15) == 15) {
+                adder.addQuad(takeCoeffs(next, 64), dc + k, at(plane, k));
+                k += 2;
+                continue;
+            }
+#endif
         if (pair != 0) {
             const C* a = takeIf(next, pair & 1, 16);
             const C* b = takeIf(next, pair & 2, 16);

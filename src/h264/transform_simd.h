@@ -76,6 +76,17 @@ VEKVC_SIMD_INLINE Rows<V> inverse4x4(Rows<V> w) {
     return inverse4(transposed(swapBottom(w)));
 }
 
+// One dimension on vectors of one row (or column) each.
+template <class V>
+VEKVC_SIMD_INLINE void inverse4(V (&w)[4]) {
+    const V e0 = sum(w[0], w[2]), e1 = difference(w[0], w[2]);
+    const V e2 = difference(w[1] >> 1, w[3]), e3 = sum(w[1], w[3] >> 1);
+    w[0] = sum(e0, e3);
+    w[1] = sum(e1, e2);
+    w[2] = difference(e1, e2);
+    w[3] = difference(e0, e3);
+}
+
 // (x + 32) >> 6, the sum limited to 16 bits.
 template <class V>
 VEKVC_SIMD_INLINE V rounded(V x) {
@@ -142,15 +153,6 @@ VEKVC_SIMD_INLINE void addRows(Rows<i16x8> r, Block<Vek8u> pred, MutableBlock<Ve
 }
 
 // ---- 4x4 blocks of 32-bit values
-
-template <class V>
-VEKVC_SIMD_INLINE void inverse4(V (&w)[4]) {
-    const V e0 = w[0] + w[2], e1 = w[0] - w[2], e2 = (w[1] >> 1) - w[3], e3 = w[1] + (w[3] >> 1);
-    w[0] = e0 + e3;
-    w[1] = e1 + e2;
-    w[2] = e1 - e2;
-    w[3] = e0 - e3;
-}
 
 template <class V>
 VEKVC_SIMD_INLINE void inverse4x4(V (&w)[4]) {
