@@ -22,24 +22,41 @@ bool rowsMeet(std::ptrdiff_t step) {
     return step < kBytes && step > -kBytes;
 }
 
+// The fast forms count in 8 bits, which thresholds of 64 and more could leave (the standard's largest is 25): these go
+// to the definition.
+template <int edges>
+bool largeThresholds(const Vek8u* thresholds) {
+    constexpr std::uint64_t kHighBits = 0xC0C0C0C0C0C0C0C0;
+    std::uint64_t bits = load<std::uint64_t>(thresholds);
+    if constexpr (edges == 4) bits |= load<std::uint64_t>(thresholds + 8);
+    return (bits & kHighBits) != 0;
+}
+
 using Filter8u = void (*)(const DeblockOperands<Vek8u>&);
 
-template <Filter8u filter, Filter8u definition>
-VekStatus deblock(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha, const Vek8u* pBeta, const Vek8u* pThresholds,
-                  const Vek8u* pBs) {
-    if (anyNull(pSrcDst, pAlpha, pBeta, pThresholds, pBs)) return vekStsErrNullPtr;
-    const DeblockOperands<Vek8u> operands = {pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs, 255};
-    if (rowsMeet<Vek8u>(srcDstStep)) [[unlikely]]
-        definition(operands);
-    else
-        filter(operands);
+// Kept apart, so that the usual road needs no saved registers.
+template <Filter8u definition>
+[[gnu::noinline, gnu::cold]] VekStatus define(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
+                                              const Vek8u* pBeta, const Vek8u* pThresholds, const Vek8u* pBs) {
+    definition({pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs, 255});
     return vekStsOk;
 }
 
-template <Filter8u filter, Filter8u definition>
+template <int edges, Filter8u filter, Filter8u definition>
+VekStatus deblock(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha, const Vek8u* pBeta, const Vek8u* pThresholds,
+                  const Vek8u* pBs) {
+    if (anyNull(pSrcDst, pAlpha, pBeta, pThresholds, pBs)) return vekStsErrNullPtr;
+    if (rowsMeet<Vek8u>(srcDstStep) || largeThresholds<edges>(pThresholds)) [[unlikely]]
+        return define<definition>(pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
+    filter({pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs, 255});
+    return vekStsOk;
+}
+
+template <int edges, Filter8u filter, Filter8u definition>
 VekStatus deblock(const VekDeblockingParams8u* p) {
     if (anyNull(p)) return vekStsErrNullPtr;
-    return deblock<filter, definition>(p->pSrcDstPlane, p->srcDstStep, p->pAlpha, p->pBeta, p->pThresholds, p->pBs);
+    return deblock<edges, filter, definition>(p->pSrcDstPlane, p->srcDstStep, p->pAlpha, p->pBeta, p->pThresholds,
+                                              p->pBs);
 }
 
 // An edge that nothing can cross: no difference is below 0, or no strength is set.
@@ -50,58 +67,60 @@ bool isOff(std::int64_t alpha, const Vek8u* pBs) { return alpha == 0 || load<Vek
 VekStatus vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                         const Vek8u* pBeta, const Vek8u* pThresholds,
                                                         const Vek8u* pBs) {
-    return deblock<kernel::deblockLumaVertical<Vek8u>, plain::deblockLumaVertical<Vek8u>>(pSrcDst, srcDstStep, pAlpha,
-                                                                                          pBeta, pThresholds, pBs);
+    return deblock<4, kernel::deblockLumaVertical<Vek8u>, plain::deblockLumaVertical<Vek8u>>(
+        pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                         const Vek8u* pBeta, const Vek8u* pThresholds,
                                                         const Vek8u* pBs) {
-    return deblock<kernel::deblockLumaHorizontal<Vek8u>, plain::deblockLumaHorizontal<Vek8u>>(
+    return deblock<4, kernel::deblockLumaHorizontal<Vek8u>, plain::deblockLumaHorizontal<Vek8u>>(
         pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                           const Vek8u* pBeta, const Vek8u* pThresholds,
                                                           const Vek8u* pBs) {
-    return deblock<kernel::deblockChromaVertical<Vek8u>, plain::deblockChromaVertical<Vek8u>>(
+    return deblock<2, kernel::deblockChromaVertical<Vek8u>, plain::deblockChromaVertical<Vek8u>>(
         pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma_HorEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                           const Vek8u* pBeta, const Vek8u* pThresholds,
                                                           const Vek8u* pBs) {
-    return deblock<kernel::deblockChromaHorizontal<Vek8u>, plain::deblockChromaHorizontal<Vek8u>>(
+    return deblock<2, kernel::deblockChromaHorizontal<Vek8u>, plain::deblockChromaHorizontal<Vek8u>>(
         pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma_VerEdge_H264_8u_C2IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                           const Vek8u* pBeta, const Vek8u* pThresholds,
                                                           const Vek8u* pBs) {
-    return deblock<kernel::deblockChromaPairsVertical, plain::deblockChromaPairsVertical>(pSrcDst, srcDstStep, pAlpha,
-                                                                                          pBeta, pThresholds, pBs);
+    return deblock<2, kernel::deblockChromaPairsVertical, plain::deblockChromaPairsVertical>(
+        pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma_HorEdge_H264_8u_C2IR(Vek8u* pSrcDst, Vek32s srcDstStep, const Vek8u* pAlpha,
                                                           const Vek8u* pBeta, const Vek8u* pThresholds,
                                                           const Vek8u* pBs) {
-    return deblock<kernel::deblockChromaPairsHorizontal, plain::deblockChromaPairsHorizontal>(
+    return deblock<2, kernel::deblockChromaPairsHorizontal, plain::deblockChromaPairsHorizontal>(
         pSrcDst, srcDstStep, pAlpha, pBeta, pThresholds, pBs);
 }
 
 VekStatus vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR(const VekDeblockingParams8u* pParams) {
-    return deblock<kernel::deblockChroma422Vertical<Vek8u>, plain::deblockChroma422Vertical<Vek8u>>(pParams);
+    return deblock<2, kernel::deblockChroma422Vertical<Vek8u>, plain::deblockChroma422Vertical<Vek8u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingChroma422HorEdge_H264_8u_C1IR(const VekDeblockingParams8u* pParams) {
-    return deblock<kernel::deblockChroma422Horizontal<Vek8u>, plain::deblockChroma422Horizontal<Vek8u>>(pParams);
+    return deblock<4, kernel::deblockChroma422Horizontal<Vek8u>, plain::deblockChroma422Horizontal<Vek8u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u alpha,
                                                               Vek32u beta, const Vek8u* pThresholds, const Vek8u* pBs) {
     if (anyNull(pSrcDst, pThresholds, pBs)) return vekStsErrNullPtr;
     if (isOff(alpha, pBs)) return vekStsOk;
-    kernel::deblockLumaLeftMbaff<Vek8u>(pSrcDst, srcDstStep, {alpha, beta, 255}, pThresholds, pBs);
+    const auto filter =
+        rowsMeet<Vek8u>(srcDstStep) ? plain::deblockLumaLeftMbaff<Vek8u> : kernel::deblockLumaLeftMbaff<Vek8u>;
+    filter(pSrcDst, srcDstStep, {alpha, beta, 255}, pThresholds, pBs);
     return vekStsOk;
 }
 
@@ -110,7 +129,9 @@ VekStatus vekiFilterDeblockingChroma_VerEdge_MBAFF_H264_8u_C1IR(Vek8u* pSrcDst, 
                                                                 const Vek8u* pBs) {
     if (anyNull(pSrcDst, pThresholds, pBs)) return vekStsErrNullPtr;
     if (isOff(alpha, pBs)) return vekStsOk;
-    kernel::deblockChromaLeftMbaff<Vek8u>(pSrcDst, srcDstStep, {alpha, beta, 255}, pThresholds, pBs);
+    const auto filter =
+        rowsMeet<Vek8u>(srcDstStep) ? plain::deblockChromaLeftMbaff<Vek8u> : kernel::deblockChromaLeftMbaff<Vek8u>;
+    filter(pSrcDst, srcDstStep, {alpha, beta, 255}, pThresholds, pBs);
     return vekStsOk;
 }
 
@@ -140,11 +161,15 @@ VekStatus deblock(const VekDeblockingParams16u* p) {
     return vekStsOk;
 }
 
-template <void (*filter)(Vek16u*, std::ptrdiff_t, const EdgeLimits&, const Vek16u*, const Vek8u*)>
+using FilterLeft16u = void (*)(Vek16u*, std::ptrdiff_t, const EdgeLimits&, const Vek16u*, const Vek8u*);
+
+template <FilterLeft16u fast, FilterLeft16u definition>
 VekStatus deblockMbaff(const VekDeblockingParams16u* p) {
     if (anyNullIn(p)) return vekStsErrNullPtr;
     const EdgeLimits limits{load<Vek16u>(p->pAlpha), load<Vek16u>(p->pBeta), maxSampleOf(*p)};
-    if (!isOff(limits.alpha, p->pBs)) filter(p->pSrcDstPlane, stepOf(*p), limits, p->pThresholds, p->pBs);
+    if (isOff(limits.alpha, p->pBs)) return vekStsOk;
+    const auto filter = rowsMeet<Vek16u>(stepOf(*p)) ? definition : fast;
+    filter(p->pSrcDstPlane, stepOf(*p), limits, p->pThresholds, p->pBs);
     return vekStsOk;
 }
 
@@ -175,11 +200,11 @@ VekStatus vekiFilterDeblockingChroma422HorEdge_H264_16u_C1IR(const VekDeblocking
 }
 
 VekStatus vekiFilterDeblockingLumaVerEdgeMBAFF_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
-    return deblockMbaff<kernel::deblockLumaLeftMbaff<Vek16u>>(pParams);
+    return deblockMbaff<kernel::deblockLumaLeftMbaff<Vek16u>, plain::deblockLumaLeftMbaff<Vek16u>>(pParams);
 }
 
 VekStatus vekiFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR(const VekDeblockingParams16u* pParams) {
-    return deblockMbaff<kernel::deblockChromaLeftMbaff<Vek16u>>(pParams);
+    return deblockMbaff<kernel::deblockChromaLeftMbaff<Vek16u>, plain::deblockChromaLeftMbaff<Vek16u>>(pParams);
 }
 
 // ---- not provided: the argument is not looked at

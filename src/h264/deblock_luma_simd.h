@@ -8,6 +8,7 @@
 #include "core/memory.h"
 #include "core/simd.h"
 #include "h264/deblock_plain.h"
+#include "h264/deblock_strength_simd.h"
 
 namespace vekvc::simd {
 
@@ -38,7 +39,8 @@ template <class U>
 // (a + b) >> 1
 template <class U>
 [[gnu::always_inline]] inline U averageDown(U a, U b) {
-    return average(a, b) - ((a ^ b) & splat<U>(1));
+    const U ones = splat<U>(255);
+    return average(a ^ ones, b ^ ones) ^ ones;
 }
 
 // p0 + delta and q0 - delta with delta = Clip3(-tC, tC, (((q0 - p0) << 2) + (p1 - q1) + 4) >> 3). With r = (q0 - p0) &
@@ -48,9 +50,9 @@ template <class U>
 template <class U>
 [[gnu::always_inline]] inline void filterInner(U& p0, U& q0, U p1, U q1, U tC) {
     const U ones = splat<U>(255);
-    const U h = average(q0, p0 ^ ones), r = (p0 ^ q0) & splat<U>(1);
-    const U f = average(average(p1, q1 ^ ones), splat<U>(3));
-    const U sum = addSat(h, average(f, r)), zeroAt = splat<U>(161);
+    const U h = average(q0, p0 ^ ones), r = (p0 ^ q0) & constant<U, 1>();
+    const U f = average(average(p1, q1 ^ ones), constant<U, 3>());
+    const U sum = addSat(h, average(f, r)), zeroAt = constant<U, 161>();
     const U up = min(subSat(sum, zeroAt), tC), down = min(subSat(zeroAt, sum), tC);
     p0 = subSat(addSat(p0, up), down);
     q0 = addSat(subSat(q0, up), down);
@@ -75,48 +77,69 @@ template <class U, class P2>
     filterInner(p0, q0, oldP1, oldQ1, tC0 - ap - aq);
 }
 
-// bS 4 (8.7.2.4) of eight lines in 16 bits: the samples p0, p1, p2 of the side p; the other side is its mirror.
-struct StrongSide {
-    i16x8 s0, s1, s2;
-};
-[[gnu::always_inline]] inline StrongSide strongSide(i16x8 p3, i16x8 p2, i16x8 p1, i16x8 middle, i16x8 q1) {
-    const i16x8 t = p1 + middle, u = p2 + t;
-    const i16x8 two = splat<i16x8>(2), four = splat<i16x8>(4);
-    return {(u + t + q1 + four) >> 3, (u + two) >> 2, (p3 + p3 + p2 + p2 + u + four) >> 3};
+// (a + b + c + d + 2) >> 2, given x and y, the averages of the pairs, and the odd bits of the pairs: (x + y + 1) >> 1
+// is too large by one where a pair was rounded up and x + y too.
+template <class U>
+[[gnu::always_inline]] inline U averageOfFour(U x, U y, U pairIsOdd) {
+    return average(x, y) - (pairIsOdd & (x ^ y) & constant<U, 1>());
 }
-[[gnu::always_inline]] inline void strongSides(u8x16& p2, u8x16& p1, u8x16& p0, u8x16 p3, u8x16 q0, u8x16 q1,
-                                               u8x16 use) {
-    const auto low = [](u8x16 v) { return widenLow(v); };
-    const auto high = [](u8x16 v) { return widenHigh(v); };
-    const StrongSide a = strongSide(low(p3), low(p2), low(p1), low(p0) + low(q0), low(q1));
-    const StrongSide b = strongSide(high(p3), high(p2), high(p1), high(p0) + high(q0), high(q1));
-    p0 = select(use, narrowU8(a.s0, b.s0), p0);
-    p1 = select(use, narrowU8(a.s1, b.s1), p1);
-    p2 = select(use, narrowU8(a.s2, b.s2), p2);
+// bS 4 (8.7.2.4): the samples p0, p1, p2 of side p, and p0 where only it changes; side q is its mirror.
+template <class U>
+struct StrongSide {
+    U s0, s1, s2, weak;
+};
+template <class U>
+[[gnu::always_inline]] inline StrongSide<U> strongSide(U p3, U p2, U p1, U p0, U q0, U q1) {
+    const U outer = average(p2, p1), inner = average(p0, q0), innerIsOdd = p0 ^ q0;
+    const U isOdd = (p2 ^ p1) | innerIsOdd;
+    const U s1 = averageOfFour(outer, inner, isOdd);
+    // (p2 + 2 p1 + 2 p0 + 2 q0 + q1 + 4) >> 3 = (m + p1 + p0 + q0 + 2) >> 2
+    const U m = averageDown(p2, q1);
+    const U s0 = averageOfFour(average(m, p1), inner, (m ^ p1) | innerIsOdd);
+    // With u = p2 + p1 + p0 + q0: (2 p3 + 2 p2 + u + 4) >> 3 = (p3 + p2 + (u >> 1) + 2) >> 2, where u >> 1 is s1 and
+    // s1 or s1 - 1, by the second bit of u.
+    const U second = outer ^ inner ^ isOdd;
+    const U s2 = averageOfFour(average(p3, p2), s1, (p3 ^ p2) | second);
+    return {s0, s1, s2, average(p1, averageDown(p0, q1))};  // (2 p1 + p0 + q1 + 2) >> 2
 }
 
-// The eight samples of sixteen lines across an edge with strengths of any kind; `strong` marks the lines with bS 4.
-[[gnu::noinline]] inline void mixedLuma(u8x16* p3, const LineLimits<u8x16>& l, u8x16 strong, int alpha) {
-    u8x16 &p2 = p3[1], &p1 = p3[2], &p0 = p3[3], &q0 = p3[4], &q1 = p3[5], &q2 = p3[6];
-    const u8x16 q3 = p3[7], old[6] = {p2, p1, p0, q0, q1, q2};
-    const u8x16 mask = filterMask(p1, p0, q0, q1, l) & strong;
-    if (!allZero(andNot(strong, l.active))) {
+// The eight samples p3 to q3 of sixteen lines across an edge, with strengths of any kind; `strong` marks the lines with
+// bS 4.
+#if VEKVC_VECTOR256
+[[gnu::always_inline]]
+#else
+[[gnu::noinline]]  // too much for the registers, amid the edges around it
+#endif
+inline void
+mixedLuma(u8x16 (&r)[8], const LineLimits<u8x16>& l, u8x16 strong, int alpha) {
+    const u8x16 p2 = r[1], p1 = r[2], p0 = r[3], q0 = r[4], q1 = r[5], q2 = r[6];
+    const u8x16 full = filterMask(p1, p0, q0, q1, l) & strong;
+    const u8x16 closeLimit = splat<u8x16>(clip3(0, 255, (alpha >> 2) + 1));
+    const u8x16 close = (subSat(absDiff(p0, q0), closeLimit) == zero<u8x16>()) & full;
+#if VEKVC_VECTOR256
+    const auto both = [](u8x16 a, u8x16 b) { return join(a, b); };
+    const u8x32 a0 = both(p0, q0), a1 = both(p1, q1), a2 = both(p2, q2);
+    const StrongSide<u8x32> side = strongSide(both(r[0], r[7]), a2, a1, a0, both(q0, p0), both(q1, p1));
+    const u8x32 use = withinBeta(a2, a0, both(l.beta, l.beta), both(close, close));
+    const u8x32 new0 = select(use, side.s0, side.weak), new1 = select(use, side.s1, a1),
+                new2 = select(use, side.s2, a2);
+    const u8x16 newP0 = lowHalf(new0), newP1 = lowHalf(new1), newP2 = lowHalf(new2);
+    const u8x16 newQ0 = highHalf(new0), newQ1 = highHalf(new1), newQ2 = highHalf(new2);
+#else
+    const StrongSide<u8x16> p = strongSide(r[0], p2, p1, p0, q0, q1), q = strongSide(r[7], q2, q1, q0, p0, p1);
+    const u8x16 useP = withinBeta(p2, p0, l.beta, close), useQ = withinBeta(q2, q0, l.beta, close);
+    const u8x16 newP0 = select(useP, p.s0, p.weak), newP1 = select(useP, p.s1, p1), newP2 = select(useP, p.s2, p2);
+    const u8x16 newQ0 = select(useQ, q.s0, q.weak), newQ1 = select(useQ, q.s1, q1), newQ2 = select(useQ, q.s2, q2);
+#endif
+    const u8x16 others = andNot(strong, l.active);
+    if (!allZero(others)) {
         LineLimits<u8x16> normal = l;
-        normal.active = andNot(strong, l.active);
-        normalLuma(p1, p0, q0, q1, q2, normal, [&](u8x16) { return p2; });
+        normal.active = others;
+        normalLuma(r[2], r[3], r[4], r[5], q2, normal, [=](u8x16) { return p2; });
     }
-    const u8x16 close = splat<u8x16>(clip3(0, 255, (alpha >> 2) + 1));
-    const u8x16 strongest = (subSat(absDiff(old[2], old[3]), close) == zero<u8x16>()) & mask;
-    // One third of the way: (2 p1 + p0 + q1 + 2) >> 2
-    p0 = select(mask, average(old[1], averageDown(old[2], old[4])), p0);
-    q0 = select(mask, average(old[4], averageDown(old[3], old[1])), q0);
-    u8x16 s2 = old[0], s1 = old[1], s0 = old[2];
-    const u8x16 ap = withinBeta(old[0], old[2], l.beta, strongest), aq = withinBeta(old[5], old[3], l.beta, strongest);
-    strongSides(s2, s1, s0, *p3, old[3], old[4], ap);
-    u8x16 t2 = old[5], t1 = old[4], t0 = old[3];
-    strongSides(t2, t1, t0, q3, old[2], old[1], aq);
-    p2 = select(ap, s2, p2), p1 = select(ap, s1, p1), p0 = select(ap, s0, p0);
-    q2 = select(aq, t2, q2), q1 = select(aq, t1, q1), q0 = select(aq, t0, q0);
+    r[1] = newP2, r[6] = newQ2;  // unchanged where not strong
+    r[2] = select(strong, newP1, r[2]), r[5] = select(strong, newQ1, r[5]);
+    r[3] = select(full, newP0, r[3]), r[4] = select(full, newQ0, r[4]);
 }
 
 // ---- the edges of a macroblock
@@ -124,94 +147,68 @@ struct StrongSide {
 // The strengths and values of four edges, and which of them do something.
 struct LumaEdges {
     const DeblockOperands<Vek8u>& o;
-    u8x16 bS, thresholds;
-    std::uint32_t on;      // four bits per edge, a bit per segment with a strength
-    std::uint32_t strong;  // likewise: strength 4
+    WideBytes bS, thresholds;  // in vectors of 32 bytes: in both halves
+    std::uint32_t on;          // four bits per edge, a bit per segment with a strength
+    std::uint32_t strong;      // likewise: strength 4
 
     explicit LumaEdges(const DeblockOperands<Vek8u>& operands)
-        : o(operands), bS(min(load<u8x16>(o.bS), splat<u8x16>(4))), thresholds(load<u8x16>(o.thresholds)) {
-        on = ~byteMask(bS == zero<u8x16>()) & 0xFFFF;
-        strong = byteMask(bS == splat<u8x16>(4));
+        : o(operands), bS(twice(o.bS)), thresholds(twice(o.thresholds)) {
+        on = byteMask(hasStrength(bS)) & 0xFFFF;
+        strong = byteMask(isStrong(bS)) & 0xFFFF;
     }
     bool isOn(int e) const { return (on >> 4 * e & 15) != 0; }
     bool anyStrong(int e) const { return (strong >> 4 * e & 15) != 0; }
-    int count() const { return isOn(0) + isOn(1) + isOn(2) + isOn(3); }
-    bool tooLargeThresholds() const { return !allZero(subSat(thresholds, splat<u8x16>(kLargestThreshold))); }
 
-    // Edge e's values: four lines to a strength.
-    LineLimits<u8x16> limits(int e) const {
-        const u8x16 index = spread(e), strengths = shuffleBytes(bS, index);
-        return {splat<u8x16>(o.alpha[e != 0]), splat<u8x16>(o.beta[e != 0]), shuffleBytes(thresholds, index),
-                as<u8x16>(as<i8x16>(strengths) > zero<i8x16>())};
+    // Edge e's values: four lines to a strength. In vectors of 32 bytes those of edges e and e + 1.
+    template <class U>
+    LineLimits<U> limits(int e) const {
+        alignas(32) static constexpr std::uint8_t kEdges[48] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                                                                1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1,
+                                                                1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+        using W = Vec<std::uint16_t, U::kBytes / 2>;
+        const U index = segments<U>(e), edge = load<U>(kEdges + (e != 0 ? 16 : 0));
+        return {shuffleBytes(as<U>(splatFrom<W>(o.alpha)), edge), shuffleBytes(as<U>(splatFrom<W>(o.beta)), edge),
+                shuffleBytes(as<U>(part<U>(thresholds)), index), hasStrength(shuffleBytes(part<U>(bS), index))};
     }
-    u8x16 strongLines(int e) const { return shuffleBytes(bS, spread(e)) == splat<u8x16>(4); }
-    static u8x16 spread(int e) {
-        alignas(16) static constexpr std::uint8_t kIndex[16] = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3};
-        return load<u8x16>(kIndex) + splat<u8x16>(4 * e);
+    u8x16 strongLines(int e) const { return isStrong(shuffleBytes(part<u8x16>(bS), segments<u8x16>(e))); }
+    // The columns (or rows) of the segments with a strength, in the four rows above edge e, or below the last one.
+    i32x4 linesAbove(int e) const {
+        const u8x16 segmentIsOn = hasStrength(part<u8x16>(bS)), next = bytesLeft<4>(segmentIsOn);
+        return as<i32x4>(e < 4 ? shuffleBytes(segmentIsOn | next, segments<u8x16>(e))
+                               : shuffleBytes(segmentIsOn, segments<u8x16>(3)));
+    }
+
+  private:
+    // The segments of the lines of an edge.
+    template <class U>
+    static U segments(int e) {
+        alignas(32) static constexpr std::uint8_t kSegments[64] = {
+            0,  0,  0,  0,  1,  1,  1,  1,  2,  2,  2,  2,  3,  3,  3,  3,  4,  4,  4,  4,  5,  5,
+            5,  5,  6,  6,  6,  6,  7,  7,  7,  7,  8,  8,  8,  8,  9,  9,  9,  9,  10, 10, 10, 10,
+            11, 11, 11, 11, 12, 12, 12, 12, 13, 13, 13, 13, 14, 14, 14, 14, 15, 15, 15, 15};
+        return load<U>(kSegments + 16 * e);
     }
 #if VEKVC_VECTOR256
-    // The values of edges e and e + 1 in the halves.
-    LineLimits<u8x32> limitsOfTwo(int e) const {
-        const u8x32 index = join(spread(e), spread(e + 1));
-        u8x32 alpha = splat<u8x32>(o.alpha[1]), beta = splat<u8x32>(o.beta[1]);
-        if (e == 0) {
-            alpha = join(splat<u8x16>(o.alpha[0]), lowHalf(alpha));
-            beta = join(splat<u8x16>(o.beta[0]), lowHalf(beta));
-        }
-        return {alpha, beta, shuffleBytes(join(thresholds, thresholds), index),
-                as<u8x32>(as<i8x32>(shuffleBytes(join(bS, bS), index)) > zero<i8x32>())};
+    static u8x32 twice(const Vek8u* p) { return loadTwice16<u8x32>(p); }
+    template <class U>
+    static U part(u8x32 v) {
+        if constexpr (U::kBytes == 32)
+            return v;
+        else
+            return lowHalf(v);
+    }
+#else
+    static u8x16 twice(const Vek8u* p) { return load<u8x16>(p); }
+    template <class U>
+    static U part(u8x16 v) {
+        return v;
     }
 #endif
 };
 
-// r[0] to r[7] are the samples p3 to q3 of edge e, which has no strong lines ...
-[[gnu::always_inline]] inline void filterNormalEdge(u8x16* r, const LumaEdges& edges, int e) {
-    const u8x16 p2 = r[1];
-    normalLuma(r[2], r[3], r[4], r[5], r[6], edges.limits(e), [=](u8x16) { return p2; });
-}
-// ... or has some.
-[[gnu::always_inline]] inline void filterMixedEdge(u8x16* r, const LumaEdges& edges, int e) {
-    u8x16 lines[8];
-    for (int k = 0; k < 8; ++k) lines[k] = r[k];
-    const LineLimits<u8x16> limits = edges.limits(e);
-    mixedLuma(lines, limits, edges.strongLines(e), edges.o.alpha[e != 0]);
-    for (int k = 1; k < 7; ++k) r[k] = lines[k];
-}
-// r[0] to r[11] are the samples of edges e and e + 1, neither with strong lines. The second one's p2 is the first one's
-// q1; what else they share they do not change.
-[[gnu::always_inline]] inline void filterTwoNormalEdges(u8x16* r, const LumaEdges& edges, int e) {
-#if VEKVC_VECTOR256
-    u8x32 p1 = join(r[2], r[6]), p0 = join(r[3], r[7]), q0 = join(r[4], r[8]), q1 = join(r[5], r[9]);
-    const u8x16 p2 = r[1];
-    normalLuma(p1, p0, q0, q1, join(r[6], r[10]), edges.limitsOfTwo(e),
-               [=](u8x32 newQ1) { return join(p2, lowHalf(newQ1)); });
-    r[2] = lowHalf(p1), r[3] = lowHalf(p0), r[4] = lowHalf(q0), r[5] = lowHalf(q1);
-    r[6] = highHalf(p1), r[7] = highHalf(p0), r[8] = highHalf(q0), r[9] = highHalf(q1);
-#else
-    filterNormalEdge(r, edges, e);
-    filterNormalEdge(r + 4, edges, e + 1);
-#endif
-}
+// ---- rows of sixteen lines, and the edges between them: edge e lies above row 4 * e
 
-// r[4 * e] to r[4 * e + 7] are the samples p3 to q3 of edge e. The usual cases first: no strong edge, the outer one
-// alone.
-[[gnu::always_inline]] inline void filterLuma(u8x16 (&r)[20], const LumaEdges& edges) {
-    if (edges.strong == 0) {
-        if (edges.isOn(0) || edges.isOn(1)) filterTwoNormalEdges(r, edges, 0);
-        if (edges.isOn(2) || edges.isOn(3)) filterTwoNormalEdges(r + 8, edges, 2);
-    } else if ((edges.strong & ~15u) == 0) {
-        filterMixedEdge(r, edges, 0);
-        if (edges.isOn(1) || edges.isOn(2)) filterTwoNormalEdges(r + 4, edges, 1);
-        if (edges.isOn(3)) filterNormalEdge(r + 12, edges, 3);
-    } else {
-        for (int e = 0; e < 4; ++e)
-            if (edges.isOn(e)) filterMixedEdge(r + 4 * e, edges, e);
-    }
-}
-
-// ---- horizontal edges: the rows are the vectors
-
-// The rows of a macroblock, counted from its first one.
+// All of the rows, counted from the one below edge 0.
 struct WholeRows {
     Vek8u* pixels;
     std::ptrdiff_t step;
@@ -224,36 +221,48 @@ struct MaskedRows {
     std::ptrdiff_t step;
     i32x4 masks[5];
 
-    MaskedRows(const DeblockOperands<Vek8u>& o, std::uint32_t on) : pixels(o.pixels), step(o.step) {
-        const i32x4 bits = lanes<i32x4>(1, 2, 4, 8), groups = splat<i32x4>(on << 4 | on);
-        masks[0] = (groups & bits) == bits;
-        masks[1] = ((groups >> 4) & bits) == bits;
-        masks[2] = ((groups >> 8) & bits) == bits;
-        masks[3] = ((groups >> 12) & bits) == bits;
-        masks[4] = ((groups >> 16) & bits) == bits;
+    MaskedRows(const LumaEdges& edges) : pixels(edges.o.pixels), step(edges.o.step) {
+        for (int e = 0; e < 5; ++e) masks[e] = edges.linesAbove(e);
     }
     u8x16 load(int i) const { return loadMasked<u8x16>(pixels + i * step, masks[(i + 4) / 4]); }
     void store(int i, u8x16 v) const { storeMasked(pixels + i * step, masks[(i + 4) / 4], v); }
 };
 
-// Edge e, without strong lines, given its p2; returns the next one's.
+// Columns, kept in an array, from the fourth one before edge 0 on.
+struct Columns {
+    u8x16* r;
+    u8x16 load(int i) const { return r[i + 4]; }
+    void store(int i, u8x16 v) const { r[i + 4] = v; }
+};
+
+// Edge e, with strong lines; returns the next one's p2 ...
 template <class Rows>
-[[gnu::always_inline]] inline u8x16 filterRowEdge(const Rows& rows, const LumaEdges& edges, int e, u8x16 p2) {
+[[gnu::always_inline]] inline u8x16 filterMixedEdge(const Rows& rows, const LumaEdges& edges, int e) {
+    u8x16 r[8];
+    for (int k = 0; k < 8; ++k) r[k] = rows.load(4 * e - 4 + k);
+    mixedLuma(r, edges.limits<u8x16>(e), edges.strongLines(e), edges.o.alpha[e != 0]);
+    for (int k = 1; k < 7; ++k) rows.store(4 * e - 4 + k, r[k]);
+    return r[5];
+}
+// ... without any, given its p2; returns the next one's ...
+template <class Rows>
+[[gnu::always_inline]] inline u8x16 filterNormalEdge(const Rows& rows, const LumaEdges& edges, int e, u8x16 p2) {
     const int y = 4 * e;
     u8x16 p1 = rows.load(y - 2), p0 = rows.load(y - 1), q0 = rows.load(y), q1 = rows.load(y + 1);
-    normalLuma(p1, p0, q0, q1, rows.load(y + 2), edges.limits(e), [=](u8x16) { return p2; });
+    normalLuma(p1, p0, q0, q1, rows.load(y + 2), edges.limits<u8x16>(e), [=](u8x16) { return p2; });
     rows.store(y - 2, p1), rows.store(y - 1, p0), rows.store(y, q0), rows.store(y + 1, q1);
     return q1;
 }
-// Edges e and e + 1, neither with strong lines, likewise.
+// ... and edges e and e + 1, both without, given the first one's p2; returns the p2 of edge e + 2. The second one's p2
+// is the first one's q1; what else they share they do not change.
 template <class Rows>
-[[gnu::always_inline]] inline u8x16 filterTwoRowEdges(const Rows& rows, const LumaEdges& edges, int e, u8x16 p2) {
+[[gnu::always_inline]] inline u8x16 filterTwoNormalEdges(const Rows& rows, const LumaEdges& edges, int e, u8x16 p2) {
 #if VEKVC_VECTOR256
     const int y = 4 * e;
     const u8x16 shared = rows.load(y + 2);
     u8x32 p1 = join(rows.load(y - 2), shared), p0 = join(rows.load(y - 1), rows.load(y + 3));
     u8x32 q0 = join(rows.load(y), rows.load(y + 4)), q1 = join(rows.load(y + 1), rows.load(y + 5));
-    normalLuma(p1, p0, q0, q1, join(shared, rows.load(y + 6)), edges.limitsOfTwo(e),
+    normalLuma(p1, p0, q0, q1, join(shared, rows.load(y + 6)), edges.limits<u8x32>(e),
                [=](u8x32 newQ1) { return join(p2, lowHalf(newQ1)); });
     rows.store(y - 2, lowHalf(p1)), rows.store(y - 1, lowHalf(p0));
     rows.store(y, lowHalf(q0)), rows.store(y + 1, lowHalf(q1));
@@ -261,44 +270,46 @@ template <class Rows>
     rows.store(y + 4, highHalf(q0)), rows.store(y + 5, highHalf(q1));
     return highHalf(q1);
 #else
-    return filterRowEdge(rows, edges, e + 1, filterRowEdge(rows, edges, e, p2));
+    return filterNormalEdge(rows, edges, e + 1, filterNormalEdge(rows, edges, e, p2));
 #endif
 }
+// All edges: the usual cases, strong lines at the outer edge alone or nowhere, without a branch on what else is on ...
 template <class Rows>
-[[gnu::always_inline]] inline void filterMixedRowEdge(const Rows& rows, const LumaEdges& edges, int e) {
-    u8x16 lines[8];
-    for (int k = 0; k < 8; ++k) lines[k] = rows.load(4 * e - 4 + k);
-    filterMixedEdge(lines, edges, e);
-    for (int k = 1; k < 7; ++k) rows.store(4 * e - 4 + k, lines[k]);
-}
+[[gnu::noinline]] void filterEdgesOfAnyKind(const Rows& rows, const LumaEdges& edges);
 template <class Rows>
-[[gnu::always_inline]] inline void filterRowEdges(const Rows& rows, const LumaEdges& edges) {
+[[gnu::always_inline]] inline void filterEdges(const Rows& rows, const LumaEdges& edges) {
     if (edges.strong == 0) {
-        if (edges.isOn(0) || edges.isOn(1)) {
-            const u8x16 p2 = filterTwoRowEdges(rows, edges, 0, rows.load(-3));
-            if (edges.isOn(2) || edges.isOn(3)) filterTwoRowEdges(rows, edges, 2, p2);
-        } else {
-            filterTwoRowEdges(rows, edges, 2, rows.load(5));
-        }
+        const u8x16 p2 = filterTwoNormalEdges(rows, edges, 0, rows.load(-3));
+        filterTwoNormalEdges(rows, edges, 2, p2);
     } else if ((edges.strong & ~15u) == 0) {
-        filterMixedRowEdge(rows, edges, 0);
-        if (edges.isOn(1) || edges.isOn(2)) filterTwoRowEdges(rows, edges, 1, rows.load(1));
-        if (edges.isOn(3)) filterRowEdge(rows, edges, 3, rows.load(9));
+        u8x16 p2 = filterMixedEdge(rows, edges, 0);
+        p2 = filterTwoNormalEdges(rows, edges, 1, p2);
+        filterNormalEdge(rows, edges, 3, p2);
     } else {
-        for (int e = 0; e < 4; ++e)
-            if (edges.isOn(e)) filterMixedRowEdge(rows, edges, e);
+        filterEdgesOfAnyKind(rows, edges);
+    }
+}
+// ... and any others.
+template <class Rows>
+void filterEdgesOfAnyKind(const Rows& rows, const LumaEdges& edges) {
+    for (int e = 0; e < 4; ++e) {
+        if (edges.anyStrong(e))
+            filterMixedEdge(rows, edges, e);
+        else
+            filterNormalEdge(rows, edges, e, rows.load(4 * e - 3));
     }
 }
 
+// ---- horizontal edges
+
 template <class T>
-void deblockLumaHorizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
+[[gnu::always_inline]] inline void deblockLumaHorizontal(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
     const LumaEdges edges(o);
     if (edges.on == 0) return;
-    if (edges.tooLargeThresholds()) return plain::deblockLumaHorizontal(o);
     if (edges.on == 0xFFFF)
-        filterRowEdges(WholeRows{o.pixels, o.step}, edges);
+        filterEdges(WholeRows{o.pixels, o.step}, edges);
     else
-        filterRowEdges(MaskedRows(o, edges.on), edges);
+        filterEdges(MaskedRows(edges), edges);
 }
 
 // ---- vertical edges: the rows are transposed
@@ -374,29 +385,30 @@ template <class T>
 void deblockLumaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
     const LumaEdges edges(o);
     if (edges.on == 0) return;
-    if (edges.tooLargeThresholds()) return plain::deblockLumaVertical(o);
     const auto row = [&](int i) { return o.pixels + i * o.step; };
-    u8x16 r[20];
-    if (edges.count() <= 2) {
+    u8x16 r[20];  // the columns from -4 on
+    const Columns columns{r};
+    const int count = edges.isOn(0) + edges.isOn(1) + edges.isOn(2) + edges.isOn(3);
+    if (count <= 2) {
         for (int e = 0; e < 4; ++e) {
             if (!edges.isOn(e)) continue;
             const std::uint32_t segments = edges.on >> 4 * e & 15;
             Vek8u* q0 = o.pixels + 4 * e;
-            loadLeft(r, q0, o.step, segments);
-            loadLeft(r + 4, q0 + 4, o.step, segments);
+            loadLeft(r + 4 * e, q0, o.step, segments);
+            loadLeft(r + 4 * e + 4, q0 + 4, o.step, segments);
             if (edges.anyStrong(e))
-                filterMixedEdge(r, edges, e);
+                filterMixedEdge(columns, edges, e);
             else
-                filterNormalEdge(r, edges, e);
-            storeLeft(r, q0, o.step, segments);
-            storeLeft(r + 4, q0 + 4, o.step, segments);
+                filterNormalEdge(columns, edges, e, r[4 * e + 1]);
+            storeLeft(r + 4 * e, q0, o.step, segments);
+            storeLeft(r + 4 * e + 4, q0 + 4, o.step, segments);
         }
         return;
     }
     if (edges.isOn(0)) loadLeft(r, o.pixels, o.step, edges.on & 15);
     if (edges.on == 0xFFFF) {
         loadColumns(r + 4, [&](int i) { return load<u8x16>(row(i)); });
-        filterLuma(r, edges);
+        filterEdges(columns, edges);
         storeColumns(r + 4, [&](int i, u8x16 v) { store(row(i), v); });
         storeLeft(r, o.pixels, o.step, 15);
         return;
@@ -409,7 +421,7 @@ void deblockLumaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
         masks[s] = (splat<i32x4>(groups >> s) & bits) == bits;
     }
     loadColumns(r + 4, [&](int i) { return loadMasked<u8x16>(row(i), masks[i / 4]); });
-    filterLuma(r, edges);
+    filterEdges(columns, edges);
     storeColumns(r + 4, [&](int i, u8x16 v) { storeMasked(row(i), masks[i / 4], v); });
     if (edges.isOn(0)) storeLeft(r, o.pixels, o.step, edges.on & 15);
 }
@@ -422,11 +434,11 @@ void deblockLumaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limi
     alignas(16) static constexpr std::uint8_t kLines[16] = {0,   0,   1,   1,   2,   2,   3,   3,
                                                             128, 128, 128, 128, 128, 128, 128, 128};
     const u8x16 index = load<u8x16>(kLines);
-    const u8x16 strengths = shuffleBytes(min(loadBytes<u8x16, 4>(bS), splat<u8x16>(4)), index);
+    const u8x16 strengths = shuffleBytes(loadBytes<u8x16, 4>(bS), index);
     const u8x16 tC0 = shuffleBytes(loadBytes<u8x16, 4>(thresholds), index);
     if (limits.alpha > 255 || limits.beta > 255 || !allZero(subSat(tC0, splat<u8x16>(kLargestThreshold))))
         return plain::deblockLumaLeftMbaff(pixels, step, limits, thresholds, bS);
-    const u8x16 active = as<u8x16>(as<i8x16>(strengths) > zero<i8x16>()), strong = strengths == splat<u8x16>(4);
+    const u8x16 active = hasStrength(strengths), strong = isStrong(strengths);
     const LineLimits<u8x16> l{splat<u8x16>(limits.alpha), splat<u8x16>(limits.beta), tC0, active};
     const std::uint32_t on = byteMask(active);
     const auto row = [&](int k) { return pixels - 4 + k * step; };

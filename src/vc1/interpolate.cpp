@@ -21,16 +21,10 @@ Vek32s field(Vek32s x) {
 VekiSize field(VekiSize s) { return {field(s.width), field(s.height)}; }
 Vek32s lowBits(Vek32s x, Vek32s mask) { return field(field(x) & mask); }
 
-template <class Shape>
-vc1::Interpolation interpolation(const VekVC1InterpolationParams& p, Shape shape) {
-    return {p.pSrc,
-            p.srcStep,
-            p.pDst,
-            p.dstStep,
-            lowBits(p.dx, 3),
-            lowBits(p.dy, 3),
-            lowBits(p.roundControl, 1),
-            shape(field(p.roiSize))};
+vc1::Interpolation interpolation(const VekVC1InterpolationParams& p) {
+    return {
+        p.pSrc,          p.srcStep, p.pDst, p.dstStep, lowBits(p.dx, 3), lowBits(p.dy, 3), lowBits(p.roundControl, 1),
+        field(p.roiSize)};
 }
 
 template <class Record>
@@ -42,20 +36,17 @@ bool anyNullIn(const Record* pParam) {
 
 VekStatus vekiInterpolateQPBicubic_VC1_8u_C1R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    kernel::interpolateBicubic(interpolation(*pParam, vc1::bicubicSize));
-    return vekStsOk;
+    return kernel::interpolateBicubic(interpolation(*pParam));
 }
 
 VekStatus vekiInterpolateQPBilinear_VC1_8u_C1R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    kernel::interpolateBilinear<1>(interpolation(*pParam, vc1::bilinearSize));
-    return vekStsOk;
+    return kernel::interpolateBilinear<1>(interpolation(*pParam));
 }
 
 VekStatus vekiInterpolateQPBilinear_VC1_8u_C2R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    kernel::interpolateBilinear<2>(interpolation(*pParam, vc1::bilinearPairsSize));
-    return vekStsOk;
+    return kernel::interpolateBilinear<2>(interpolation(*pParam));
 }
 
 VekStatus vekiInterpolateICBicubicBlock_VC1_8u_C1R(const VekVC1InterpolationBlockParams* pParam) {

@@ -9,7 +9,7 @@
 
 namespace vekvc::vc1 {
 
-// One block to be interpolated. `size` is what is written, in samples (interleaved chroma: in pairs across).
+// One block to be interpolated. `size` is the caller's, in samples (interleaved chroma: in pairs across).
 struct Interpolation {
     const Vek8u* src;
     std::ptrdiff_t srcStep;
@@ -35,6 +35,10 @@ constexpr VekiSize bilinearSize(VekiSize block) {
 constexpr VekiSize bilinearPairsSize(VekiSize block) {
     return block.width == 8 ? bilinearSize(block) : cutTo({4, 4}, block);
 }
+template <int channels>
+constexpr VekiSize bilinearSizeOf(VekiSize block) {
+    return channels == 2 ? bilinearPairsSize(block) : bilinearSize(block);
+}
 
 // The bicubic filters by fraction (8.3.6.5.2): the taps for the samples at -1, 0, 1 and 2, and the bits of their sum.
 struct Taps {
@@ -50,7 +54,7 @@ namespace vekvc::plain {
 
 using vc1::Interpolation;
 
-inline void interpolateBicubic(const Interpolation& p) {
+inline VekStatus interpolateBicubic(const Interpolation& p) {
     const vc1::Taps &horizontal = vc1::kBicubic[p.dx], &vertical = vc1::kBicubic[p.dy];
     const auto sample = [&](std::ptrdiff_t x, std::ptrdiff_t y) -> int { return p.src[y * p.srcStep + x]; };
     const auto sum = [](const vc1::Taps& taps, auto at) {
@@ -60,8 +64,9 @@ inline void interpolateBicubic(const Interpolation& p) {
     const auto down = [&](int x, int y, int shift) {
         return rounded(sum(vertical, [&](int i) { return sample(x, y + i); }), p.RND - 1, shift);
     };
-    for (int y = 0; y < p.size.height; ++y)
-        for (int x = 0; x < p.size.width; ++x) {
+    const VekiSize size = vc1::bicubicSize(p.size);
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x) {
             int value = 0;
             if (p.dx == 0 && p.dy == 0) {
                 value = sample(x, y);
@@ -75,20 +80,23 @@ inline void interpolateBicubic(const Interpolation& p) {
             }
             p.dst[y * p.dstStep + x] = clip255(value);
         }
+    return vekStsOk;
 }
 
 // The horizontal neighbour lies `channels` bytes on.
 template <int channels>
-void interpolateBilinear(const Interpolation& p) {
+VekStatus interpolateBilinear(const Interpolation& p) {
     const std::ptrdiff_t right = p.dx != 0 ? channels : 0, below = p.dy != 0 ? p.srcStep : 0;  // 0: not to be read
-    for (int y = 0; y < p.size.height; ++y)
-        for (int x = 0; x < p.size.width * channels; ++x) {
+    const VekiSize size = vc1::bilinearSizeOf<channels>(p.size);
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width * channels; ++x) {
             const Vek8u* s = p.src + y * p.srcStep + x;
             const int A = s[0], B = s[right], C = s[below], D = s[below + right];
             const int sum =
                 (4 - p.dx) * (4 - p.dy) * A + p.dx * (4 - p.dy) * B + (4 - p.dx) * p.dy * C + p.dx * p.dy * D;
             p.dst[y * p.dstStep + x] = clip255((sum + 8 - p.RND) >> 4);
         }
+    return vekStsOk;
 }
 
 }  // namespace vekvc::plain

@@ -2,6 +2,9 @@
 #ifndef VEKVC_VC1_INTERPOLATE_SIMD_H
 #define VEKVC_VC1_INTERPOLATE_SIMD_H
 
+#include <array>
+#include <utility>
+
 #include "core/simd.h"
 #include "vc1/interpolate_plain.h"
 
@@ -12,17 +15,16 @@ using vc1::Interpolation;
 // Runs one case in a function of its own, with all arguments in registers (sizes are at most 16). Together in one
 // function, the cases share address arithmetic; and g++ 12 hands a structure over through memory, from which it is read
 // before it is written (8x8 bilinear: 30 to 43 cycles).
-template <class Case, int height>
-[[gnu::noinline]] void runCase(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep,
-                               int modes) {
-    const VekiSize size = {modes >> 8 & 255, height > 0 ? height : modes >> 16};
-    Case()({src, srcStep, dst, dstStep, modes & 3, modes >> 2 & 3, modes >> 4 & 1, size});
+template <class Case>
+[[gnu::noinline]] VekStatus runCase(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep,
+                                    int modes) {
+    Case()({src, srcStep, dst, dstStep, modes & 3, modes >> 2 & 3, modes >> 4 & 1, {modes >> 8 & 255, modes >> 16}});
+    return vekStsOk;
 }
 template <class Case>
-VEKVC_SIMD_INLINE void apart(const Interpolation& p, Case) {
+VEKVC_SIMD_INLINE VekStatus apart(const Interpolation& p, Case) {
     const int modes = p.dx | p.dy << 2 | p.RND << 4 | p.size.width << 8 | p.size.height << 16;
-    const auto run = p.size.height == 8 ? runCase<Case, 8> : runCase<Case, 0>;  // the commonest height is unrolled
-    run(p.src, p.srcStep, p.dst, p.dstStep, modes);
+    return runCase<Case>(p.src, p.srcStep, p.dst, p.dstStep, modes);
 }
 
 // ---- bicubic, in strips of eight columns and an even number of rows
@@ -194,44 +196,51 @@ VEKVC_SIMD_INLINE void bicubic(const Interpolation& p) {
     }
 }
 
-VEKVC_SIMD_INLINE void interpolateBicubic(const Interpolation& p) {
-    if (p.size.width <= 0 || p.size.height <= 0) return;
-    const bool fits = (p.size.width == 8 || p.size.width == 16) && p.size.height % 2 == 0;
-    if (!fits) return apart(p, [](const Interpolation& q) { plain::interpolateBicubic(q); });
-    switch (p.dx + 4 * p.dy) {
-        case 0:
-            return apart(p, [](const Interpolation& q) { bicubic<0, 0>(q); });
-        case 1:
-            return apart(p, [](const Interpolation& q) { bicubic<1, 0>(q); });
-        case 2:
-            return apart(p, [](const Interpolation& q) { bicubic<2, 0>(q); });
-        case 3:
-            return apart(p, [](const Interpolation& q) { bicubic<3, 0>(q); });
-        case 4:
-            return apart(p, [](const Interpolation& q) { bicubic<0, 1>(q); });
-        case 5:
-            return apart(p, [](const Interpolation& q) { bicubic<1, 1>(q); });
-        case 6:
-            return apart(p, [](const Interpolation& q) { bicubic<2, 1>(q); });
-        case 7:
-            return apart(p, [](const Interpolation& q) { bicubic<3, 1>(q); });
-        case 8:
-            return apart(p, [](const Interpolation& q) { bicubic<0, 2>(q); });
-        case 9:
-            return apart(p, [](const Interpolation& q) { bicubic<1, 2>(q); });
-        case 10:
-            return apart(p, [](const Interpolation& q) { bicubic<2, 2>(q); });
-        case 11:
-            return apart(p, [](const Interpolation& q) { bicubic<3, 2>(q); });
-        case 12:
-            return apart(p, [](const Interpolation& q) { bicubic<0, 3>(q); });
-        case 13:
-            return apart(p, [](const Interpolation& q) { bicubic<1, 3>(q); });
-        case 14:
-            return apart(p, [](const Interpolation& q) { bicubic<2, 3>(q); });
-        case 15:
-            return apart(p, [](const Interpolation& q) { bicubic<3, 3>(q); });
+// Blocks of n x n have a function for each pair of fractions, found in a table (by dx + 4 dy).
+using SquareKernel = VekStatus (*)(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep,
+                                   int RND);
+template <int n, int fractions>
+VekStatus bicubicSquare(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, int RND) {
+    bicubic<fractions % 4, fractions / 4>({src, srcStep, dst, dstStep, 0, 0, RND, {n, n}});
+    return vekStsOk;
+}
+template <int n, int... i>
+constexpr std::array<SquareKernel, 16> bicubicSquares(std::integer_sequence<int, i...>) {
+    return {bicubicSquare<n, i>...};
+}
+inline constexpr std::array<SquareKernel, 16> kBicubicSquares[2] = {
+    bicubicSquares<8>(std::make_integer_sequence<int, 16>()),
+    bicubicSquares<16>(std::make_integer_sequence<int, 16>())};
+
+// Other sizes: of interlaced pictures, and of blocks at the edge of a picture.
+template <int fractions>
+VekStatus bicubicBlock(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, int RND,
+                       VekiSize size) {
+    bicubic<fractions % 4, fractions / 4>({src, srcStep, dst, dstStep, 0, 0, RND, size});
+    return vekStsOk;
+}
+template <int... i>
+constexpr auto bicubicBlocks(std::integer_sequence<int, i...>) {
+    return std::array{bicubicBlock<i>...};
+}
+[[gnu::noinline]] inline VekStatus bicubicOfAnySize(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
+                                                    std::ptrdiff_t dstStep, int modes, VekiSize block) {
+    const int dx = modes & 3, dy = modes >> 2 & 3, RND = modes >> 4;
+    const VekiSize size = vc1::bicubicSize(block);
+    if (size.width <= 0 || size.height <= 0) return vekStsOk;
+    if ((size.width == 8 || size.width == 16) && size.height % 2 == 0) {
+        static constexpr auto kBlocks = bicubicBlocks(std::make_integer_sequence<int, 16>());
+        return kBlocks[static_cast<std::size_t>(modes & 15)](src, srcStep, dst, dstStep, RND, size);
     }
+    return plain::interpolateBicubic({src, srcStep, dst, dstStep, dx, dy, RND, size});
+}
+
+VEKVC_SIMD_INLINE VekStatus interpolateBicubic(const Interpolation& p) {
+    const int fractions = p.dx + 4 * p.dy;
+    if (p.size.width == p.size.height && (p.size.width == 8 || p.size.width == 16)) [[likely]]
+        return kBicubicSquares[p.size.width / 16][static_cast<std::size_t>(fractions)](p.src, p.srcStep, p.dst,
+                                                                                       p.dstStep, p.RND);
+    return bicubicOfAnySize(p.src, p.srcStep, p.dst, p.dstStep, fractions | p.RND << 4, p.size);
 }
 
 // ---- bilinear
@@ -363,7 +372,7 @@ VEKVC_SIMD_INLINE void bilinearBoth(const Interpolation& p) {
 }
 
 template <int W, int channels>
-VEKVC_SIMD_INLINE void bilinear(const Interpolation& p) {
+VEKVC_SIMD_INLINE VekStatus bilinear(const Interpolation& p) {
     if ((p.dx | p.dy) == 0) return apart(p, [](const Interpolation& q) { copyRows<W>(q); });
     if (p.dy == 0)
         return apart(
@@ -371,23 +380,51 @@ VEKVC_SIMD_INLINE void bilinear(const Interpolation& p) {
     if (p.dx == 0)
         return apart(
             p, [](const Interpolation& q) { bilinearTowards<W>(q, q.dy, [](std::ptrdiff_t step) { return step; }); });
-    apart(p, [](const Interpolation& q) { bilinearBoth<W, channels>(q); });
+    return apart(p, [](const Interpolation& q) { bilinearBoth<W, channels>(q); });
 }
 
 template <int channels>
-VEKVC_SIMD_INLINE void interpolateBilinear(const Interpolation& p) {
-    const int width = p.size.width * channels;
-    if (p.size.width <= 0 || p.size.height <= 0) return;
-    if (p.size.height % 2 != 0)
-        apart(p, [](const Interpolation& q) { plain::interpolateBilinear<channels>(q); });
-    else if (width == 8)
-        bilinear<8, channels>(p);
-    else if (width == 16)
-        bilinear<16, channels>(p);
-    else if (width == 4)
-        bilinear<4, channels>(p);
+[[gnu::noinline]] VekStatus bilinearOfAnySize(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
+                                              std::ptrdiff_t dstStep, int modes, VekiSize block) {
+    const VekiSize size = vc1::bilinearSizeOf<channels>(block);
+    if (size.width <= 0 || size.height <= 0) return vekStsOk;
+    const Interpolation p = {src, srcStep, dst, dstStep, modes & 3, modes >> 2 & 3, modes >> 4, size};
+    const int width = size.width * channels;
+    if (size.height % 2 == 0) {
+        if (width == 8) return bilinear<8, channels>(p);
+        if (width == 16) return bilinear<16, channels>(p);
+        if (width == 4) return bilinear<4, channels>(p);
+    }
+    return plain::interpolateBilinear<channels>(p);
+}
+
+// Blocks of n x n, as above.
+template <int n, int channels, int fractions>
+VekStatus bilinearSquare(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, int RND) {
+    constexpr int W = n * channels, dx = fractions % 4, dy = fractions / 4;
+    const Interpolation p = {src, srcStep, dst, dstStep, dx, dy, RND, {n, n}};
+    if constexpr (fractions == 0)
+        copyRows<W>(p);
+    else if constexpr (dy == 0)
+        bilinearTowards<W>(p, dx, [](std::ptrdiff_t) { return channels; });
+    else if constexpr (dx == 0)
+        bilinearTowards<W>(p, dy, [](std::ptrdiff_t step) { return step; });
     else
-        apart(p, [](const Interpolation& q) { plain::interpolateBilinear<channels>(q); });
+        bilinearBoth<W, channels>(p);
+    return vekStsOk;
+}
+template <int n, int channels, int... i>
+constexpr std::array<SquareKernel, 16> bilinearSquares(std::integer_sequence<int, i...>) {
+    return {bilinearSquare<n, channels, i>...};
+}
+
+template <int channels>
+VEKVC_SIMD_INLINE VekStatus interpolateBilinear(const Interpolation& p) {
+    static constexpr auto kSquares = bilinearSquares<8, channels>(std::make_integer_sequence<int, 16>());
+    const int fractions = p.dx + 4 * p.dy;
+    if (p.size.width == 8 && p.size.height == 8) [[likely]]
+        return kSquares[static_cast<std::size_t>(fractions)](p.src, p.srcStep, p.dst, p.dstStep, p.RND);
+    return bilinearOfAnySize<channels>(p.src, p.srcStep, p.dst, p.dstStep, fractions | p.RND << 4, p.size);
 }
 
 }  // namespace vekvc::simd

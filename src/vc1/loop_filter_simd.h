@@ -26,22 +26,36 @@ VEKVC_SIMD_INLINE V thirdPlace(V mask) {
     }
 }
 
-// (2 (a - d) - 5 (b - c) + 4) >> 3: at most 224 either way.
+// The samples across an edge, in pairs: P1 and P2, P3 and P4, P5 and P6, P7 and P8 side by side in each 16-bit lane.
 template <class V>
-VEKVC_SIMD_INLINE V activity(V a, V b, V c, V d) {
-    const V outer = a - d, inner = b - c;
-    return (outer + outer - inner * constant<V, 5>() + constant<V, 4>()) >> 3;
+struct Across {
+    V pair[4];
+
+    VEKVC_SIMD_INLINE V P4() const { return as<V>(as<Vec<Vek16u, V::kBytes / 2>>(pair[1]) >> 8); }
+    VEKVC_SIMD_INLINE V P5() const { return pair[2] & constant<V, 255>(); }
+};
+
+// (2 (a - d) - 5 (b - c) + 4) >> 3 of the pairs a and b, c and d: at most 224 either way.
+template <class V>
+VEKVC_SIMD_INLINE V activity(V ab, V cd) {
+    using Bytes = Vec<Vek8u, V::kBytes>;
+    using Weights = Vec<std::int8_t, V::kBytes>;
+    const V sum = mulAddPairs(as<Bytes>(ab), as<Weights>(constant<V, 2 + -5 * 256>())) +
+                  mulAddPairs(as<Bytes>(cd), as<Weights>(constant<V, 5 + -2 * 256>()));
+    return (sum + constant<V, 4>()) >> 3;
 }
 
-// What is taken from P4 and added to P5. P[0] to P[7] are P1 to P8. a0 and d have opposite signs, so that d goes with
-// clip where a0 and P4 - P5 differ in sign.
+// What is taken from P4 and added to P5. a0 and d have opposite signs, so that d goes with clip where a0 and P4 - P5
+// differ in sign.
 template <Places places, class V>
-VEKVC_SIMD_INLINE V edgeChange(const V (&P)[8], Vek32s pQuant) {
-    const V step = P[3] - P[4], clip = abs(step) >> 1;
-    const V a0 = activity(P[2], P[3], P[4], P[5]);
-    const V a1 = activity(P[0], P[1], P[2], P[3]), a2 = activity(P[4], P[5], P[6], P[7]);
+VEKVC_SIMD_INLINE V edgeChange(const Across<V>& P, Vek32s pQuant) {
+    const V step = P.P4() - P.P5(), clip = abs(step) >> 1;
+    const V a0 = activity(P.pair[1], P.pair[2]);
+    const V a1 = activity(P.pair[0], P.pair[1]), a2 = activity(P.pair[2], P.pair[3]);
     const V size = abs(a0), excess = size - min(abs(a1), abs(a2));
-    const V filtered = (clip > zero<V>()) & (splat<V>(clip3(0, 256, pQuant)) > size) & (excess > zero<V>());
+    const auto quant32 = splat<Vec<Vek32s, V::kBytes / 4>>(pQuant);
+    const V quant = narrowI16(quant32, quant32);
+    const V filtered = (min(clip, excess) > zero<V>()) & (quant > size);
     const V away = (a0 ^ step) >> 15;
     const V d = min(excess * constant<V, 5>() >> 3, clip);
     return withSign(d & filtered & thirdPlace<places>(filtered) & away, step);
@@ -53,12 +67,23 @@ VEKVC_SIMD_INLINE u8x16 bytesOf(i16x8 v) { return narrowU8(v, v); }
 VEKVC_SIMD_INLINE u8x16 bytesOf(i16x16 v) { return narrowU8(lowHalf(v), highHalf(v)); }
 #endif
 
+// Bytes of two rows in the 16-bit lanes of V: the low eight, or all.
+template <class V>
+VEKVC_SIMD_INLINE V sideBySide(u8x16 first, u8x16 second) {
+    const i16x8 low = as<i16x8>(interleaveLow(first, second));
+#if VEKVC_VECTOR256
+    if constexpr (V::kBytes == 32)
+        return join(low, as<i16x8>(interleaveHigh(first, second)));
+    else
+#endif
+        return low;
+}
+
 // ---- one plane
 
-// Rows of eight pixels to columns: P[0] has the first pixels of all rows. The samples are transposed in pairs, which then
-// come apart by masks and shifts. Of `rows` rows, 4 or 8 come into each half of the lanes.
+// Rows of eight pixels, transposed in pairs. Of `rows` rows, 4 or 8 come into each half of the lanes.
 template <int rows, class V>
-VEKVC_SIMD_INLINE void loadColumns(const Vek8u* p, std::ptrdiff_t step, V (&P)[8]) {
+VEKVC_SIMD_INLINE Across<V> loadColumns(const Vek8u* p, std::ptrdiff_t step) {
     const auto twoRows = [=](int y) {
         return y % 8 < rows ? loadPair8<i16x8>(p + y * step, p + (y + 1) * step) : zero<i16x8>();
     };
@@ -76,11 +101,7 @@ VEKVC_SIMD_INLINE void loadColumns(const Vek8u* p, std::ptrdiff_t step, V (&P)[8
                         interleaveHigh(x[1], x[3])};
         for (int i = 0; i < 4; ++i) x[i] = y[i];
     }
-    using U = Vec<Vek16u, V::kBytes / 2>;
-    for (int i = 0; i < 4; ++i) {
-        P[2 * i] = x[i] & constant<V, 255>();
-        P[2 * i + 1] = as<V>(as<U>(x[i]) >> 8);
-    }
+    return {{x[0], x[1], x[2], x[3]}};
 }
 template <int rows, class V>
 VEKVC_SIMD_INLINE void storeRows16(Vek8u* p, std::ptrdiff_t step, V v) {
@@ -97,22 +118,15 @@ VEKVC_SIMD_INLINE void storeRows16(Vek8u* p, std::ptrdiff_t step, V v) {
 // `n` samples along an edge, in the lanes of V.
 template <Edge edge, int n, class V>
 VEKVC_SIMD_INLINE void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant) {
-    V P[8];
+    Across<V> P;
     if constexpr (edge == Edge::horizontal) {
-        for (int i = 0; i < 8; ++i) {
-            const u8x16 row = loadBytes<u8x16, n>(p + (i - 4) * step);
-#if VEKVC_VECTOR256
-            if constexpr (n == 16)
-                P[i] = widen(row);
-            else
-#endif
-                P[i] = widenLow(row);
-        }
+        const auto row = [=](int i) { return loadBytes<u8x16, n>(p + (i - 4) * step); };
+        for (int i = 0; i < 4; ++i) P.pair[i] = sideBySide<V>(row(2 * i), row(2 * i + 1));
     } else {
-        loadColumns<n>(p - 4, step, P);
+        P = loadColumns<n, V>(p - 4, step);
     }
     const V change = edgeChange<Places::samples>(P, pQuant);
-    const V P4 = P[3] - change, P5 = P[4] + change;
+    const V P4 = P.P4() - change, P5 = P.P5() + change;
     if constexpr (edge == Edge::horizontal) {
         storeBytes<n>(p - step, bytesOf(P4));
         storeBytes<n>(p, bytesOf(P5));
@@ -167,24 +181,21 @@ struct ChangedPixels {
 // The low 8 bytes along an edge, or all 16; `low` and `high` are the masks of the two segments.
 template <int bytes>
 VEKVC_SIMD_INLINE ChangedPixels filterAlong(const u8x16 (&P)[8], Vek32s pQuant, i16x8 low, i16x8 high) {
-    const auto run = [&](auto widened, auto enabled) {
+    const auto run = [&](auto enabled, auto pairOf) {
         using V = decltype(enabled);
-        V lanes[8];
-        for (int i = 0; i < 8; ++i) lanes[i] = widened(P[i]);
-        const V change = edgeChange<Places::pairs>(lanes, pQuant) & enabled;
-        return ChangedPixels{bytesOf(lanes[3] - change), bytesOf(lanes[4] + change)};
+        const Across<V> across = {{pairOf(P[0], P[1]), pairOf(P[2], P[3]), pairOf(P[4], P[5]), pairOf(P[6], P[7])}};
+        const V change = edgeChange<Places::pairs>(across, pQuant) & enabled;
+        return ChangedPixels{bytesOf(across.P4() - change), bytesOf(across.P5() + change)};
     };
-    if constexpr (bytes <= 8) {
-        return run([](u8x16 v) { return widenLow(v); }, low);
-    } else {
+    if constexpr (bytes <= 8) return run(low, sideBySide<i16x8>);
 #if VEKVC_VECTOR256
-        return run([](u8x16 v) { return widen(v); }, join(low, high));
+    return run(join(low, high), sideBySide<i16x16>);
 #else
-        const ChangedPixels a = run([](u8x16 v) { return widenLow(v); }, low);
-        const ChangedPixels b = run([](u8x16 v) { return widenHigh(v); }, high);
-        return {joinLow(a.P4, b.P4), joinLow(a.P5, b.P5)};
+    const ChangedPixels a = run(low, sideBySide<i16x8>);
+    const ChangedPixels b =
+        run(high, [](u8x16 first, u8x16 second) { return as<i16x8>(interleaveHigh(first, second)); });
+    return {joinLow(a.P4, b.P4), joinLow(a.P5, b.P5)};
 #endif
-    }
 }
 
 // `n` pairs along an edge.

@@ -12,7 +12,8 @@ using namespace vekvc;
 namespace {
 
 template <int W, int H>
-VekStatus inverse(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pDst, Vek32s dstStep, VekiSize sizeNZ) {
+[[gnu::always_inline]] inline VekStatus inverse(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pDst, Vek32s dstStep,
+                                                VekiSize sizeNZ) {
     if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
     kernel::transformInverse<W, H>({pSrc, srcStep}, {pDst, dstStep}, sizeNZ);
     return vekStsOk;

@@ -183,20 +183,28 @@ VEKVC_SIMD_INLINE void inverseOf(Block<Vek16s> src, MutableBlock<Vek16s> dst) {
 }
 
 template <int W, int H>
+[[gnu::noinline]] void transformRegion(const Vek16s* src, std::ptrdiff_t srcStep, Vek16s* dst, std::ptrdiff_t dstStep,
+                                       VekiSize sizeNZ) {
+    const Block<Vek16s> in(src, static_cast<Vek32s>(srcStep));
+    const MutableBlock<Vek16s> out(dst, static_cast<Vek32s>(dstStep));
+    const VekiSize coded = vc1::codedRegion<W, H>(sizeNZ);
+    if (W == H && coded.width == 2)
+        inverseOf<W, H, 2, 2>(in, out);
+    else if (W * H > 16 && coded.width == 4 && coded.height == 4)
+        inverseOf<W, H, 4, 4>(in, out);
+    else
+        inverseOf<W, H, W, H>(in, out);
+}
+
+template <int W, int H>
 VEKVC_SIMD_INLINE void transformInverse(Block<Vek16s> src, MutableBlock<Vek16s> dst, VekiSize sizeNZ) {
-    if (vc1::isDCOnly(sizeNZ)) {
+    if (vc1::isDCOnly(sizeNZ)) [[likely]] {  // by far the shortest
         const i16x8 value = splat<i16x8>(vc1::dcResidual<W, H>(src(0, 0)));
 #pragma GCC unroll 8
         for (int y = 0; y < H; ++y) storeBytes<2 * W>(dst.at(0, y), value);
         return;
     }
-    const VekiSize coded = vc1::codedRegion<W, H>(sizeNZ);
-    if (W == H && coded.width == 2)
-        inverseOf<W, H, 2, 2>(src, dst);
-    else if (W * H > 16 && coded.width == 4 && coded.height == 4)
-        inverseOf<W, H, 4, 4>(src, dst);
-    else
-        inverseOf<W, H, W, H>(src, dst);
+    transformRegion<W, H>(src.base, src.step, dst.base, dst.step, sizeNZ);
 }
 
 // Sums wrap in 32 bits; a pair's products do not, since |basis| * 32768 * 2 < 2^31.

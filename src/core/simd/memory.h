@@ -67,28 +67,82 @@ VEKVC_SIMD_INLINE void storeBytes(void* p, Vec<T, N> v) {
     }
 }
 
+#if !VEKVC_VECTOR256
+// 32-bit lane i of p if bit i of `chosen` is set, else 0 or nowhere: from or to a spare place, for which a conditional
+// move does. Were the place known, g++ would branch.
+VEKVC_SIMD_INLINE int loadChosen(const void* p, int i, int chosen) {
+    static constexpr int kZero = 0;
+    const void *lane = static_cast<const char*>(p) + 4 * i, *spare = &kZero;
+    asm("" : "+r"(spare));
+    int value;
+    std::memcpy(&value, (chosen >> i & 1) != 0 ? lane : spare, 4);
+    return value;
+}
+VEKVC_SIMD_INLINE void storeChosen(void* p, int i, int chosen, int value) {
+    int none;
+    void *lane = static_cast<char*>(p) + 4 * i, *spare = &none;
+    asm("" : "+r"(spare));
+    std::memcpy((chosen >> i & 1) != 0 ? lane : spare, &value, 4);
+}
+#endif
 // The 32-bit lanes whose mask is all ones, zero in the others; only the bytes of these lanes are touched.
 template <class V>
 VEKVC_SIMD_INLINE V loadMasked(const void* p, i32x4 mask) {
 #if VEKVC_VECTOR256
     return {_mm_maskload_epi32(static_cast<const int*>(p), mask.raw)};
 #else
-    alignas(16) int values[4] = {};
     const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
-    for (int i = 0; i < 4; ++i)
-        if (chosen >> i & 1) std::memcpy(values + i, static_cast<const char*>(p) + 4 * i, 4);
-    return {_mm_load_si128(reinterpret_cast<const __m128i*>(values))};
+    return {_mm_setr_epi32(loadChosen(p, 0, chosen), loadChosen(p, 1, chosen), loadChosen(p, 2, chosen),
+                           loadChosen(p, 3, chosen))};
 #endif
 }
 VEKVC_SIMD_FN void storeMasked(void* p, i32x4 mask, Vec<T, N> v) {
 #if VEKVC_VECTOR256
     _mm_maskstore_epi32(static_cast<int*>(p), mask.raw, v.raw);
 #else
-    alignas(16) int values[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(values), v.raw);
     const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
-    for (int i = 0; i < 4; ++i)
-        if (chosen >> i & 1) std::memcpy(static_cast<char*>(p) + 4 * i, values + i, 4);
+    storeChosen(p, 0, chosen, _mm_cvtsi128_si32(v.raw));
+    storeChosen(p, 1, chosen, _mm_extract_epi32(v.raw, 1));
+    storeChosen(p, 2, chosen, _mm_extract_epi32(v.raw, 2));
+    storeChosen(p, 3, chosen, _mm_extract_epi32(v.raw, 3));
+#endif
+}
+#if VEKVC_VECTOR256
+template <class V>
+VEKVC_SIMD_INLINE V loadMasked(const void* p, i32x8 mask) {
+    return {_mm256_maskload_epi32(static_cast<const int*>(p), mask.raw)};
+}
+VEKVC_SIMD_FN void storeMasked(void* p, i32x8 mask, Vec<T, N> v) {
+    _mm256_maskstore_epi32(static_cast<int*>(p), mask.raw, v.raw);
+}
+#endif
+// The same for two rows of 8 bytes, in the low and high half of one vector: lanes 0 and 1 of the mask (the others must
+// be 0) choose in both.
+template <class V>
+VEKVC_SIMD_INLINE V loadPairMasked8(const void* low, const void* high, i32x4 mask) {
+#if VEKVC_VECTOR256
+    return {_mm_unpacklo_epi64(_mm_maskload_epi32(static_cast<const int*>(low), mask.raw),
+                               _mm_maskload_epi32(static_cast<const int*>(high), mask.raw))};
+#else
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    return {_mm_setr_epi32(loadChosen(low, 0, chosen), loadChosen(low, 1, chosen), loadChosen(high, 0, chosen),
+                           loadChosen(high, 1, chosen))};
+#endif
+}
+VEKVC_SIMD_FN void storePairMasked8(void* low, void* high, i32x4 mask, Vec<T, N> v) {
+#if VEKVC_VECTOR256
+    // The half that is masked off lies before the rows: to the processor the instruction touches all 16 bytes, and a
+    // load of what lies behind the rows, the usual next one, would have to wait.
+    const auto before = [](void* row) { return reinterpret_cast<int*>(static_cast<char*>(row) - 8); };
+    const __m128i behind = _mm_slli_si128(mask.raw, 8);
+    _mm_maskstore_epi32(before(low), behind, _mm_slli_si128(v.raw, 8));
+    _mm_maskstore_epi32(before(high), behind, v.raw);
+#else
+    const int chosen = _mm_movemask_ps(_mm_castsi128_ps(mask.raw));
+    storeChosen(low, 0, chosen, _mm_cvtsi128_si32(v.raw));
+    storeChosen(low, 1, chosen, _mm_extract_epi32(v.raw, 1));
+    storeChosen(high, 0, chosen, _mm_extract_epi32(v.raw, 2));
+    storeChosen(high, 1, chosen, _mm_extract_epi32(v.raw, 3));
 #endif
 }
 

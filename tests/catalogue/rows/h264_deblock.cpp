@@ -35,7 +35,7 @@ Extent filtered(Shape s, bool onlyChanged) {
         return s.vertical ? Rect{first - reach, from, last + reach, to} : Rect{from, first - reach, to, last + reach};
     };
 }
-// Strengths of every kind, alone or mixed; 0 outside the chosen edge and segment.
+// Strengths of every kind, alone or mixed, and as macroblocks have them; 0 outside the chosen edge and segment.
 Argument strengths(Shape s) {
     return in<Vek8u>("pBs", count(s.edges == 1 ? 4 : 16)).filled([=](Random& random, const Call& c, void* to, int n) {
         const int edge = std::min(static_cast<int>(c["edge"]), s.edges - 1), style = static_cast<int>(random() % 8);
@@ -43,7 +43,9 @@ Argument strengths(Shape s) {
             const bool chosen =
                 (c["edge"] == 4 || i / s.strengths == edge) && (c["segment"] == 4 || i % 4 == c["segment"]);
             const bool used = i % s.strengths < 4;
-            const int bS = style < 4    ? static_cast<int>(random() % 5)
+            const int bS = style < 2    ? static_cast<int>(random() % 5)
+                           : style == 2 ? static_cast<int>(random() % 4)
+                           : style == 3 ? static_cast<int>(i < 4 ? random() % 2 * 4 : random() % 4)
                            : style == 4 ? 4
                            : style == 5 ? 3
                            : style == 6 ? (i < 4 ? 4 : 3)
