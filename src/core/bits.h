@@ -9,6 +9,18 @@
 
 namespace vekvc {
 
+// Two words as one number, the first one above the second.
+inline std::uint64_t loadTwoWords(const Vek32u* words) {
+    const auto both = load<std::uint64_t>(words);
+    return std::endian::native == std::endian::little ? std::rotl(both, 32) : both;
+}
+
+// Puts the cursor `position` bits behind the first bit of the word.
+inline void storeCursor(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek32u* word, int position) {
+    store(ppBitStream, word + (position >> 5));
+    store<Vek32s>(pBitOffset, ~position & 31);
+}
+
 // The word form: the next bit is bit `offset` (31 down to 0) of the native 32-bit word at `word`.
 class WordReader {
   public:
@@ -67,7 +79,7 @@ class WordWindow {
     WordWindow(Vek32u* const* ppBitStream, const Vek32s* pBitOffset) {
         const Vek32u* word = load<Vek32u*>(ppBitStream);
         const Vek32s used = 31 - load<Vek32s>(pBitOffset);
-        bits_ = std::rotl(load<std::uint64_t>(word), 32) << used;
+        bits_ = loadTwoWords(word) << used;
         valid_ = 64 - used;
         next_ = word + 2;
     }

@@ -26,26 +26,26 @@ VekStatus decode4x4(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoef
 
 // The codes "1" and "01" of the 2x2 block (Table 9-5, nC = -1) with the rest of their blocks. False for any other code.
 bool shortChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff, Vek16s** ppCoeffs) {
-    WordReader reader(ppBitStream, pBitOffset);
-    const Vek32u bits = reader.peek(5);
+    Vek32u* const word = load<Vek32u*>(ppBitStream);
+    const Vek32s used = 31 - load<Vek32s>(pBitOffset);
+    const auto bits = static_cast<unsigned>(loadTwoWords(word) << used >> 59);
     if ((bits & 0x10) != 0) {  // TotalCoeff 1: 1, sign, total_zeros (Table 9-9 a: 1, 01, 001, 000)
-        const int totalZeros = (bits & 4) != 0 ? 0 : (bits & 2) != 0 ? 1 : (bits & 1) != 0 ? 2 : 3;
+        static constexpr Vek8u kTotalZeros[8] = {3, 2, 1, 1, 0, 0, 0, 0};
+        const int totalZeros = kTotalZeros[bits & 7];
         Vek16s* const block = load<Vek16s*>(ppCoeffs);
-        for (int i = 0; i < 4; ++i) {
-            const int one = (bits & 8) != 0 ? -1 : 1;
-            store<Vek16s>(block + i, static_cast<Vek16s>(i == totalZeros ? one : 0));
-        }
-        reader.skip(totalZeros == 0 ? 3 : totalZeros == 1 ? 4 : 5);
+        std::memset(block, 0, 4 * sizeof *block);
+        store<Vek16s>(block + totalZeros, (bits & 8) != 0 ? -1 : 1);
         store(ppCoeffs, block + 4);
         store<Vek16s>(pTotalCoeff, 1);
-    } else if ((bits & 0x08) != 0) {  // TotalCoeff 0
-        reader.skip(2);
-        store<Vek16s>(pTotalCoeff, 0);
-    } else {
-        return false;
+        storeCursor(ppBitStream, pBitOffset, word, used + (totalZeros < 2 ? 3 + totalZeros : 5));
+        return true;
     }
-    reader.commit(ppBitStream, pBitOffset);
-    return true;
+    if ((bits & 0x08) != 0) {  // TotalCoeff 0
+        store<Vek16s>(pTotalCoeff, 0);
+        storeCursor(ppBitStream, pBitOffset, word, used + 2);
+        return true;
+    }
+    return false;
 }
 
 template <class T, class Layout>

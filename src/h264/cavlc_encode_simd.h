@@ -67,7 +67,7 @@ VEKVC_SIMD_INLINE void storeFew(Vek32s* p, i8x16 levels, int n) {
 
 // The same for any number of levels and runs.
 template <class T>
-[[gnu::noinline]] void storeMany(T* pLevels, Vek8u* pRuns, u8x16 runs, int nRuns, i8x16 levels, int nLevels) {
+VEKVC_SIMD_INLINE void storeMany(T* pLevels, Vek8u* pRuns, u8x16 runs, int nRuns, i8x16 levels, int nLevels) {
     const u8x16 paddedRuns[2] = {runs, zero<u8x16>()};
     copyShort<15, 1>(pRuns, paddedRuns, static_cast<std::size_t>(nRuns));
     const i16x8 low = widenLow(levels), high = widenHigh(levels);
@@ -80,18 +80,12 @@ template <class T>
     }
 }
 
-// Levels beyond 8 bits: the definition's walk.
-template <class T>
-[[gnu::noinline]] void analyzeLarge(const T* pSrc, int first, int last, const Vek32s* pScan, CavlcElements<T> out) {
-    plain::analyzeCavlc4x4(pSrc, first, last, pScan, out);
-}
-
 template <class T>
 [[gnu::always_inline]] inline void analyzeCavlc4x4(const T* pSrc, int first, int last, const Vek32s* pScan,
                                                    const CavlcElements<T>& out) {
     const i8x16 raster = limitedLevels(pSrc);
     if (!areLimited(pSrc, raster)) [[unlikely]]
-        return analyzeLarge<T>(pSrc, first, last, pScan, out);
+        return plain::analyzeCavlc4x4(pSrc, first, last, pScan, out);
 
     // Raster positions and levels from scan index 15 down; the walk is entries 15 - last to 15 - first.
     const i16x8 low = narrowI16(load<i32x4>(pScan), load<i32x4>(pScan + 4));

@@ -34,15 +34,13 @@ namespace {
 [[maybe_unused]] bool readCodeNumPlus1(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek32u& k) {
     Vek32u* const word = load<Vek32u*>(ppBitStream);
     const Vek32s used = 31 - load<Vek32s>(pBitOffset);
-    const std::uint64_t bits = std::rotl(load<std::uint64_t>(word), 32) << used;
+    const std::uint64_t bits = loadTwoWords(word) << used;
     const int leadingZeroBits = std::countl_zero(bits);
     if (leadingZeroBits > 16) [[unlikely]]
         return plain::readCodeNumPlus1(ppBitStream, pBitOffset, k);
     const int length = 2 * leadingZeroBits + 1;
     k = static_cast<Vek32u>(bits >> (64 - length));
-    const int position = used + length;
-    store(ppBitStream, word + (position >> 5));
-    store<Vek32s>(pBitOffset, ~position & 31);
+    storeCursor(ppBitStream, pBitOffset, word, used + length);
     return true;
 }
 
