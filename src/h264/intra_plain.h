@@ -46,6 +46,11 @@ enum class ChromaMode { dc, horizontal, vertical, plane };
 inline constexpr Vek32u needed16x16[4] = {above, left, 0, above | left | aboveLeft};
 inline constexpr Vek32u neededChroma[4] = {0, left | leftLower, above, above | left | leftLower | aboveLeft};
 
+// The neighbours where the left edge is one piece.
+constexpr Vek32u withWholeLeft(Vek32u available) {
+    return available & left ? available | leftLower : available & ~Vek32u{leftLower};
+}
+
 // Does the mode lack a neighbour?
 constexpr bool lacksNeighbour(Intra16x16Mode mode, Vek32u available) {
     return (needed16x16[static_cast<int>(mode)] & ~available) != 0;
@@ -160,6 +165,11 @@ bool predictIntra4x4(MutableBlock<P> block, int mode, Vek32u available, int bitD
     const int missing = 1 << (bitDepth - 1);
     putDirectional(readReference<4>(block, mode, available, missing), mode, available, missing, block);
     return (h264::neededNeighbours[mode] & ~available) != 0;
+}
+
+// The same for a block of 8-bit samples, as the export tells it.
+inline VekStatus predictIntra4x4(Vek8u* p, Vek32s step, Vek32s mode, Vek32u available) {
+    return predictIntra4x4(MutableBlock(p, step), mode, available, 8) ? vekStsWrnUnavailableNeighbour : vekStsOk;
 }
 
 // The reference samples that `mode` uses, filtered (8.3.2.2.1); those not available become `missing`. The corner takes
@@ -278,6 +288,21 @@ void predictIntraChroma(MutableBlock<P> block, h264::ChromaMode mode, Vek32u ava
             const int value = chromaDC(block, x0, y0, available & h264::above, hasLeft, 1 << (bitDepth - 1));
             for (int k = 0; k < 16; ++k) block.put(x0 + k % 4, y0 + k / 4, static_cast<P>(value));
         }
+}
+
+// Both for blocks of 8-bit samples, as the exports tell them: the left edge is one piece.
+inline VekStatus predictIntra16x16(Vek8u* p, Vek32s step, Vek32s predMode, Vek32u available) {
+    const auto mode = static_cast<h264::Intra16x16Mode>(predMode);
+    if (lacksNeighbour(mode, available)) return vekStsErrUnavailableNeighbour;
+    predictIntra16x16(MutableBlock(p, step), mode, available, 8);
+    return vekStsOk;
+}
+inline VekStatus predictIntraChroma8x8(Vek8u* p, Vek32s step, Vek32s predMode, Vek32u available) {
+    const auto mode = static_cast<h264::ChromaMode>(predMode);
+    const Vek32u neighbours = h264::withWholeLeft(available);
+    if (lacksNeighbour(mode, neighbours)) return vekStsErrUnavailableNeighbour;
+    predictIntraChroma<8>(MutableBlock(p, step), mode, neighbours, 8);
+    return vekStsOk;
 }
 
 }  // namespace vekvc::plain

@@ -213,11 +213,13 @@ VEKVC_SIMD_INLINE T* twoRowsOn(T* p, std::ptrdiff_t step) {
     return row;
 }
 
-// v with the n bytes (2 or 4) at p in its i-th place of n bytes.
+// v with the n bytes (1, 2 or 4) at p in its i-th place of n bytes.
 template <int i, int n, class V>
 VEKVC_SIMD_INLINE V insertBytes(V v, const void* p) {
-    static_assert(is128<V> && (n == 2 || n == 4));
-    if constexpr (n == 4) {
+    static_assert(is128<V> && (n == 1 || n == 2 || n == 4));
+    if constexpr (n == 1) {
+        return {_mm_insert_epi8(v.raw, static_cast<const std::uint8_t*>(p)[0], i)};
+    } else if constexpr (n == 4) {
         int bits;
         std::memcpy(&bits, p, 4);
         return {_mm_insert_epi32(v.raw, bits, i)};
