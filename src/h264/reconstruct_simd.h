@@ -1,6 +1,6 @@
 // Fast forms of H.264 macroblock reconstruction. Blocks side by side are transformed together, one in each half of a
-// 256-bit vector; a block without a residual takes part with zeros. Four coded blocks in a square go together, without
-// the moves that keep two rows in one vector.
+// 256-bit vector; a block without a residual takes part with zeros. Where both pairs of a square of four have one, all
+// four go together, without the moves that keep two rows in one vector.
 #ifndef VEKVC_H264_RECONSTRUCT_SIMD_H
 #define VEKVC_H264_RECONSTRUCT_SIMD_H
 
@@ -25,6 +25,19 @@ VEKVC_SIMD_INLINE const C* takeIf(C*& coeffs, bool isCoded, int n) {
     const C* block = isCoded ? coeffs : zeroBlock<C>;
     coeffs += isCoded ? n : 0;
     return block;
+}
+
+// Four blocks of 16, those coded from the stream.
+template <class C>
+struct Quad {
+    const C* blocks[4];
+};
+template <class C>
+VEKVC_SIMD_INLINE Quad<C> takeQuad(C*& coeffs, Vek32u coded) {
+    const C* block0 = takeIf(coeffs, coded & 1, 16);
+    const C* block1 = takeIf(coeffs, coded & 2, 16);
+    const C* block2 = takeIf(coeffs, coded & 4, 16);
+    return {{block0, block1, block2, takeIf(coeffs, coded & 8, 16)}};
 }
 
 #if VEKVC_VECTOR256
@@ -92,11 +105,11 @@ class BlockAdder<Vek16s, Vek8u> {
     }
 
 #if VEKVC_VECTOR256
-    // Four coded blocks, two above two: each vector holds one row (or column) of all four. pDC: as for two.
-    VEKVC_SIMD_INLINE void addQuad(const Vek16s* c, const Vek16s* pDC, MutableBlock<Vek8u> block) const {
+    // Four blocks, two above two: each vector holds one row (or column) of all four. pDC: as for two.
+    VEKVC_SIMD_INLINE void addQuad(const Vek16s* const (&c)[4], const Vek16s* pDC, MutableBlock<Vek8u> block) const {
         // Block i and, below it, block i + 2.
         const auto columns = [&](int i) {
-            const Vek16s *upper = c + 16 * i, *lower = upper + 32;
+            const Vek16s *upper = c[i], *lower = c[i + 2];
             i16x16 top = two_.top(loadPair16<i16x16>(upper, lower));
             if (pDC) top = blend16<1>(top, join(loadBytes<i16x8, 2>(pDC + i), loadBytes<i16x8, 2>(pDC + i + 2)));
             return transposed(Rows<i16x16>{top, two_.bottom(loadPair16<i16x16>(upper + 8, lower + 8))});
@@ -255,8 +268,8 @@ void reconstructInter4x4(C*& coeffs, MutableBlock<P> mb, Vek32u coded, const Sca
         const C* const noDC = nullptr;
 #if VEKVC_VECTOR256
         if constexpr (sizeof(C) == 2)
-            if (quad == 15) {
-                adder.addQuad(takeCoeffs(next, 64), noDC, blockAt(mb, h264::blockX4x4(k), h264::blockY4x4(k)));
+            if ((quad & 3) != 0 && (quad & 12) != 0) {
+                adder.addQuad(takeQuad(next, quad).blocks, noDC, blockAt(mb, h264::blockX4x4(k), h264::blockY4x4(k)));
                 continue;
             }
 #endif
@@ -330,8 +343,8 @@ VEKVC_SIMD_INLINE void addResidualWithDC(C*& coeffs, MutableBlock<P> plane, Vek3
         const Vek32u pair = coded >> k & 3;
 #if VEKVC_VECTOR256
         if constexpr (sizeof(C) == 2)
-            if (k % 4 == 0 && (coded >> k & 15) == 15) {
-                adder.addQuad(takeCoeffs(next, 64), dc + k, at(plane, k));
+            if (k % 4 == 0 && pair != 0 && (coded >> k & 12) != 0) {
+                adder.addQuad(takeQuad(next, coded >> k & 15).blocks, dc + k, at(plane, k));
                 k += 2;
                 continue;
             }
