@@ -72,16 +72,15 @@ template <class U>
 
 // The four rows around two edges that begin at q0 and q0 + distance, eight columns each, of which some have a strength
 // and some not: only the first ones may be touched. A group that is off is replaced by one that is on.
-[[gnu::noinline]] inline void filterSomeColumns(Vek8u* q0, std::ptrdiff_t distance, std::ptrdiff_t step, u8x16 bS,
-                                                u8x16 tC0, u8x16 alpha, u8x16 beta) {
+[[gnu::noinline]] inline void filterSomeColumns(Vek8u* q0, std::ptrdiff_t distance, std::ptrdiff_t step,
+                                                std::uint32_t on, u8x16 bS, u8x16 tC0, u8x16 alpha, u8x16 beta) {
     const ChromaEdges<u8x16> edges = {bS, tC0, alpha, beta};
-    const std::uint32_t on = edges.on();
     alignas(16) static constexpr std::uint8_t kGroups[16] = {0, 1, 2, 3, 4, 5, 6, 7};
     const u8x16 any = splat<u8x16>(std::countr_zero(on));
     const u8x16 chosen = select(bS == zero<u8x16>(), any, load<u8x16>(kGroups));
     std::ptrdiff_t place[8];
     const auto placeOf = [=](int g) { return (g & 3) * 2 + (g >> 2) * distance; };
-    const std::ptrdiff_t anyPlace = placeOf(std::countr_zero(on));
+    const std::ptrdiff_t anyPlace = (std::countr_zero(on) & 3) * 2 + ((on & 15) != 0 ? 0 : distance);
 #pragma GCC unroll 8
     for (int g = 0; g < 8; ++g) place[g] = on >> g & 1 ? placeOf(g) : anyPlace;
     const auto row = [&](std::ptrdiff_t k) {
@@ -100,25 +99,20 @@ template <class U>
 // The same rows, whatever is on.
 [[gnu::always_inline]] inline void filterRows(Vek8u* q0, std::ptrdiff_t distance, std::ptrdiff_t step,
                                               const ChromaEdges<u8x16>& edges) {
-    const std::uint32_t on = edges.on();
-    if (on == 0) return;
-    if (on != 0xFF && on != 0x0F && on != 0xF0)
-        return filterSomeColumns(q0, distance, step, edges.bS, edges.tC0, edges.alpha, edges.beta);
-    // An edge that is off is replaced by the other one: done twice alike.
-    struct Groups {
-        alignas(16) std::uint8_t at[16];
+    const auto filter = [&](Vek8u* first, Vek8u* second, u8x16 groups) {
+        const auto row = [&](int k) { return loadPair8<u8x16>(first + k * step, second + k * step); };
+        u8x16 p0 = row(-1), q = row(0);
+        filterChroma(row(-2), p0, q, row(1), edges.limits(groups));
+        storePair8(first - step, second - step, p0);
+        storePair8(first, second, q);
     };
-    static constexpr Groups kGroups[3] = {{{0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7}},
-                                          {{0, 0, 1, 1, 2, 2, 3, 3, 0, 0, 1, 1, 2, 2, 3, 3}},
-                                          {{4, 4, 5, 5, 6, 6, 7, 7, 4, 4, 5, 5, 6, 6, 7, 7}}};
-    Vek8u* first = on == 0xF0 ? q0 + distance : q0;
-    Vek8u* second = on == 0x0F ? q0 : q0 + distance;
-    const u8x16 groups = load<u8x16>(kGroups[on == 0x0F ? 1 : on == 0xF0 ? 2 : 0].at);
-    const auto row = [&](int k) { return loadPair8<u8x16>(first + k * step, second + k * step); };
-    u8x16 p0 = row(-1), q = row(0);
-    filterChroma(row(-2), p0, q, row(1), edges.limits(groups));
-    storePair8(first - step, second - step, p0);
-    storePair8(first, second, q);
+    const u8x16 groups = lanes<u8x16>(0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7);
+    const std::uint32_t on = edges.on();
+    if (on == 0xFF) return filter(q0, q0 + distance, groups);
+    // An edge that is off is replaced by the other one: done twice alike.
+    if (on == 0x0F) return filter(q0, q0, joinLow(groups, groups));
+    if (on == 0xF0) return filter(q0 + distance, q0 + distance, joinHigh(groups, groups));
+    if (on != 0) filterSomeColumns(q0, distance, step, on, edges.bS, edges.tC0, edges.alpha, edges.beta);
 }
 
 template <class T>
