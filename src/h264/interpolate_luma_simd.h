@@ -441,7 +441,7 @@ VekStatus lumaKernel(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::
         lumaKernel<first, position>(src, srcStep, dst, dstStep, height);
         return lumaKernel<W - first, position>(src + first, srcStep, dst + first, dstStep, height);
     } else if constexpr (position == 0) {
-        return copyColumn<W>(src, srcStep, dst, dstStep, height);
+        return copyColumn<W, 4>(src, srcStep, dst, dstStep, height);
     } else {
         return lumaColumn<LumaShape<W>, position % 4, position / 4>(src, srcStep, dst, dstStep, height);
     }

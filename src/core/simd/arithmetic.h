@@ -71,7 +71,7 @@ VEKVC_SIMD_INLINE V splatFrom(const void* p) {
 #endif
     typename V::Lane value;
     std::memcpy(&value, p, sizeof value);
-    return splat<V>(value);
+    return splat<V>(static_cast<std::int64_t>(value));
 }
 // The given lanes, first at the lowest address.
 template <class V, class... X>
