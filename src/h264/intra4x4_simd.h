@@ -3,6 +3,7 @@
 #define VEKVC_H264_INTRA4X4_SIMD_H
 
 #include <array>
+#include <initializer_list>
 
 #include "core/simd.h"
 #include "h264/intra_plain.h"
