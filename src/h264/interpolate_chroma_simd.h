@@ -75,8 +75,8 @@ class ChromaRows {
 
 // ---- planar chroma
 //
-// A shape says how the rows of a block lie in vectors: U holds kRows of them, and the pairs of their samples with others
-// are in two vectors, low and high. q points two rows below p.
+// A shape says how the rows of a block lie in vectors: U holds kRows of them, and the pairs of their samples with
+// others are in two vectors, low and high.
 
 template <class U>
 struct ChromaPairs {
@@ -99,8 +99,8 @@ struct Chroma4 {
     static Pairs oneUp(Pairs before, Pairs rows) {
         return {alignRight<8>(rows.low, before.high), alignRight<8>(rows.high, rows.low)};
     }
-    static void store(Vek8u* p, Vek8u* q, std::ptrdiff_t step, U v) {
-        storeLanes32([=](int y) { return (y < 2 ? p : q) + y % 2 * step; }, as<u32x4>(v));
+    static void store(Vek8u* p, Vek8u* row2, std::ptrdiff_t step, U v) {
+        storeLanes32([=](int y) { return (y < 2 ? p : row2) + y % 2 * step; }, as<u32x4>(v));
     }
 };
 
@@ -118,9 +118,9 @@ struct Chroma8 {
     static U oneRow(const Vek8u* p) { return as<U>(splatFrom<u64x4>(p)); }
     static U oneUp(U before, U rows) { return alignRight<8>(rows, highThenLow(before, rows)); }
     static Pairs oneUp(Pairs before, Pairs rows) { return {highThenLow(before.high, rows.high), rows.low}; }
-    static void store(Vek8u* p, Vek8u* q, std::ptrdiff_t step, U v) {
+    static void store(Vek8u* p, Vek8u* row2, std::ptrdiff_t step, U v) {
         storePair8(p, p + step, lowHalf(v));
-        storePair8(q, q + step, highHalf(v));
+        storePair8(row2, row2 + step, highHalf(v));
     }
 #else
     static constexpr int kRows = 2;
@@ -170,7 +170,7 @@ template <class S, bool right, bool below>
     }
     do {
         const Vek8u *const row1 = oneRowOn(src, srcStep), *const row2 = twoRowsOn(src, srcStep);
-        const Vek8u* const row3 = S::kRows == 4 ? oneRowOn(row2, srcStep) : nullptr;
+        const Vek8u* const row3 = S::kRows == 4 ? oneRowOn(row2, srcStep) : row2;
         const auto rowsFrom = [&](int x) { return S::load(src + x, row1 + x, row2 + x, row3 + x); };
         const U rows = rowsFrom(0);
         Pairs pairs;
@@ -228,7 +228,11 @@ template <int W, int first, bool right, bool below>
 template <int W, bool right, bool below>
 [[gnu::noinline]] VekStatus chromaTwoRowsFirst(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
                                                std::ptrdiff_t dstStep, const ChromaPosition& position, Vek32s height) {
-    for (int x = 0; x < W; x += 4) chromaTwoRows<4, right, below>(src + x, srcStep, dst + x, dstStep, position);
+    if constexpr (!right && !below) {
+        copyColumn<W, 2>(src, srcStep, dst, dstStep, 2);
+    } else {
+        for (int x = 0; x < W; x += 4) chromaTwoRows<4, right, below>(src + x, srcStep, dst + x, dstStep, position);
+    }
     if (height == 2) return vekStsOk;
     return chromaColumn<W, right, below>(twoRowsOn(src, srcStep), srcStep, twoRowsOn(dst, dstStep), dstStep, position,
                                          height - 2);
@@ -239,9 +243,8 @@ VekStatus chromaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std
                        const ChromaPosition& position, Vek32s height) {
     if constexpr (W != 2 && W != 4 && W != 8) {
         return chromaTwoColumns < W, W == 6 ? 4 : 8, right, below > (src, srcStep, dst, dstStep, position, height);
-    } else if constexpr (!right && !below) {
-        return copyColumn<W>(src, srcStep, dst, dstStep, height);
     } else if constexpr (W == 2) {
+        if constexpr (!right && !below) return copyColumn<2, 2>(src, srcStep, dst, dstStep, height);
         do {
             chromaTwoRows<2, right, below>(src, srcStep, dst, dstStep, position);
             src = twoRowsOn(src, srcStep), dst = twoRowsOn(dst, dstStep);
@@ -249,8 +252,10 @@ VekStatus chromaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std
         return vekStsOk;
     } else {
         using S = std::conditional_t<W == 4, Chroma4, Chroma8>;
-        if (height % S::kRows != 0) [[unlikely]]
+        constexpr int rows = !right && !below ? 4 : S::kRows;
+        if (height % rows != 0) [[unlikely]]
             return chromaTwoRowsFirst<W, right, below>(src, srcStep, dst, dstStep, position, height);
+        if constexpr (!right && !below) return copyColumn<W, 4>(src, srcStep, dst, dstStep, height);
         chromaGroups<S, right, below>(src, srcStep, dst, dstStep, position, height);
         return vekStsOk;
     }

@@ -13,8 +13,8 @@ using SampleRun =
     std::conditional_t<n == 2, std::uint16_t,
                        std::conditional_t<n == 4, std::uint32_t, std::conditional_t<n == 8, std::uint64_t, u8x16>>>;
 
-// An even number of rows, at least two.
-template <int W>
+// `rows` at a time, 2 or 4; they divide the height.
+template <int W, int rows>
 [[gnu::always_inline]] inline VekStatus copyColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst,
                                                    std::ptrdiff_t dstStep, Vek32s height) {
     const auto twoRows = [&] {
@@ -23,11 +23,10 @@ template <int W>
         store(dst + dstStep, row1);
         src = twoRowsOn(src, srcStep), dst = twoRowsOn(dst, dstStep);
     };
-    for (; height >= 4; height -= 4) {
+    do {
         twoRows();
-        twoRows();
-    }
-    if (height != 0) twoRows();
+        if constexpr (rows == 4) twoRows();
+    } while ((height -= rows) != 0);
     return vekStsOk;
 }
 

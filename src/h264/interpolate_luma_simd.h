@@ -262,6 +262,18 @@ struct Luma16 {
         const U s = loadPair16<U>(row - 2, row + 3);
         return taps.sum(shuffled(s, k0), shuffled(s, k2), shuffled(s, k4));
     }
+    // The half samples b of two rows: columns 0 to 7 of both, then 8 to 15, so that they lie in order when packed.
+    [[gnu::always_inline]] static U horizontalTwo(const SixTaps<U>& taps, const Vek8u* row0, const Vek8u* row1) {
+        static constexpr auto order = [](int first) {
+            return pairsOf([=](int k, int right) { return k % 8 + first + right; });
+        };
+        static constexpr ByteOrder k0 = order(0), k2 = order(2), k4 = order(4), k3 = order(3), k5 = order(5),
+                                   k7 = order(7);
+        const U s = loadPair16<U>(row0 - 2, row1 - 2), right = loadPair16<U>(row0 + 3, row1 + 3);
+        const V low = taps.sum(shuffled(s, k0), shuffled(s, k2), shuffled(s, k4));
+        const V high = taps.sum(shuffled(right, k3), shuffled(right, k5), shuffled(right, k7));
+        return narrowU8(taps.roundOnce(low), taps.roundOnce(high));
+    }
     [[gnu::always_inline]] static U pack(V a, V b) { return shuffle64<0, 2, 1, 3>(narrowU8(a, b)); }
     [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) { return loadPair16<U>(p, p + step); }
     [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) { storePair16(p, p + step, v); }
@@ -317,6 +329,11 @@ class LumaHorizontal {
     LumaHorizontal(const SixTaps<typename S::U>& taps, const Vek8u* p, std::ptrdiff_t step)
         : taps_(taps), p_(p), step_(step) {}
     [[gnu::always_inline]] typename S::U group() {
+        if constexpr (requires { S::horizontalTwo(taps_, p_, p_); }) {
+            const Vek8u* const row0 = p_;
+            p_ = twoRowsOn(p_, step_);
+            return S::horizontalTwo(taps_, row0, row0 + step_);
+        }
         const auto first = rows(), second = rows();
         return S::pack(taps_.roundOnce(first), taps_.roundOnce(second));
     }
@@ -441,7 +458,7 @@ VekStatus lumaKernel(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::
         lumaKernel<first, position>(src, srcStep, dst, dstStep, height);
         return lumaKernel<W - first, position>(src + first, srcStep, dst + first, dstStep, height);
     } else if constexpr (position == 0) {
-        return copyColumn<W>(src, srcStep, dst, dstStep, height);
+        return copyColumn<W, 4>(src, srcStep, dst, dstStep, height);
     } else {
         return lumaColumn<LumaShape<W>, position % 4, position / 4>(src, srcStep, dst, dstStep, height);
     }

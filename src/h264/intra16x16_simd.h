@@ -24,7 +24,10 @@ struct SampleRow {
     static SampleRow allLike(const P* p) {
         using V = std::conditional_t<sizeof(P) == 1, u8x16, u16x8>;
         SampleRow r;
-        for (u8x16& v : r.part) v = as<u8x16>(splatFrom<V>(p));
+        if constexpr (!VEKVC_VECTOR256 && sizeof(P) == 1 && width == 16)
+            r.part[0] = shuffleBytes(loadBytes<u8x16, 4>(p), zero<u8x16>());  // p is in front of a row: three more
+        else
+            for (u8x16& v : r.part) v = as<u8x16>(splatFrom<V>(p));
         return r;
     }
     void write(P* p) const {

@@ -3,6 +3,7 @@
 #define VEKVC_H264_INTRA4X4_SIMD_H
 
 #include <array>
+#include <initializer_list>
 
 #include "core/simd.h"
 #include "h264/intra_plain.h"
@@ -25,9 +26,9 @@ using Intra4x4Kernel = VekStatus (*)(Vek8u* p, std::ptrdiff_t step, Vek32s mode,
     return plain::predictIntra4x4(p, static_cast<Vek32s>(step), mode, available);
 }
 
-// Every sample of a directional mode is average3(a, b, c) of three neighbours: the mean of two of them, (x + y + 1) >> 1,
-// is average3(x, y, x). The neighbours stand in a vector, for the modes that look at the left column too in the order A
-// B C D M I J K L, for the others from A or I on; bytes[0] to bytes[2] say where a, b and c of the 16 samples are.
+// Every sample of a directional mode is average3(a, b, c) of three neighbours: the mean of two of them, (x + y + 1) >>
+// 1, is average3(x, y, x). The neighbours stand in a vector, for the modes that look at both edges in the order A B C D
+// M I J K L, for the others from A or I on; bytes[0] to bytes[2] say where a, b and c of the 16 samples are.
 struct Directions4x4 {
     std::array<std::uint8_t, 16> bytes[3];
 };

@@ -1,4 +1,6 @@
 // H.264 weighted prediction and the averages of two predictions.
+#include <initializer_list>
+
 #include "core/check.h"
 #include "core/kernel.h"
 #include "h264/weight_plain.h"
@@ -33,8 +35,9 @@ template <bool hasOffset>
     const auto width = static_cast<Vek32s>(size);
     if (anyNull(src1.base, src2.base, dst.base)) [[unlikely]]
         return vekStsErrNullPtr;
-    if (src1.step < width || src2.step < width || dst.step < width) [[unlikely]]
-        return vekStsErrStep;
+    for (const std::ptrdiff_t step : {src1.step, src2.step, dst.step})
+        if (static_cast<Vek32s>(step) < width) [[unlikely]]
+            return vekStsErrStep;
     if (!isBlockSize(size)) [[unlikely]]
         return vekStsErrSize;
     return kernel::weightTwo<hasOffset>(src1, src2, dst, size, weighting);

@@ -9,8 +9,8 @@
 
 namespace vekvc::simd {
 
-// ---- blocks of any size: op(a, b) makes the samples of the result; Op::kRows says how many rows of a width it takes at
-// once
+// ---- blocks of any size: op(a, b) makes the samples of the result; Op::kRows says how many rows of a width it takes
+// at once
 
 // One column of a block, R rows at a time, then the rows left over one by one.
 template <int W, class Op>
@@ -85,25 +85,29 @@ template <class T>
 template <int W>
 [[gnu::always_inline]] inline VekStatus averageColumn(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> dst,
                                                       Vek32s height) {
-    constexpr int R = W == 4 ? 4 : 2;
-    if (height % R != 0) [[unlikely]]
+    if (height % 4 != 0) [[unlikely]]
         return averageAnySize(a, b, dst, {W, height});
-#pragma GCC unroll 4
-    for (; height > 0; height -= R) {
+    const auto twoRows = [&] {
+        const auto mean = [&](int y) {
+            return average(loadBytes<u8x16, W>(a.at(0, y)), loadBytes<u8x16, W>(b.at(0, y)));
+        };
+        const u8x16 first = mean(0), second = mean(1);
+        storeBytes<W>(dst.base, first);
+        storeBytes<W>(dst.at(0, 1), second);
+        a.base = groupOn<2>(a.base, a.step), b.base = groupOn<2>(b.base, b.step);
+        dst.base = groupOn<2>(dst.base, dst.step);
+    };
+    do {
         if constexpr (W == 4) {
-            using G = RowGroup<W, R>;
+            using G = RowGroup<4, 4>;
             G::store(dst.base, dst.step, average(G::load(a.base, a.step), G::load(b.base, b.step)));
+            a.base = groupOn<4>(a.base, a.step), b.base = groupOn<4>(b.base, b.step);
+            dst.base = groupOn<4>(dst.base, dst.step);
         } else {
-            const auto mean = [&](int y) {
-                return average(loadBytes<u8x16, W>(a.at(0, y)), loadBytes<u8x16, W>(b.at(0, y)));
-            };
-            const u8x16 first = mean(0), second = mean(1);
-            storeBytes<W>(dst.at(0, 0), first);
-            storeBytes<W>(dst.at(0, 1), second);
+            twoRows();
+            twoRows();
         }
-        a.base = groupOn<R>(a.base, a.step), b.base = groupOn<R>(b.base, b.step);
-        dst.base = groupOn<R>(dst.base, dst.step);
-    }
+    } while ((height -= 4) != 0);
     return vekStsOk;
 }
 template <class T>
@@ -260,8 +264,8 @@ VekStatus weightAnySize(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiS
     return vekStsOk;
 }
 
-// All that the exports leave aside at first. The weighting comes in pieces: whole, it would need room on the stack of the
-// exports.
+// All that the exports leave aside at first. The weighting comes in pieces: whole, it would need room on the stack of
+// the exports.
 [[gnu::noinline, gnu::cold]] inline VekStatus weightTwoRarely(Block<Vek8u> src1, Block<Vek8u> src2,
                                                               MutableBlock<Vek8u> dst, std::uint64_t size,
                                                               Vek32s weight1, Vek32s weight2, Vek32s offset,

@@ -198,8 +198,8 @@ VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
     return {_mm_insert_epi32((loadBytes<V, 4>(low).raw), bits, 1)};
 }
 
-// The rows one and two below p, as values of their own: the compilers would keep multiples of the step in more registers
-// than there are, and short kernels would have to save some.
+// The rows one and two below p, as values of their own: the compilers would keep multiples of the step in more
+// registers than there are, and short kernels would have to save some.
 template <class T>
 VEKVC_SIMD_INLINE T* oneRowOn(T* p, std::ptrdiff_t step) {
     T* row;
