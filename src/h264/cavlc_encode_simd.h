@@ -132,6 +132,7 @@ template <class T>
 }
 
 #else
+// Without the gathering of bits the walk over the levels stays.
 using plain::analyzeCavlc4x4;
 #endif
 

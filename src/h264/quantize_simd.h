@@ -5,15 +5,13 @@
 #include <bit>
 
 #include "h264/quantize_plain.h"
-#include "h264/transform_simd.h"
+#include "h264/transform_dc_simd.h"
 
 namespace vekvc::simd {
 
-using plain::dequantChromaDCSISP;
-using plain::dequantTransformResidualSISP;
-using plain::genScaleLevel;
 using plain::LevelCount;
 using plain::QuantRounding;
+using plain::SpQuantizers;
 
 #if VEKVC_VECTOR256
 using Levels16 = i16x16;
@@ -167,16 +165,32 @@ inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek32s* pDst, const V
 
 template <int rows, int columns, class C>
 void forwardDC(C* pSrcDst) {
-    if constexpr (columns == 2) {
-        store(pSrcDst, hadamard(plain::loadValues<2 * rows>(pSrcDst)));
-    } else if constexpr (sizeof(C) == 4) {
-        plain::forwardDC<rows, columns>(pSrcDst);  // its sums need more than 32 bits
-    } else {
+    if constexpr (rows == 2) {
+        storeWrap4(pSrcDst, hadamard2x2(pSrcDst));
+    } else if constexpr (columns == 2 && sizeof(C) == 2) {
+        store(pSrcDst, hadamard2x4(load<i16x8>(pSrcDst)));
+    } else if constexpr (columns == 2) {
+        const Rows<i32x4> f = hadamard2x4({load<i32x4>(pSrcDst), load<i32x4>(pSrcDst + 4)});
+        store(pSrcDst, f.top);
+        store(pSrcDst + 4, f.bottom);
+    } else if constexpr (sizeof(C) == 2) {
         i32x4 w[4];
         for (int i = 0; i < 4; ++i) w[i] = loadWide4(pSrcDst + 4 * i);
         hadamard4(w);
         store(pSrcDst, narrowWrap(w[0] >> 1, w[1] >> 1));
         store(pSrcDst + 8, narrowWrap(w[2] >> 1, w[3] >> 1));
+    } else {
+        // The sums need more than 32 bits, but not those of the values' halves and of the bits that the halves lack: of
+        // c = 2h + l, half the transform is the transform of h and half that of l.
+        i32x4 h[4], l[4];
+        for (int i = 0; i < 4; ++i) {
+            const i32x4 c = load<i32x4>(pSrcDst + 4 * i);
+            h[i] = c >> 1;
+            l[i] = c & constant<i32x4, 1>();
+        }
+        hadamard4(h);
+        hadamard4(l);
+        for (int i = 0; i < 4; ++i) store(pSrcDst + 4 * i, h[i] + (l[i] >> 1));
     }
 }
 
@@ -200,6 +214,56 @@ LevelCount quantizeDC(const C* pSrc, C* pDst, Vek32s multiplier, QuantRounding r
         counter.add(isZero, pScanPos ? load<i16x8>(pScanPos + k) : lanes<i16x8>(0, 1, 2, 3, 4, 5, 6, 7));
     }
     return counter.result(n < 8 ? 8 : n);
+}
+
+// ---- scales
+
+template <int n>
+void genScaleLevel(const Vek8u* pSrc, Vek16s* pDstInv, Vek16s* pDstFwd, int qpMod6) {
+    const auto weights = plain::loadValues<n>(pSrc);
+    const Vek16s* norms = n == 16 ? h264::flatMultipliers4x4[qpMod6].data() : h264::normAdjusts8x8[qpMod6].data();
+    const Vek16s* multipliers =
+        n == 16 ? h264::forwardMultipliers4x4[qpMod6].data() : h264::forwardMultipliers8x8[qpMod6].data();
+    for (int k = 0; k < n; k += 8) {
+        const i16x8 weight = widenLow(loadBytes<u8x16, 8>(&weights[k]));
+        store(pDstInv + k, weight * load<i16x8>(norms + k));
+        // A quotient of 14 bits by 8 bits that is not whole lies further from the next whole number than a float errs,
+        // whatever the rounding mode.
+        const i16x8 dividend = load<i16x8>(multipliers + k) + (weight >> 1), divisor = max(weight, splat<i16x8>(1));
+        const i16x8 quotient = narrowI16(truncate(toFloat(widenLow(dividend)) / toFloat(widenLow(divisor))),
+                                         truncate(toFloat(widenHigh(dividend)) / toFloat(widenHigh(divisor))));
+        store(pDstFwd + k, andNot(weight == zero<i16x8>(), quotient));
+    }
+}
+
+// ---- SP and SI slices (8.6)
+
+// Requantized levels (see plain::requantized); `weights` are normAdjust4x4 * A of 8.6.1.
+VEKVC_SIMD_INLINE i32x4 requantized(i32x4 level, i32x4 pred, i32x4 multiplier, i32x4 weights, SpQuantizers q,
+                                    int dcShift) {
+    const QuantRounding nearest = {15 + dcShift + q.qs / 6, 1 << (14 + dcShift + q.qs / 6)};
+    if (q.isSwitching) return level + quantized32(pred, multiplier, nearest);
+    return quantized32(pred + ((level * weights << q.qp / 6) >> (6 - dcShift)), multiplier, nearest);
+}
+
+inline void dequantTransformResidualSISP(Vek16s* pSrcDst, const Vek16s* pPred, const Vek16s* pDC, SpQuantizers q) {
+    const auto row = [&](int k) {
+        return requantized(loadWide4(pSrcDst + k), loadWide4(pPred + k),
+                           loadWide4(&h264::forwardMultipliers4x4[q.qs % 6][k]),
+                           loadWide4(&h264::spWeights4x4[q.qp % 6][k]), q, 0);
+    };
+    const Scaler<i16x8> scaler = makeScaler(nullptr, q.qs);
+    Rows<i16x8> w = {scaler.top(narrowWrap(row(0), row(4))), scaler.bottom(narrowWrap(row(8), row(12)))};
+    if (pDC) w = withDC(w, load<Vek16s>(pDC));
+    w = swapBottom(inverse4x4(w));
+    storeRows(pSrcDst, {rounded(w.top), rounded(w.bottom)});
+}
+
+inline void dequantChromaDCSISP(Vek16s* pSrcDst, const Vek16s* pPred, SpQuantizers q) {
+    storeWrap4(pSrcDst, requantized(loadWide4(pSrcDst), hadamard2x2(pPred),
+                                    splat<i32x4>(h264::forwardMultipliers4x4[q.qs % 6][0]),
+                                    splat<i32x4>(h264::spWeights4x4[q.qp % 6][0]), q, 1));
+    inverseChromaDC2x2(pSrcDst, q.qs, h264::flatLevelScale4x4[q.qs % 6][0]);
 }
 
 }  // namespace vekvc::simd

@@ -6,7 +6,7 @@
 
 #include "h264/intra_simd.h"
 #include "h264/reconstruct_plain.h"
-#include "h264/transform_simd.h"
+#include "h264/transform_dc_simd.h"
 
 namespace vekvc::simd {
 

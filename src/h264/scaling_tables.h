@@ -89,6 +89,29 @@ inline constexpr ScaleBySixths<16> forwardMultipliers4x4 = [] {
     return scale;
 }();
 
+// The same for 8x8 blocks, with the normAdjust8x8 to which they belong.
+inline constexpr ScaleBySixths<64> normAdjusts8x8 = [] {
+    ScaleBySixths<64> scale{};
+    for (int m = 0; m < 6; ++m)
+        for (int k = 0; k < 64; ++k) scale[m][k] = static_cast<Vek16s>(normAdjust8x8(m, k));
+    return scale;
+}();
+inline constexpr ScaleBySixths<64> forwardMultipliers8x8 = [] {
+    ScaleBySixths<64> scale{};
+    for (int m = 0; m < 6; ++m)
+        for (int k = 0; k < 64; ++k) scale[m][k] = static_cast<Vek16s>(forwardMultiplier8x8(m, k));
+    return scale;
+}();
+
+// The weights of levels in SP slices: normAdjust4x4 * A (8.6.1).
+inline constexpr ScaleBySixths<16> spWeights4x4 = [] {
+    constexpr int a[3] = {16, 25, 20};
+    ScaleBySixths<16> scale{};
+    for (int m = 0; m < 6; ++m)
+        for (int k = 0; k < 16; ++k) scale[m][k] = static_cast<Vek16s>(normAdjust4x4(m, k) * a[class4x4(k)]);
+    return scale;
+}();
+
 // Scan index of each raster position of the zig-zag scan (8.5.6).
 inline constexpr Scale<16> zigzagPosition = {{0, 1, 5, 6, 2, 4, 7, 12, 3, 8, 11, 13, 9, 10, 14, 15}};
 

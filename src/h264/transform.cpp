@@ -4,7 +4,7 @@
 #include "h264/transform_plain.h"
 #include "vekvc/h264_transform.h"
 #if VEKVC_SIMD
-#include "h264/transform_simd.h"
+#include "h264/transform_dc_simd.h"
 #endif
 
 using namespace vekvc;

@@ -72,6 +72,9 @@ VEKVC_SIMD_INLINE i32x4 truncate(f32x4 a) { return {_mm_cvttps_epi32(_mm_castsi1
 VEKVC_SIMD_INLINE f32x4 operator*(f32x4 a, f32x4 b) {
     return {_mm_castps_si128(_mm_mul_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
 }
+VEKVC_SIMD_INLINE f32x4 operator/(f32x4 a, f32x4 b) {
+    return {_mm_castps_si128(_mm_div_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
+}
 // b where one of the two is not a number.
 VEKVC_SIMD_INLINE f32x4 min(f32x4 a, f32x4 b) {
     return {_mm_castps_si128(_mm_min_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
