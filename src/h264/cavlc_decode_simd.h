@@ -160,7 +160,7 @@ template <class T, class Layout>
         const Vek32s slot = load<Vek32s>(table + 1 + window.top(width));
         const int step = kRunBefore[zerosLeft].step[window.bits() >> 61];
         // The slot of this code: 256 * run_before + the bits looked up that are not the code's.
-        if (slot == width + (zerosLeft << 8) - step) [[likely]] {
+        if (slot == width + (zerosLeft << 8) - step && (slot & 0x80) == 0) [[likely]] {
             store<T>(block + layout.position(index), static_cast<T>(levels[i]));
             window.drop(step & 63);
             index -= zerosLeft - (step >> 8) + 1;

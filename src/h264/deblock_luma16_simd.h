@@ -18,10 +18,11 @@ using Lines16u = u16x8;
 using SignedLines16u = Vec<std::int16_t, Lines16u::kBytes / 2>;
 inline constexpr int kLines16u = Lines16u::kBytes / 2;
 
-// Per line: alpha, beta, tc0, the largest sample, and all ones where the line has a strength, where it has 4.
+// Per line: alpha, (alpha >> 2) + 2, beta, tc0, the largest sample, and all ones where the line has a strength, where it
+// has 4.
 template <class S>
 struct LineLimits16u {
-    S alpha, beta, tC0, maxSample, active, strong;
+    S alpha, closeLimit, beta, tC0, maxSample, active, strong;
 };
 
 template <class S>
@@ -64,8 +65,7 @@ template <class S>
     lines[4] = limit(zeros, l.maxSample, q0 - delta);
     if (!anyStrong) return;
 
-    const S closeLimit = (l.alpha >> 2) + constant<S, 2>();
-    const S strong = mask & l.strong, close = (closeLimit > distance(p0, q0)) & strong;
+    const S strong = mask & l.strong, close = (l.closeLimit > distance(p0, q0)) & strong;
     const auto quarter = [](S x) { return as<S>(as<U>(x + constant<S, 2>()) >> 2); };
     const StrongSide16u<S> p = strongSide16u(p3, p2, p1, p0, q0, q1), q = strongSide16u(q3, q2, q1, q0, p0, p1);
     const S useP = ap & close, useQ = aq & close;
@@ -113,11 +113,9 @@ struct LumaEdges16u {
         using U = Vec<std::uint16_t, S::kBytes / 2>;
         const U tC0 = min(as<U>(splatFrom<Words>(o.thresholds + 4 * e)), constant<U, 20000>());
         const WideBytes strengths = shuffleBytes(bS, segments(e, first));
-        return {limit16u<S>(o.alpha + (e != 0)),
-                limit16u<S>(o.beta + (e != 0)),
-                as<S>(shuffleBytes(tC0, load<WideBytes>(kWords + 2 * first))),
-                splat<S>(o.maxSample),
-                as<S>(hasStrength(strengths)),
+        return {limit16u<S>(o.alpha + (e != 0)), as<S>((splatFrom<U>(o.alpha + (e != 0)) >> 2) + constant<U, 2>()),
+                limit16u<S>(o.beta + (e != 0)),  as<S>(shuffleBytes(tC0, load<WideBytes>(kWords + 2 * first))),
+                splat<S>(o.maxSample),           as<S>(hasStrength(strengths)),
                 as<S>(isStrong(strengths))};
     }
     // The columns of the segments with a strength, in the four rows above edge e, or below the last one.
@@ -268,6 +266,7 @@ void deblockLumaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limi
     const u8x16 active = hasStrength(strengths), strong = isStrong(strengths);
     const u16x8 tC0 = min(loadBytes<u16x8, 8>(thresholds), constant<u16x8, 20000>());
     const LineLimits16u<i16x8> l{splat<i16x8>(limits.alpha < 32767 ? limits.alpha : 32767),
+                                 splat<i16x8>((limits.alpha >> 2) + 2),
                                  splat<i16x8>(limits.beta < 32767 ? limits.beta : 32767),
                                  as<i16x8>(shuffleBytes(tC0, load<u8x16>(kWords))),
                                  splat<i16x8>(limits.maxSample),

@@ -5,6 +5,8 @@
 #ifndef VEKVC_H264_DEBLOCK_LUMA_SIMD_H
 #define VEKVC_H264_DEBLOCK_LUMA_SIMD_H
 
+#include <algorithm>
+
 #include "core/memory.h"
 #include "core/simd.h"
 #include "h264/deblock_plain.h"
@@ -405,7 +407,10 @@ void deblockLumaVertical(const DeblockOperands<T>& o) requires(sizeof(T) == 1) {
         }
         return;
     }
-    if (edges.isOn(0)) loadLeft(r, o.pixels, o.step, edges.on & 15);
+    if (edges.isOn(0))
+        loadLeft(r, o.pixels, o.step, edges.on & 15);
+    else
+        std::fill_n(r, 4, zero<u8x16>());
     if (edges.on == 0xFFFF) {
         loadColumns(r + 4, [&](int i) { return load<u8x16>(row(i)); });
         filterEdges(columns, edges);

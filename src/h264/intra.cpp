@@ -16,6 +16,9 @@ VekStatus vekiPredictIntra_4x4_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, V
         return vekStsErrStep;
     if (outside(predMode, 0, 8)) [[unlikely]]
         return vekStsErrOutOfRange;
+    // Rows without a gap: a row's left sample is the last one of the row above it.
+    if (srcDstStep == 4) [[unlikely]]
+        return plain::predictIntra4x4(pSrcDst, srcDstStep, predMode, static_cast<Vek32u>(availability));
     return kernel::predictIntra4x4(pSrcDst, srcDstStep, predMode, static_cast<Vek32u>(availability));
 }
 
@@ -35,5 +38,7 @@ VekStatus vekiPredictIntraChroma8x8_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstSt
         return vekStsErrStep;
     if (outside(predMode, 0, 3)) [[unlikely]]
         return vekStsErrOutOfRange;
+    if (srcDstStep == 8) [[unlikely]]  // likewise
+        return plain::predictIntraChroma8x8(pSrcDst, srcDstStep, predMode, static_cast<Vek32u>(availability));
     return kernel::predictIntraChroma8x8(pSrcDst, srcDstStep, predMode, static_cast<Vek32u>(availability));
 }

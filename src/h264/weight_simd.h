@@ -179,7 +179,9 @@ template <bool hasOffset>
 constexpr bool fitsTwo(const Weighting& w) {
     const Vek32u bytes = fromLeastByte(w.weight1) | fromLeastByte(w.weight2);
     if (!hasOffset) return bytes < 256 && w.shift - 1 < 7;
-    return (bytes | fromLeastByte(w.offset) | fromLeastByte(w.weight1 + w.weight2 - 1)) < 256 && w.shift - 1 < 8;
+    // The sum wraps for weights that `bytes` refuses.
+    const Vek32u sum = static_cast<Vek32u>(w.weight1) + static_cast<Vek32u>(w.weight2) - 1;
+    return (bytes | fromLeastByte(w.offset) | fromLeastByte(static_cast<Vek32s>(sum))) < 256 && w.shift - 1 < 8;
 }
 [[gnu::always_inline]] inline i16x8 lowest(Vek32s x) { return loadBytes<i16x8, 4>(&x); }
 [[gnu::always_inline]] inline i16x8 twoBytes(Vek32s low, Vek32s high) { return lowest((low & 255) | high * 256); }

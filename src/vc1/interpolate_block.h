@@ -67,7 +67,7 @@ void withReference(const VekVC1InterpolationBlockParams& b, VekiSize size, Reach
     const std::ptrdiff_t width = b.sizeFrame.width;
     if (std::min({size.width, size.height, b.sizeFrame.width}) < 1 || rows.count < 1) return;
 
-    Interpolation p{nullptr, rows.step, b.pDst, b.dstStep, b.dx & 3, b.dy & 3, b.roundControl & 1, size};
+    Interpolation p{nullptr, rows.step, b.pDst, b.dstStep, b.dx & 3, b.dy & 3, b.roundControl & 1, b.sizeBlock};
     const Reach across = p.dx != 0 ? reach : Reach{0, 0}, down = p.dy != 0 ? reach : Reach{0, 0};
     const std::ptrdiff_t left = std::ptrdiff_t{b.x} - across.before, top = std::ptrdiff_t{b.y} - down.before;
     const int columnCount = across.before + size.width + across.behind;

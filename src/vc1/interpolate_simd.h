@@ -232,7 +232,7 @@ constexpr auto bicubicBlocks(std::integer_sequence<int, i...>) {
         static constexpr auto kBlocks = bicubicBlocks(std::make_integer_sequence<int, 16>());
         return kBlocks[static_cast<std::size_t>(modes & 15)](src, srcStep, dst, dstStep, RND, size);
     }
-    return plain::interpolateBicubic({src, srcStep, dst, dstStep, dx, dy, RND, size});
+    return plain::interpolateBicubic({src, srcStep, dst, dstStep, dx, dy, RND, block});
 }
 
 VEKVC_SIMD_INLINE VekStatus interpolateBicubic(const Interpolation& p) {

@@ -196,4 +196,19 @@ TEST(H264Intra, ChromaHalvesAreTakenApart) {
     EXPECT_EQ(b.samples, d.samples);
 }
 
+// With the least step a row's left sample is the last one of the row above it: predicted when the block begins.
+TEST(H264Intra, RowsWithoutAGap) {
+    Vek8u samples[96];
+    const auto fill = [&] {
+        for (int i = 0; i < 96; ++i) samples[i] = static_cast<Vek8u>(i * 37);
+    };
+    fill();
+    ASSERT_EQ(vekiPredictIntraChroma8x8_H264_8u_C1IR(samples + 16, 8, 0, 3), vekStsOk);
+    EXPECT_EQ(samples[16 + 32], 113);
+    EXPECT_EQ(samples[16 + 36], 114);
+    fill();
+    ASSERT_EQ(vekiPredictIntra_4x4_H264_8u_C1IR(samples + 16, 4, 1, 3), vekStsOk);
+    for (int y = 0; y < 4; ++y) EXPECT_EQ(samples[16 + 4 * y], static_cast<Vek8u>((15 + 4 * y) * 37));
+}
+
 }  // namespace

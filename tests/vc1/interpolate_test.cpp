@@ -227,8 +227,8 @@ TEST(VC1InterpolationBlock, EqualsTheDirectFormOnAnExtendedFrame) {
         const Vek8u* top = number(0, 2) == 0 ? nullptr : tables[0];
         const Vek8u* bottom = number(0, 2) == 0 ? nullptr : tables[1];
         if (number(0, 2) == 0) top = bottom = nullptr;
-        constexpr VekiSize kSizes[] = {{8, 8}, {16, 8}, {16, 16}, {8, 4}, {4, 4}, {5, 7}};
-        const VekiSize size = kSizes[number(0, 5)];
+        constexpr VekiSize kSizes[] = {{8, 8}, {16, 8}, {16, 16}, {8, 4}, {4, 4}, {5, 7}, {10, 16}, {1, 32}};
+        const VekiSize size = kSizes[number(0, 7)];
 
         std::vector<Vek8u> frame(static_cast<std::size_t>(width * height * form.channels));
         for (Vek8u& s : frame) s = static_cast<Vek8u>(random());
