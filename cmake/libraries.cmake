@@ -48,10 +48,13 @@ set_target_properties(vekcore PROPERTIES LINKER_LANGUAGE C VERSION 6.1 SOVERSION
 
 # ---- the vekvc variants
 
-set(vekvc_families core common mpeg2 h264 vc1)
+# One folder of src/ each, with a list of its exports.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/families.txt)
+file(STRINGS ${PROJECT_SOURCE_DIR}/src/families.txt vekvc_families)
 list(TRANSFORM vekvc_families REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/src/\\1/exports.txt" OUTPUT_VARIABLE vekvc_export_lists)
 vekvc_write_map(${PROJECT_BINARY_DIR}/vekvc.map ${vekvc_export_lists})
-file(GLOB vekvc_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*.cpp)
+list(TRANSFORM vekvc_families REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/src/\\1/*.cpp" OUTPUT_VARIABLE vekvc_source_patterns)
+file(GLOB vekvc_sources CONFIGURE_DEPENDS ${vekvc_source_patterns})
 
 # code, instruction set, glibc-hwcaps folder ("" : the library folder itself, "-" : not found by the loader)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")

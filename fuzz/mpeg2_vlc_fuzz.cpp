@@ -4,6 +4,8 @@
 #include "mpeg2/block_decode_plain.h"
 #include "mpeg2/block_decode_simd.h"
 #include "vekvc.h"
+#include "vlc/huffman_plain.h"
+#include "vlc/huffman_simd.h"
 
 namespace {
 

@@ -15,5 +15,6 @@
 #include "vekvc/mpeg2.h"
 #include "vekvc/types.h"
 #include "vekvc/vc1.h"
+#include "vekvc/vlc.h"
 
 #endif

@@ -2,7 +2,7 @@
 #ifndef VEKVC_H264_CAVLC_DECODE_H
 #define VEKVC_H264_CAVLC_DECODE_H
 
-#include "core/vlc.h"
+#include "vlc/look_up.h"
 
 namespace vekvc {
 

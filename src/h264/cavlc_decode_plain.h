@@ -3,8 +3,8 @@
 #define VEKVC_H264_CAVLC_DECODE_PLAIN_H
 
 #include "core/arith.h"
-#include "core/vlc.h"
 #include "h264/cavlc_decode.h"
+#include "vlc/look_up.h"
 
 namespace vekvc::plain {
 

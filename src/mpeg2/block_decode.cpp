@@ -34,20 +34,6 @@ VekStatus decodeIntra(Vek32u** ppBitStream, Vek32s* pBitOffset, const BlockDc& d
 
 using namespace vekvc;
 
-VekStatus vekiDecodeHuffmanOne_1u32s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek32s* pDst,
-                                     const VekVlcTable_32s* pDecodeTable) {
-    if (anyNull(ppBitStream, pBitOffset, pDecodeTable)) return vekStsErrNullPtr;
-    if (anyNull(load<Vek32u*>(ppBitStream), pDst)) return vekStsErrNullPtr;
-    return kernel::decodeHuffmanOne(ppBitStream, pBitOffset, pDst, pDecodeTable);
-}
-
-VekStatus vekiDecodeHuffmanPair_1u16s(Vek32u** ppBitStream, Vek32s* pBitOffset, const VekVlcTable_32s* pDecodeTable,
-                                      Vek8u* pFirst, Vek16s* pSecond) {
-    if (anyNull(ppBitStream, pBitOffset, pDecodeTable, pFirst, pSecond)) return vekStsErrNullPtr;
-    if (anyNull(load<Vek32u*>(ppBitStream))) return vekStsErrNullPtr;
-    return kernel::decodeHuffmanPair(ppBitStream, pBitOffset, pDecodeTable, pFirst, pSecond);
-}
-
 VekStatus vekiReconstructDCTBlock_MPEG1_32s(Vek32u** ppBitStream, Vek32s* pBitOffset,
                                             const VekVlcTable_32s* pFirstCoefTable, const VekVlcTable_32s* pACTable,
                                             const Vek32s* pScanMatrix, Vek32s QP, const Vek16s* pQuantMatrix,

@@ -3,8 +3,8 @@
 #define VEKVC_MPEG2_BLOCK_DECODE_H
 
 #include "core/arith.h"
-#include "core/vlc.h"
-#include "mpeg2/code_list.h"
+#include "vlc/code_list.h"
+#include "vlc/look_up.h"
 
 namespace vekvc {
 

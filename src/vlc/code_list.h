@@ -1,6 +1,6 @@
-// Reading a caller's code list (include/vekvc/mpeg2.h describes the format).
-#ifndef VEKVC_MPEG2_CODE_LIST_H
-#define VEKVC_MPEG2_CODE_LIST_H
+// Reading a caller's code list (include/vekvc/vlc.h describes the format).
+#ifndef VEKVC_VLC_CODE_LIST_H
+#define VEKVC_VLC_CODE_LIST_H
 
 #include "core/arith.h"
 #include "core/memory.h"

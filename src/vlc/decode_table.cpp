@@ -1,9 +1,9 @@
 // Builders of the decode tables. They run once per table and have one form only.
 #include "core/check.h"
-#include "core/vlc.h"
-#include "mpeg2/code_list.h"
 #include "vekcore.h"
-#include "vekvc/mpeg2.h"
+#include "vekvc/vlc.h"
+#include "vlc/code_list.h"
+#include "vlc/look_up.h"
 
 namespace vekvc {
 namespace {

@@ -1,8 +1,8 @@
-// Builder of the run/level encode table; include/vekvc/mpeg2.h describes its words.
+// Builder of the run/level encode table; include/vekvc/vlc.h describes its words.
 #include "core/check.h"
-#include "mpeg2/code_list.h"
 #include "vekcore.h"
-#include "vekvc/mpeg2.h"
+#include "vekvc/vlc.h"
+#include "vlc/code_list.h"
 
 namespace vekvc {
 namespace {

@@ -1,6 +1,6 @@
-// Looking up a code in a multi-level decode table; the layout is described in include/vekvc/mpeg2.h.
-#ifndef VEKVC_CORE_VLC_H
-#define VEKVC_CORE_VLC_H
+// Looking up a code in a multi-level decode table; the layout is described in include/vekvc/vlc.h.
+#ifndef VEKVC_VLC_LOOK_UP_H
+#define VEKVC_VLC_LOOK_UP_H
 
 #include "core/bits.h"
 
