@@ -3,6 +3,7 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -24,10 +25,10 @@ std::uint8_t toByte(double v) { return static_cast<std::uint8_t>(std::clamp(v + 
 class PngOutput : public FrameOutput {
   public:
     PngOutput(std::string directory, Overlay overlay, DrawOverlay draw)
-        : directory_(std::move(directory)), overlay_(overlay), draw_(draw) {
-        std::filesystem::create_directories(directory_);
-    }
+        : directory_(std::move(directory)), overlay_(overlay), draw_(draw) {}
     void add(const Frame& frame) override {
+        if (!made_) std::filesystem::create_directories(directory_);
+        made_ = true;
         Image image = toImage(frame);
         if (overlay_ != Overlay::None) draw_(image, frame, overlay_);
         char name[32];
@@ -39,6 +40,7 @@ class PngOutput : public FrameOutput {
     std::string directory_;
     Overlay overlay_;
     DrawOverlay draw_;
+    bool made_ = false;
 };
 
 // Keeps every frame at first; when twice as many are kept as the sheet shows, every second one is let go.
@@ -52,7 +54,7 @@ class SheetOutput : public FrameOutput {
         if (overlay_ != Overlay::None) draw_(image, frame, overlay_);
         kept_.push_back(shrink(image));
         if (kept_.size() < 2 * kShown) return;
-        for (std::size_t i = 0; i < kShown; ++i) kept_[i] = std::move(kept_[2 * i]);
+        for (std::size_t i = 1; i < kShown; ++i) kept_[i] = std::move(kept_[2 * i]);
         kept_.resize(kShown);
         interval_ *= 2;
     }
@@ -143,8 +145,13 @@ void writePng(const Image& image, const std::string& file) {
     png.width = static_cast<png_uint_32>(image.width);
     png.height = static_cast<png_uint_32>(image.height);
     png.format = PNG_FORMAT_RGB;
-    if (png_image_write_to_file(&png, file.c_str(), 0, image.rgb.data(), 0, nullptr) == 0)
-        throw std::runtime_error("cannot write " + file + ": " + png.message);
+    // libpng's own way to a named file removes the name if the writing fails, be it a device.
+    std::FILE* out = std::fopen(file.c_str(), "wb");
+    if (out == nullptr) throw std::runtime_error("cannot write " + file + ": " + std::strerror(errno));
+    const bool written = png_image_write_to_stdio(&png, out, 0, image.rgb.data(), 0, nullptr) != 0;
+    const bool closed = std::fclose(out) == 0;
+    if (!written) throw std::runtime_error("cannot write " + file + ": " + png.message);
+    if (!closed) throw std::runtime_error("cannot write " + file + ": " + std::strerror(errno));
 }
 
 std::unique_ptr<FrameOutput> makePngOutput(const std::string& directory, Overlay overlay, DrawOverlay draw) {

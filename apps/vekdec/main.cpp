@@ -1,10 +1,14 @@
 // vekdec: decodes video with nothing but the exports of vekvc, and shows what it decoded.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cerrno>
-#include <chrono>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <stdexcept>
 
@@ -28,22 +32,67 @@ struct Options {
     int bench = 0;
 };
 
-std::vector<std::uint8_t> readFile(const std::string& name) {
+// The whole stream; what does not begin like one is not read on, for a device may never end.
+std::vector<std::uint8_t> readStream(const std::string& name) {
     std::FILE* file = name == "-" ? stdin : std::fopen(name.c_str(), "rb");
     if (file == nullptr) throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
+    const auto closed = [](std::FILE* f) {
+        if (f != stdin) std::fclose(f);
+    };
+    const std::unique_ptr<std::FILE, decltype(closed)> owner(file, closed);
     std::vector<std::uint8_t> bytes;
-    std::error_code unknown;  // of a pipe
-    const auto size = std::filesystem::file_size(name, unknown);
-    if (!unknown) bytes.reserve(size);
+    bool known = false;
+    const auto sniff = [&] {
+        if (!h264::looksLikeH264(bytes))
+            throw std::runtime_error(name +
+                                     " is no video stream that vekdec knows (H.264 in a byte stream with start codes)");
+        known = true;
+        std::error_code unknown;  // of a pipe
+        const auto size = std::filesystem::file_size(name, unknown);
+        if (!unknown) bytes.reserve(size);
+    };
     std::uint8_t chunk[1 << 16];
-    for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;)
+    for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;) {
         bytes.insert(bytes.end(), chunk, chunk + n);
-    const bool failed = std::ferror(file) != 0;
-    const int error = errno;
-    if (file != stdin) std::fclose(file);
-    if (failed) throw std::runtime_error("cannot read " + name + ": " + std::strerror(error));
+        if (!known && bytes.size() >= h264::kBytesToKnow) sniff();
+    }
+    if (std::ferror(file) != 0) throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
+    if (bytes.empty()) throw std::runtime_error(name + " is empty");
+    if (!known) sniff();
     return bytes;
 }
+
+// Sentences about damage. They wait until a frame shows that anything could be decoded at all; after the first ten they
+// are counted only.
+class Reports {
+  public:
+    explicit Reports(const std::string& name) : name_(name) {}
+    void add(const std::string& sentence) {
+        if (++count_ > kMost) return;
+        first_.push_back(sentence);
+        if (released_) print(sentence);
+    }
+    void release() {
+        if (!released_)
+            for (const std::string& sentence : first_) print(sentence);
+        released_ = true;
+    }
+    void finish() {
+        release();
+        if (count_ > kMost) print("and " + std::to_string(count_ - kMost) + " more such reports");
+    }
+    // Why nothing was decoded, as far as the stream told.
+    std::string reason() const { return first_.empty() ? "" : ": " + first_.front(); }
+
+  private:
+    static constexpr long kMost = 10;
+    void print(const std::string& sentence) { std::fprintf(stderr, "%s: %s\n", name_.c_str(), sentence.c_str()); }
+
+    const std::string& name_;
+    std::vector<std::string> first_;
+    long count_ = 0;
+    bool released_ = false;
+};
 
 std::vector<std::unique_ptr<FrameOutput>> makeOutputs(const Options& options) {
     std::vector<std::unique_ptr<FrameOutput>> outputs;
@@ -80,49 +129,61 @@ void printStatistics(const h264::Statistics& s) {
 int decodeOnce(const Options& options, const std::vector<std::uint8_t>& stream) {
     auto outputs = makeOutputs(options);
     Progress progress(!options.quiet && options.output != "-" && !options.md5);
+    Reports reports(options.input);
     long shown = 0;
     const auto sink = [&](const Frame& frame) {
-        if (frame.number < options.skip || (options.frames >= 0 && frame.number >= options.skip + options.frames))
+        reports.release();
+        if (frame.number < options.skip || (options.frames >= 0 && frame.number - options.skip >= options.frames))
             return;
         ++shown;
         for (auto& output : outputs) output->add(frame);
     };
-    h264::Decoder decoder(sink, [&](const std::string& sentence) {
-        std::fprintf(stderr, "%s: %s\n", options.input.c_str(), sentence.c_str());
-    });
+    h264::Decoder decoder(sink, [&](const std::string& sentence) { reports.add(sentence); });
     decoder.decode(stream, [&](std::size_t done) {
         progress.show(shown, done, stream.size());
         return options.frames < 0 || shown < options.frames;
     });
-    bool good = true;
+    const h264::Statistics& statistics = decoder.statistics();
+    if (statistics.frames == 0 && options.frames != 0)
+        throw std::runtime_error(options.input + ": nothing could be decoded" + reports.reason());
+    reports.finish();
+    bool good = statistics.damagedSlices == 0;
+    if (shown == 0 && options.frames != 0) {
+        std::fprintf(stderr, "%s: no frame is left behind the first %ld: it has %ld\n", options.input.c_str(),
+                     options.skip, statistics.frames);
+        good = false;
+    }
     for (auto& output : outputs) good = output->finish() && good;
-    if (options.stats) printStatistics(decoder.statistics());
-    return good && decoder.statistics().damagedSlices == 0 ? kOk : kDamaged;
+    if (options.stats) printStatistics(statistics);
+    return good ? kOk : kDamaged;
 }
 
 int benchmark(const Options& options, const std::vector<std::uint8_t>& stream) {
     double best = 0;
+    bool good = true;
     for (int i = 0; i < options.bench; ++i) {
-        h264::Decoder decoder([](const Frame&) {}, [](const std::string&) {});
+        std::string reason;
+        h264::Decoder decoder([](const Frame&) {},
+                              [&](const std::string& sentence) {
+                                  if (reason.empty()) reason = ": " + sentence;
+                              });
         decoder.decode(stream);
-        const double rate = static_cast<double>(decoder.statistics().frames) / decoder.statistics().secondsTotal;
-        std::printf("%ld frames in %.3f s: %.1f frames per second\n", decoder.statistics().frames,
-                    decoder.statistics().secondsTotal, rate);
+        const h264::Statistics& statistics = decoder.statistics();
+        if (statistics.frames == 0) throw std::runtime_error(options.input + ": nothing could be decoded" + reason);
+        const double rate = static_cast<double>(statistics.frames) / statistics.secondsTotal;
+        std::printf("%ld frames in %.3f s: %.1f frames per second\n", statistics.frames, statistics.secondsTotal, rate);
         if (rate > best) best = rate;
-        if (i + 1 == options.bench && options.stats) printStatistics(decoder.statistics());
+        if (i + 1 == options.bench && options.stats) printStatistics(statistics);
+        good = good && statistics.damagedSlices == 0;
     }
     std::printf("best: %.1f frames per second\n", best);
-    return kOk;
+    return good ? kOk : kDamaged;
 }
 
 int run(const Options& options) {
     if (options.memory == "before") h264::setMemoryMode(h264::MemoryMode::GuardBefore);
     if (options.memory == "behind") h264::setMemoryMode(h264::MemoryMode::GuardBehind);
-    const auto stream = readFile(options.input);
-    if (stream.empty()) throw std::runtime_error(options.input + " is empty");
-    if (!h264::looksLikeH264(stream))
-        throw std::runtime_error(options.input +
-                                 " is no video stream that vekdec knows (H.264 in a byte stream with start codes)");
+    const auto stream = readStream(options.input);
     return options.bench > 0 ? benchmark(options, stream) : decodeOnce(options, stream);
 }
 
@@ -131,36 +192,57 @@ std::string versionText() {
     return std::string("vekdec on ") + v->libraryName + ", version " + v->versionText;
 }
 
-}  // namespace
+// A number from `least` on; one sentence otherwise.
+CLI::Validator numberFrom(long least) {
+    return CLI::Validator(
+        [least](std::string& text) {
+            long number = 0;
+            const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+            const bool good = error == std::errc() && end == text.data() + text.size() && number >= least;
+            return good ? std::string() : text + " is no whole number from " + std::to_string(least) + " on";
+        },
+        "");
+}
 
-int main(int argc, char** argv) {
-    Options options;
+// What the options say, or nothing if the program is to end with `status` at once.
+bool parseOptions(int argc, char** argv, Options& options, int& status) {
     CLI::App app(
         "Decodes an H.264 byte stream (CAVLC; Baseline, Extended, Main and High up to 4:2:2 and 10 bits) bit-exactly.\n"
         "Examples:\n"
         "  vekdec clip.264 -o clip.y4m                       decode to a file that players open\n"
         "  vekdec clip.264 --sheet clip.png --overlay mb     look at it: a contact sheet with macroblock types\n"
         "  vekdec clip.264 --check clip.md5                  compare every frame with known checksums\n"
-        "Exit status: 0 all is well, 1 damaged slices or differing frames, 2 nothing could be decoded.",
+        "Exit status: 0 all is well, 1 damaged slices, differing or missing frames, 2 nothing could be decoded, or "
+        "the\n"
+        "work broke off (an output that cannot be written, no memory).",
         "vekdec");
-    app.add_option("INPUT", options.input, "the stream; - is standard input")->required();
-    app.add_option("-o,--output", options.output,
-                   "write the frames: NAME.y4m, or planar samples in any other name (more than 8 bits: 16-bit little "
-                   "endian words); - is standard output");
-    app.add_flag("--md5", options.md5, "print the MD5 of every frame");
-    app.add_option("--check", options.check, "compare the frames with a list of MD5s; names the first that differs");
-    app.add_option("--png", options.pngDirectory, "write every frame as a PNG into this folder");
-    app.add_option("--sheet", options.sheet, "write a contact sheet of evenly spaced frames (PNG)");
+    const CLI::Validator named([](std::string& name) { return std::string(name.empty() ? "the name is empty" : ""); },
+                               "");
+    app.add_option("INPUT", options.input, "the stream; - is standard input")->required()->check(named);
+    auto* output =
+        app.add_option("-o,--output", options.output,
+                       "write the frames: NAME.y4m, or planar samples in any other name (more than 8 bits: 16-bit "
+                       "little endian words); - is standard output; frames of another size begin NAME-2.y4m")
+            ->check(named);
+    auto* md5 = app.add_flag("--md5", options.md5, "print the MD5 of every frame");
+    auto* check =
+        app.add_option("--check", options.check, "compare the frames with a list of MD5s; names the first that differs")
+            ->check(named);
+    auto* png =
+        app.add_option("--png", options.pngDirectory, "write every frame as a PNG into this folder")->check(named);
+    auto* sheet =
+        app.add_option("--sheet", options.sheet, "write a contact sheet of evenly spaced frames (PNG)")->check(named);
     app.add_option("--overlay", options.overlay,
                    "draw on the PNGs and the sheet: mb macroblock types, mv motion vectors, qp quantizers")
         ->transform(CLI::CheckedTransformer(std::map<std::string, Overlay>{
             {"mb", Overlay::MacroblockTypes}, {"mv", Overlay::MotionVectors}, {"qp", Overlay::Qp}}));
-    app.add_option("--frames", options.frames, "stop after so many frames")->check(CLI::NonNegativeNumber);
-    app.add_option("--skip", options.skip, "leave out the first frames (they are decoded, not written)")
-        ->check(CLI::NonNegativeNumber);
+    auto* frames = app.add_option("--frames", options.frames, "stop after so many frames")->check(numberFrom(0));
+    auto* skip = app.add_option("--skip", options.skip, "leave out the first frames (they are decoded, not written)")
+                     ->check(numberFrom(0));
     app.add_flag("--stats", options.stats, "say what the stream was made of and where the time went");
-    app.add_option("--bench", options.bench, "decode so many times without output and tell the frames per second")
-        ->check(CLI::PositiveNumber);
+    auto* bench =
+        app.add_option("--bench", options.bench, "decode so many times without output and tell the frames per second")
+            ->check(numberFrom(1));
     app.add_flag("-q,--quiet", options.quiet, "no progress bar");
     app.add_option("--guard", options.memory,
                    "for tests: picture memory between forbidden pages, right `before` or `behind` it")
@@ -168,15 +250,48 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", versionText);
     try {
         app.parse(argc, argv);
+        if (options.overlay != Overlay::None && options.pngDirectory.empty() && options.sheet.empty())
+            throw CLI::ValidationError("--overlay", "draws on pictures: give --png or --sheet too");
+        if (options.output == "-" && (options.md5 || !options.check.empty()))
+            throw CLI::ValidationError("-o -", "fills standard output, where --md5 and --check write too");
+        for (const CLI::Option* other : {output, md5, check, png, sheet, frames, skip})
+            if (bench->count() > 0 && other->count() > 0)
+                throw CLI::ValidationError("--bench", "writes nothing and decodes all: no " + other->get_name());
+        return true;
     } catch (const CLI::ParseError& e) {
-        return app.exit(e) == 0 ? kOk : kCannot;
+        status = app.exit(e) == 0 ? kOk : kCannot;
+        return false;
     }
+}
+
+// Where a standard stream is closed, the next file opened would take its place and get what is meant for it. An end
+// that cannot be used takes it instead.
+bool holdStandardStreams() {
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(fd, F_GETFD) == -1 && open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) return false;
+    return true;
+}
+
+// All that was printed has arrived.
+bool closeStandardOutput() {
+    const bool failed = std::ferror(stdout) != 0;
+    return std::fclose(stdout) == 0 && !failed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (!holdStandardStreams()) return kCannot;
+    int status = kCannot;
     try {
-        return run(options);
+        Options options;
+        if (parseOptions(argc, argv, options, status)) status = run(options);
+        if (status != kCannot && !closeStandardOutput()) throw std::runtime_error("cannot write standard output");
+        return status;
     } catch (const h264::NotSupported& e) {
-        std::fprintf(stderr, "%s: vekdec does not decode %s\n", options.input.c_str(), e.what());
+        std::fprintf(stderr, "vekdec does not decode %s\n", e.what());
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "%s: not enough memory\n", options.input.c_str());
+        std::fputs("vekdec: not enough memory\n", stderr);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "vekdec: %s\n", e.what());
     }

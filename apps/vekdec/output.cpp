@@ -4,35 +4,40 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 namespace vekdec {
 namespace {
 
+[[noreturn]] void cannotWrite(const std::string& name) {
+    throw std::runtime_error("cannot write " + name + ": " + std::strerror(errno));
+}
+
+// What a header says of the frames behind it.
+std::string y4mHeader(const Frame& frame) {
+    const std::string depth = frame.bitDepth > 8 ? "p" + std::to_string(frame.bitDepth) : "";
+    const std::string chroma = frame.chromaFormatIdc == 2 ? "422" : depth.empty() ? "420jpeg" : "420";
+    return "YUV4MPEG2 W" + std::to_string(frame.plane[0].width) + " H" + std::to_string(frame.plane[0].height) +
+           " F25:1 Ip A1:1 C" + chroma + depth + "\n";
+}
+
+// A file holds frames of one format. Where the stream changes it, the next file begins (NAME-2.y4m); of a pipe or a
+// device there is no next one: frames of other formats than its first are left out, and finish() says so.
 class VideoOutput : public FrameOutput {
   public:
-    explicit VideoOutput(const std::string& name) : name_(name), y4m_(name.size() > 4 && name.ends_with(".y4m")) {
-        file_ = name == "-" ? stdout : std::fopen(name.c_str(), "wb");
-        if (file_ == nullptr) throw std::runtime_error("cannot write " + name + ": " + std::strerror(errno));
-    }
+    explicit VideoOutput(const std::string& name) : name_(name), y4m_(name.size() > 4 && name.ends_with(".y4m")) {}
     ~VideoOutput() override {
         if (file_ != nullptr && file_ != stdout) std::fclose(file_);
     }
     void add(const Frame& frame) override {
-        if (y4m_) {
-            if (frame.number == 0 || !begun_) {
-                const std::string depth = frame.bitDepth > 8 ? "p" + std::to_string(frame.bitDepth) : "";
-                const std::string format = (frame.chromaFormatIdc == 2 ? "422"
-                                            : depth.empty()            ? "420jpeg"
-                                                                       : "420") +
-                                           depth;
-                std::fprintf(file_, "YUV4MPEG2 W%d H%d F25:1 Ip A1:1 C%s\n", frame.plane[0].width,
-                             frame.plane[0].height, format.c_str());
-            }
-            std::fputs("FRAME\n", file_);
+        if (!takes(frame)) {
+            ++leftOut_;
+            return;
         }
-        begun_ = true;
+        if (y4m_) write("FRAME\n", 6);
         if (frame.chromaFormatIdc == 0) {
             packFrame(frame, bytes_);
             write(bytes_.data(), bytes_.size());
@@ -48,19 +53,47 @@ class VideoOutput : public FrameOutput {
         }
     }
     bool finish() override {
-        if (std::fflush(file_) != 0) fail();
-        return true;
+        close();
+        if (leftOut_ > 0)
+            std::fprintf(stderr, "%s: %ld frames of another format than the first were left out\n", name_.c_str(),
+                         leftOut_);
+        return leftOut_ == 0;
     }
 
   private:
-    void write(const std::uint8_t* bytes, std::size_t count) {
-        if (std::fwrite(bytes, 1, count, file_) != count) fail();
+    // Opens the file that the frame belongs to, unless it is open; false: there is none.
+    bool takes(const Frame& frame) {
+        const std::string header = y4mHeader(frame);
+        if (header == header_) return true;
+        if (!header_.empty()) {
+            if (file_ == stdout || !std::filesystem::is_regular_file(fileName_)) return false;
+            close();
+            const std::filesystem::path path(name_);
+            fileName_ = path.parent_path() /
+                        (path.stem().string() + "-" + std::to_string(++files_) + path.extension().string());
+            std::fprintf(stderr, "%s: the format changes at frame %d; from there on the frames are in %s\n",
+                         name_.c_str(), frame.number, fileName_.c_str());
+        }
+        file_ = fileName_ == "-" ? stdout : std::fopen(fileName_.c_str(), "wb");
+        if (file_ == nullptr) cannotWrite(fileName_);
+        header_ = header;
+        if (y4m_) write(header.data(), header.size());
+        return true;
     }
-    [[noreturn]] void fail() { throw std::runtime_error("cannot write " + name_ + ": " + std::strerror(errno)); }
+    void write(const void* bytes, std::size_t count) {
+        if (std::fwrite(bytes, 1, count, file_) != count) cannotWrite(fileName_);
+    }
+    void close() {
+        std::FILE* file = std::exchange(file_, nullptr);
+        if (file != nullptr && (file == stdout ? std::fflush(file) : std::fclose(file)) != 0) cannotWrite(fileName_);
+    }
 
-    std::string name_;
-    bool y4m_, begun_ = false;
-    std::FILE* file_;
+    std::string name_, fileName_ = name_;  // as given; of the open file
+    bool y4m_;
+    int files_ = 1;
+    std::string header_;  // of the open file
+    std::FILE* file_ = nullptr;
+    long leftOut_ = 0;
     std::vector<std::uint8_t> bytes_;
 };
 
@@ -68,7 +101,11 @@ class Md5Output : public FrameOutput {
   public:
     void add(const Frame& frame) override {
         packFrame(frame, bytes_);
-        std::puts(md5Of(bytes_).c_str());
+        if (std::puts(md5Of(bytes_).c_str()) == EOF) cannotWrite("standard output");
+    }
+    bool finish() override {
+        if (std::fflush(stdout) != 0) cannotWrite("standard output");
+        return true;
     }
 
   private:
@@ -80,8 +117,10 @@ class Md5Check : public FrameOutput {
     explicit Md5Check(const std::string& name) {
         std::ifstream file(name);
         if (!file) throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
-        for (std::string line; std::getline(file, line);)
-            if (!line.empty() && line[0] != '#') wanted_.push_back(line.substr(0, 32));
+        char line[4096];  // longer ones are of no list
+        while (file.getline(line, sizeof line))
+            if (line[0] != '\0' && line[0] != '#') wanted_.emplace_back(line, strnlen(line, 32));
+        if (!file.eof()) throw std::runtime_error(name + " is no list of checksums");
         if (wanted_.empty()) throw std::runtime_error(name + " holds no checksums");
     }
     void add(const Frame& frame) override {

@@ -23,7 +23,9 @@ void packFrame(const Frame& frame, std::vector<std::uint8_t>& bytes);
 // The MD5 of those bytes, 32 hexadecimal digits.
 std::string md5Of(const std::vector<std::uint8_t>& bytes);
 
-// A file of raw planar video, or y4m where the name ends so; "-" is standard output. Throws std::runtime_error.
+// A file of raw planar video, or y4m where the name ends so; "-" is standard output. Made when the first frame comes; a
+// frame of another size or depth begins the next file, NAME-2.y4m. All outputs throw std::runtime_error if they cannot
+// write.
 std::unique_ptr<FrameOutput> makeVideoOutput(const std::string& file);
 // One line per frame on standard output.
 std::unique_ptr<FrameOutput> makeMd5Output();

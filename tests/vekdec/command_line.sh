@@ -32,6 +32,9 @@ for overlay in mb mv qp; do
 done
 [ "$(find "$work/frames" -name 'frame-*.png' | wc -l)" = 20 ] || bad "not one PNG per frame"
 cmp -s "$work/mb.png" "$work/qp.png" && bad "overlays draw the same"
+cat "$stream" "$stream" > "$work/long.264"
+expect 0 "$vekdec" -q "$work/long.264" --sheet "$work/long.png" # more frames than the sheet keeps at once
+[ "$(head -c 4 "$work/long.png" | tail -c 3)" = PNG ] || bad "the sheet of many frames is no PNG"
 expect 0 "$vekdec" "$stream" --bench 1
 case $said in *"20 frames in "*"best: "*) ;; *) bad "--bench said: $said" ;; esac
 expect 0 "$vekdec" -q "$stream" --stats
@@ -48,12 +51,58 @@ expect 1 "$vekdec" -q "$work/damaged.264" -o "$work/damaged.yuv"
 case $said in *"picture "*) ;; *) bad "damage was not reported: $said" ;; esac
 [ "$(stat -c %s "$work/damaged.yuv")" = $((20 * 176 * 144 * 3 / 2)) ] || bad "a damaged stream lost frames"
 
-# Nothing to decode: one sentence and status 2.
+# A file holds frames of one size and depth; the next format begins the next file, or is left out where there is none.
+cat "$stream" "$streams/base_tiny_50x34.264" "$streams/hi10_ip.264" > "$work/mixed.264"
+expect 0 "$vekdec" -q "$work/mixed.264" -o "$work/mixed.y4m"
+case $said in *"changes at frame 20"*mixed-2.y4m*"changes at frame 40"*mixed-3.y4m*) ;; *) bad "new formats: $said" ;; esac
+cmp "$work/mixed.y4m" "$work/out.y4m" || bad "the first format's file"
+for other in 2:base_tiny_50x34 3:hi10_ip; do
+    expect 0 "$vekdec" -q "$streams/${other#*:}.264" -o "$work/other.y4m"
+    cmp "$work/mixed-${other%:*}.y4m" "$work/other.y4m" || bad "the file of format $other"
+done
+expect 1 bash -c "'$vekdec' '$work/mixed.264' -o - | cmp - '$work/out.yuv'; exit \${PIPESTATUS[0]}"
+case $said in *"30 frames of another format"*) ;; *) bad "other formats in a pipe: $said" ;; esac
+
+# What cannot be written is said: a full disk, a closed pipe, a closed standard output.
+for option in --md5 "--bench 1" --version --help "--check $streams/base_ip.md5" "-o -"; do
+    # shellcheck disable=SC2086
+    expect 2 bash -c "'$vekdec' '$stream' $option > /dev/full"
+    case $said in "vekdec: cannot write "*) ;; *) bad "a full disk and $option: $said" ;; esac
+done
+expect 2 "$vekdec" -q "$stream" -o /dev/full
+expect 2 bash -c "trap '' PIPE; { sleep 0.3; '$vekdec' '$stream' --md5; } | true; exit \${PIPESTATUS[0]}"
+expect 2 bash -c "'$vekdec' -q '$stream' -o '$work/closed.yuv' --md5 >&-"
+cmp "$work/closed.yuv" "$work/out.yuv" || bad "with standard output closed, something else went into the file"
+ln -s /dev/full "$work/full.png"
+expect 2 "$vekdec" -q "$stream" --sheet "$work/full.png"
+[ -L "$work/full.png" ] || bad "a picture that could not be written took its name along"
+
+# Many bad units: the first are told, the others counted.
+cp "$stream" "$work/bad.264"
+for _ in {1..50}; do printf '\0\0\1\x65\xff\xff'; done >> "$work/bad.264"
+expect 1 "$vekdec" -q "$work/bad.264"
+[ "$(echo "$said" | wc -l)" = 11 ] || bad "reports without limit: $said"
+case $said in *"and 40 more such reports") ;; *) bad "the reports left out: $said" ;; esac
+
+# Nothing to decode: one sentence, status 2 and no file.
 : > "$work/empty"
 head -c 5000 /dev/zero > "$work/zeros"
-for input in "$work/nowhere" "$work/empty" "$work/zeros"; do
-    expect 2 "$vekdec" "$input"
+head -c 36 "$stream" > "$work/parameters" # before the first slice
+for input in "$work/nowhere" "$work/empty" "$work/zeros" "$work/parameters" /dev/zero; do
+    expect 2 timeout 20 "$vekdec" "$input" -o "$work/nothing.yuv"
     [ "$(echo "$said" | wc -l)" = 1 ] || bad "more than a sentence for $input: $said"
+    [ ! -e "$work/nothing.yuv" ] || bad "$input leaves an output file"
+done
+expect 1 "$vekdec" -q "$stream" --skip 20 -o "$work/nothing.yuv"
+case $said in *"no frame is left"*) ;; *) bad "--skip of all: $said" ;; esac
+expect 0 "$vekdec" -q "$stream" --skip 18 --frames 9223372036854775807 --md5
+[ "$said" = "$(sed -n 19,20p "$streams/base_ip.md5")" ] || bad "--skip and --frames at their limits"
+
+# Options that ask for nothing, or for two things at once.
+for options in "-o ''" "--png ''" "--overlay mb" "--frames -1" "--skip x" "--bench 0" "--bench 1 --md5" "-o - --md5" \
+    "-o - --check $streams/base_ip.md5"; do
+    expect 2 bash -c "'$vekdec' '$stream' $options"
+    [ ${#said} -lt 200 ] || bad "many words about $options: $said"
 done
 expect 2 "$vekdec"
 expect 2 "$vekdec" "$stream" --overlay nonsense

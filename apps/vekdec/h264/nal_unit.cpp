@@ -37,7 +37,7 @@ bool NalUnitReader::next(NalUnit& nal) {
 }
 
 bool looksLikeH264(std::span<const std::uint8_t> stream) {
-    NalUnitReader reader(stream.first(std::min<std::size_t>(stream.size(), 1 << 20)));
+    NalUnitReader reader(stream.first(std::min(stream.size(), kBytesToKnow)));
     NalUnit nal;
     int parameterSets = 0;
     for (int i = 0; i < 64 && reader.next(nal); ++i) {

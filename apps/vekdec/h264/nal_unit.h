@@ -27,7 +27,8 @@ class NalUnitReader {
     std::size_t at_ = 0;
 };
 
-// Does the stream begin like one of H.264: zeros, a start code, a plausible NAL unit header?
+// Does the stream begin like one of H.264: zeros, a start code, parameter sets? Its first kBytesToKnow bytes tell.
+inline constexpr std::size_t kBytesToKnow = 1 << 20;
 bool looksLikeH264(std::span<const std::uint8_t> stream);
 
 }  // namespace vekdec::h264
