@@ -1,51 +1,52 @@
-#include "nal_unit.h"
+#include "h264/nal_unit.h"
 
-#include <cstring>
+#include "bits/start_code.h"
 
 namespace vekdec::h264 {
 
-// The position of the next 00 00 01, or the stream's end.
-std::size_t NalUnitReader::findStartCode(std::size_t from) const {
-    for (std::size_t i = from; i + 3 <= stream_.size();) {
-        const void* one = std::memchr(stream_.data() + i + 2, 1, stream_.size() - i - 2);
-        if (one == nullptr) break;
-        const auto at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(one) - stream_.data());
-        if (stream_[at - 1] == 0 && stream_[at - 2] == 0) return at - 2;
-        i = at - 1;
-    }
-    return stream_.size();
+bool readNalUnit(std::span<const std::uint8_t> bytes, NalUnit& nal) {
+    if (bytes.empty() || (bytes[0] & 0x80) != 0) return false;  // forbidden_zero_bit
+    nal.refIdc = bytes[0] >> 5 & 3;
+    nal.type = static_cast<NalUnitType>(bytes[0] & 31);
+    nal.payload = bytes.subspan(1);
+    return true;
 }
 
-bool NalUnitReader::next(NalUnit& nal) {
-    for (;;) {
-        const std::size_t start = findStartCode(at_);
-        if (start + 4 > stream_.size()) {
-            at_ = stream_.size();
-            return false;
+bool parseDecoderConfiguration(std::span<const std::uint8_t> bytes, DecoderConfiguration& configuration) {
+    if (bytes.size() < 7 || bytes[0] != 1) return false;
+    DecoderConfiguration found;
+    found.lengthBytes = (bytes[4] & 3) + 1;
+    std::size_t at = 5;
+    // Sequence parameter sets, their number in five bits, then picture parameter sets, in eight.
+    for (const int mask : {31, 255}) {
+        if (at >= bytes.size()) return false;
+        for (int left = bytes[at++] & mask; left > 0; --left) {
+            if (at + 2 > bytes.size()) return false;
+            const std::size_t size = static_cast<std::size_t>(bytes[at] << 8 | bytes[at + 1]);
+            at += 2;
+            if (at + size > bytes.size()) return false;
+            found.units.push_back(bytes.subspan(at, size));
+            at += size;
         }
-        const std::size_t begin = start + 3;
-        const std::size_t end = findStartCode(begin);
-        at_ = end;
-        const std::uint8_t header = stream_[begin];
-        if (header & 0x80) continue;  // forbidden_zero_bit
-        nal.position = start;
-        nal.refIdc = header >> 5 & 3;
-        nal.type = header & 31;
-        nal.payload = stream_.subspan(begin + 1, end - begin - 1);
-        return true;
     }
+    configuration = std::move(found);
+    return true;
 }
 
-bool looksLikeH264(std::span<const std::uint8_t> stream) {
-    NalUnitReader reader(stream.first(std::min(stream.size(), kBytesToKnow)));
-    NalUnit nal;
-    int parameterSets = 0;
-    for (int i = 0; i < 64 && reader.next(nal); ++i) {
-        if (i == 0 && nal.position > 64) return false;
-        if (nal.type == 7 && nal.payload.size() >= 4) ++parameterSets;
-        if (parameterSets > 0 && (nal.type == 1 || nal.type == 5 || nal.type == 8 || nal.type == 2)) return true;
+int probe(std::span<const std::uint8_t> begin) {
+    StartCodeReader reader(begin);
+    StartCodeUnit unit;
+    bool parameterSet = false;
+    for (int i = 0; i < 64 && reader.next(unit); ++i) {
+        if (i == 0 && unit.position > 64) return 0;
+        NalUnit nal;
+        if (!readNalUnit(unit.bytes, nal)) continue;
+        if (nal.type == NalUnitType::SequenceParameterSet && nal.payload.size() >= 4) parameterSet = true;
+        const bool picture = nal.type == NalUnitType::Slice || nal.type == NalUnitType::IdrSlice ||
+                             nal.type == NalUnitType::SlicePartitionA;
+        if (parameterSet && (picture || nal.type == NalUnitType::PictureParameterSet)) return 90;
     }
-    return false;
+    return 0;
 }
 
 }  // namespace vekdec::h264

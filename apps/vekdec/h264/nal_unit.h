@@ -1,34 +1,47 @@
-// The byte stream format (H.264 Annex B): NAL units between start codes.
+// NAL units (H.264 7.3.1): their types, and the two ways in which streams hold them.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace vekdec::h264 {
 
+enum class NalUnitType : std::uint8_t {  // Table 7-1
+    Slice = 1,
+    SlicePartitionA = 2,
+    SlicePartitionB = 3,
+    SlicePartitionC = 4,
+    IdrSlice = 5,
+    Sei = 6,
+    SequenceParameterSet = 7,
+    PictureParameterSet = 8,
+    AccessUnitDelimiter = 9,
+    EndOfSequence = 10,
+    EndOfStream = 11,
+};
+
 struct NalUnit {
-    int refIdc = 0, type = 0;
+    int refIdc = 0;
+    NalUnitType type{};
     std::span<const std::uint8_t> payload;  // without the header byte, emulation prevention still in
-    std::size_t position = 0;               // of the start code in the stream
+    std::uint64_t position = 0;             // in the file, as far as it is known
 };
 
-// Hands out the NAL units of a whole stream in memory, one after the other.
-class NalUnitReader {
-  public:
-    explicit NalUnitReader(std::span<const std::uint8_t> stream) : stream_(stream) {}
-    bool next(NalUnit& nal);  // false at the end
-    std::size_t position() const { return at_; }
+// The unit in these bytes, the header byte first; false where they are none.
+bool readNalUnit(std::span<const std::uint8_t> bytes, NalUnit& nal);
 
-  private:
-    std::size_t findStartCode(std::size_t from) const;
-
-    std::span<const std::uint8_t> stream_;
-    std::size_t at_ = 0;
+// The decoder configuration record of containers (ISO 14496-15 5.2.4.1): parameter sets, and how many bytes hold the
+// length in front of each unit of a sample.
+struct DecoderConfiguration {
+    int lengthBytes = 0;
+    std::vector<std::span<const std::uint8_t>> units;
 };
+// False where the bytes are no such record; it may still be a byte stream.
+bool parseDecoderConfiguration(std::span<const std::uint8_t> bytes, DecoderConfiguration& configuration);
 
-// Does the stream begin like one of H.264: zeros, a start code, parameter sets? Its first kBytesToKnow bytes tell.
-inline constexpr std::size_t kBytesToKnow = 1 << 20;
-bool looksLikeH264(std::span<const std::uint8_t> stream);
+// How surely a byte stream (Annex B) is one of H.264: a start code, then parameter sets and slices.
+int probe(std::span<const std::uint8_t> begin);
 
 }  // namespace vekdec::h264

@@ -1,4 +1,4 @@
-#include "output.h"
+#include "output/output.h"
 
 #include <md5.h>
 
@@ -9,19 +9,43 @@
 #include <stdexcept>
 #include <utility>
 
-namespace vekdec {
+namespace vekapp {
 namespace {
 
 [[noreturn]] void cannotWrite(const std::string& name) {
     throw std::runtime_error("cannot write " + name + ": " + std::strerror(errno));
 }
 
-// What a header says of the frames behind it.
+// What a header says of the frames behind it; where nothing is known, 25 frames per second of square samples.
 std::string y4mHeader(const Frame& frame) {
-    const std::string depth = frame.bitDepth > 8 ? "p" + std::to_string(frame.bitDepth) : "";
-    const std::string chroma = frame.chromaFormatIdc == 2 ? "422" : depth.empty() ? "420jpeg" : "420";
-    return "YUV4MPEG2 W" + std::to_string(frame.plane[0].width) + " H" + std::to_string(frame.plane[0].height) +
-           " F25:1 Ip A1:1 C" + chroma + depth + "\n";
+    const auto pair = [](Rational r, const char* otherwise) {
+        return r.known() ? std::to_string(r.num) + ":" + std::to_string(r.den) : std::string(otherwise);
+    };
+    std::string chroma = frame.chroma == Chroma::C422 ? "422" : frame.chroma == Chroma::C411 ? "411" : "420";
+    if (frame.bitDepth > 8)
+        chroma += "p" + std::to_string(frame.bitDepth);
+    else if (chroma == "420")
+        chroma += frame.chroma == Chroma::None || frame.chromaPlace == ChromaPlace::Centre ? "jpeg"
+                  : frame.chromaPlace == ChromaPlace::Dv                                  ? "paldv"
+                                                                                          : "mpeg2";
+    const char* const fields = frame.fields == FieldOrder::TopFirst      ? "t"
+                               : frame.fields == FieldOrder::BottomFirst ? "b"
+                               : frame.fields == FieldOrder::Mixed       ? "m"
+                               : frame.fields == FieldOrder::Progressive ? "p"
+                                                                         : "?";
+    const char* const range = frame.range == ColourRange::Full      ? " XCOLORRANGE=FULL"
+                              : frame.range == ColourRange::Limited ? " XCOLORRANGE=LIMITED"
+                                                                    : "";
+    return "YUV4MPEG2 W" + std::to_string(frame.plane[0].width) + " H" + std::to_string(frame.plane[0].height) + " F" +
+           pair(frame.rate, "25:1") + " I" + fields + " A" + pair(frame.sampleAspect, "0:0") + " C" + chroma + range +
+           "\n";
+}
+
+// A change of these needs a new file.
+std::string formatOf(const Frame& frame) {
+    const Chroma chroma = frame.chroma == Chroma::None ? Chroma::C420 : frame.chroma;  // as it is written
+    return std::to_string(frame.plane[0].width) + "x" + std::to_string(frame.plane[0].height) + " " +
+           std::to_string(frame.bitDepth) + " " + std::to_string(static_cast<int>(chroma));
 }
 
 // A file holds frames of one format. Where the stream changes it, the next file begins (NAME-2.y4m); of a pipe or a
@@ -38,7 +62,7 @@ class VideoOutput : public FrameOutput {
             return;
         }
         if (y4m_) write("FRAME\n", 6);
-        if (frame.chromaFormatIdc == 0) {
+        if (frame.chroma == Chroma::None) {
             packFrame(frame, bytes_);
             write(bytes_.data(), bytes_.size());
             return;
@@ -63,9 +87,9 @@ class VideoOutput : public FrameOutput {
   private:
     // Opens the file that the frame belongs to, unless it is open; false: there is none.
     bool takes(const Frame& frame) {
-        const std::string header = y4mHeader(frame);
-        if (header == header_) return true;
-        if (!header_.empty()) {
+        const std::string format = formatOf(frame);
+        if (format == format_) return true;
+        if (!format_.empty()) {
             if (file_ == stdout || !std::filesystem::is_regular_file(fileName_)) return false;
             close();
             const std::filesystem::path path(name_);
@@ -76,7 +100,8 @@ class VideoOutput : public FrameOutput {
         }
         file_ = fileName_ == "-" ? stdout : std::fopen(fileName_.c_str(), "wb");
         if (file_ == nullptr) cannotWrite(fileName_);
-        header_ = header;
+        format_ = format;
+        const std::string header = y4mHeader(frame);
         if (y4m_) write(header.data(), header.size());
         return true;
     }
@@ -91,7 +116,7 @@ class VideoOutput : public FrameOutput {
     std::string name_, fileName_ = name_;  // as given; of the open file
     bool y4m_;
     int files_ = 1;
-    std::string header_;  // of the open file
+    std::string format_;  // of the open file
     std::FILE* file_ = nullptr;
     long leftOut_ = 0;
     std::vector<std::uint8_t> bytes_;
@@ -157,7 +182,7 @@ void packFrame(const Frame& frame, std::vector<std::uint8_t>& bytes) {
             const std::uint8_t* row = plane.data + plane.stride * y;
             bytes.insert(bytes.end(), row, row + static_cast<std::size_t>(plane.width) * sampleBytes);
         }
-    if (frame.chromaFormatIdc == 0) {
+    if (frame.chroma == Chroma::None) {
         const auto width = static_cast<std::size_t>((frame.plane[0].width + 1) / 2),
                    height = static_cast<std::size_t>((frame.plane[0].height + 1) / 2);
         const int grey = 1 << (frame.bitDepth - 1);
@@ -180,4 +205,4 @@ std::unique_ptr<FrameOutput> makeVideoOutput(const std::string& file) { return s
 std::unique_ptr<FrameOutput> makeMd5Output() { return std::make_unique<Md5Output>(); }
 std::unique_ptr<FrameOutput> makeMd5Check(const std::string& file) { return std::make_unique<Md5Check>(file); }
 
-}  // namespace vekdec
+}  // namespace vekapp

@@ -1,4 +1,4 @@
-#include "sample_memory.h"
+#include "frames/sample_memory.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 
 #include "vekcore.h"
 
-namespace vekdec::h264 {
+namespace vekapp {
 namespace {
 MemoryMode memoryMode = MemoryMode::Plain;
 }
@@ -43,4 +43,4 @@ SampleMemory::~SampleMemory() {
         vekFree(base_);
 }
 
-}  // namespace vekdec::h264
+}  // namespace vekapp

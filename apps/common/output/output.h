@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "frame.h"
+#include "frames/frame.h"
 
-namespace vekdec {
+namespace vekapp {
 
 // Frames in the order of output; add() is called once per frame, finish() after the last.
 class FrameOutput {
@@ -32,4 +32,4 @@ std::unique_ptr<FrameOutput> makeMd5Output();
 // Compares with a list of MD5s: names the first frame that differs and the count.
 std::unique_ptr<FrameOutput> makeMd5Check(const std::string& file);
 
-}  // namespace vekdec
+}  // namespace vekapp

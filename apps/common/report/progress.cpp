@@ -1,11 +1,11 @@
-#include "progress.h"
+#include "report/progress.h"
 
 #include <unistd.h>
 
 #include <cstdio>
 #include <string>
 
-namespace vekdec {
+namespace vekapp {
 
 Progress::Progress(bool wanted) : wanted_(wanted && isatty(STDERR_FILENO) != 0) {}
 
@@ -29,4 +29,4 @@ void Progress::show(long frames, std::size_t done, std::size_t total) {
     std::fflush(stderr);
 }
 
-}  // namespace vekdec
+}  // namespace vekapp

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <cstddef>
 
-namespace vekdec {
+namespace vekapp {
 
 class Progress {
   public:
@@ -18,4 +18,4 @@ class Progress {
     Clock::time_point start_ = Clock::now(), last_ = start_;
 };
 
-}  // namespace vekdec
+}  // namespace vekapp

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace vekdec::h264 {
+namespace vekapp {
 
 // Where picture memory lies. Guarded modes are for tests: each plane gets pages of its own between forbidden ones and
 // begins (or ends) right at one, so that an access outside the picture stops the program.
@@ -25,4 +25,4 @@ class SampleMemory {
     std::size_t mapped_;  // 0: from vekMalloc
 };
 
-}  // namespace vekdec::h264
+}  // namespace vekapp

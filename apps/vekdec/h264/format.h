@@ -1,0 +1,10 @@
+// H.264 for the list of formats.
+#pragma once
+
+#include "decoder.h"
+
+namespace vekdec::h264 {
+
+Format format();
+
+}  // namespace vekdec::h264
