@@ -288,8 +288,6 @@ int main(int argc, char** argv) {
         if (parseOptions(argc, argv, options, status)) status = run(options);
         if (status != kCannot && !closeStandardOutput()) throw std::runtime_error("cannot write standard output");
         return status;
-    } catch (const h264::NotSupported& e) {
-        std::fprintf(stderr, "vekdec does not decode %s\n", e.what());
     } catch (const std::bad_alloc&) {
         std::fputs("vekdec: not enough memory\n", stderr);
     } catch (const std::exception& e) {
