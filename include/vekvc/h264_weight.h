@@ -3,7 +3,8 @@
  *
  *  Common to the forms of this header:
  *  - Every result is clipped to 0..255 (8-bit) or 0 .. 2^bitDepth - 1 (16-bit). Shifts of negative values round down.
- *  - Weights, offsets and logWD are used as they are given, exact for every value: nothing overflows on the way.
+ *  - Samples, weights, offsets and logWD are used as they are given, exact for every value: nothing overflows on the
+ *    way. So samples of 16-bit forms may exceed the bit depth.
  *    Offsets of 16-bit forms come scaled to the bit depth (luma_offset_l0 << (bitDepth - 8), 8.4.2.3).
  *  - Steps count bytes. The destination may be one of the sources in place; other overlaps may not be.
  *  - Exactly width x height samples of each block are read or written.

@@ -27,7 +27,7 @@ struct Filter {
 
     // Bytes of intermediate rows for one thread; a multiple of 64, so that threads share no cache line.
     std::ptrdiff_t scratchBytes() const {
-        return (kRingRows * roi.width * static_cast<std::ptrdiff_t>(sizeof(Sum)) + 63) / 64 * 64;
+        return (std::ptrdiff_t{kRingRows} * roi.width * static_cast<std::ptrdiff_t>(sizeof(Sum)) + 63) / 64 * 64;
     }
 
     // Filters rows first to last - 1: the horizontal pass runs one row ahead of the vertical one.

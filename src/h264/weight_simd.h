@@ -203,7 +203,7 @@ template <bool hasOffset>
             src1.base, src2.base, dst.base, src1.step, src2.step, dst.step, weights, scale);
 }
 
-// Sums in 32 bits, of samples of at most 14 bits.
+// Sums in 32 bits. The products are of signed numbers: 16-bit samples p come as p - 2^15, and `round` makes good for it.
 struct Weigh32 {
     template <int W>
     static constexpr int kRows = kWideTileRows<W, 4>;
@@ -215,13 +215,17 @@ struct Weigh32 {
         return ((mulAddPairs(pairs, as<i16x8>(splat<i32x4>(weights))) + splat<i32x4>(round)) >> shift) +
                splat<i32x4>(offset);
     }
-    [[gnu::always_inline]] u16x8 operator()(u16x8 a, u16x8 b) const {
+    [[gnu::always_inline]] u16x8 weigh(u16x8 a, u16x8 b) const {
         const u16x8 sums = narrowU16(weigh(as<i16x8>(interleaveLow(a, b))), weigh(as<i16x8>(interleaveHigh(a, b))));
         return min(sums, splat<u16x8>(maxSample));
     }
+    [[gnu::always_inline]] u16x8 operator()(u16x8 a, u16x8 b) const {
+        const u16x8 half = splat<u16x8>(0x8000);
+        return weigh(a ^ half, b ^ half);
+    }
     [[gnu::always_inline]] u8x16 operator()(u8x16 a, u8x16 b) const {
-        const u16x8 low = (*this)(as<u16x8>(widenLow(a)), as<u16x8>(widenLow(b)));
-        const u16x8 high = (*this)(as<u16x8>(widenHigh(a)), as<u16x8>(widenHigh(b)));
+        const u16x8 low = weigh(as<u16x8>(widenLow(a)), as<u16x8>(widenLow(b)));
+        const u16x8 high = weigh(as<u16x8>(widenHigh(a)), as<u16x8>(widenHigh(b)));
         return narrowU8(as<i16x8>(low), as<i16x8>(high));
     }
 #if VEKVC_VECTOR256
@@ -230,14 +234,20 @@ struct Weigh32 {
     }
 #endif
 
-    // Two products are below 2^30 in magnitude where the weights have 16 bits.
+    // With weights of up to 2^13 two products of 16-bit samples p are at most 2^30 - 2^14 in magnitude, of p - 2^15 at
+    // most 2^29, like the difference. Half of 2^shift, at most 2^29, and an offset of at most 2^29 leave all sums within
+    // 32 bits.
+    template <class T>
     static bool fits(const Weighting& w, int maxSample, Weigh32& result) {
-        const auto isShort = [](Vek32s x) { return x >= -32768 && x <= 32767; };
-        if (!isShort(w.weight1) || !isShort(w.weight2) || w.shift > 30) return false;
+        constexpr Vek32s kMost = 1 << 13;
+        const auto isSmall = [](Vek32s x) { return x >= -kMost && x <= kMost; };
+        if (!isSmall(w.weight1) || !isSmall(w.weight2) || w.shift > 30) return false;
         if (w.offset < -(1 << 29) || w.offset > 1 << 29) return false;
         const Vek32u low = static_cast<Vek32u>(w.weight1) & 0xFFFF, high = static_cast<Vek32u>(w.weight2) << 16;
         const int shift = static_cast<int>(w.shift);
-        result = {static_cast<int>(low | high), shift >= 1 ? 1 << (shift - 1) : 0, shift, w.offset, maxSample};
+        const int missing = sizeof(T) == 2 ? (w.weight1 + w.weight2) * (1 << 15) : 0;
+        result = {static_cast<int>(low | high), (shift >= 1 ? 1 << (shift - 1) : 0) + missing, shift, w.offset,
+                  maxSample};
         return true;
     }
 };
@@ -257,7 +267,7 @@ template <class T>
 VekStatus weightAnySize(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size, const Weighting& w,
                         int maxSample) {
     Weigh32 wide;
-    if (!Weigh32::fits(w, maxSample, wide)) {
+    if (!Weigh32::fits<T>(w, maxSample, wide)) {
         plain::weightTwo(src1, src2, dst, size, w, maxSample);
     } else if (tileColumns(src1, src2, dst, size, wide) > 0) {
         plain::weightTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),

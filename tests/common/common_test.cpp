@@ -309,4 +309,12 @@ TEST(Smooth, WeightsAndBorders) {
     EXPECT_EQ(at(2, 0), 0);
 }
 
+// Regions whose intermediate rows no memory can hold: where 3 rows, or their bytes, pass 32 bits.
+TEST(Smooth, WidthsWithoutMemory) {
+    Vek8u src = 0, dst = 77;
+    for (const Vek32s w : {0x15555556, 0x2AAAAAAA, 0x2AAAAAAB, 0x55555556, INT32_MAX})
+        EXPECT_EQ(vekiFilterDenoiseSmooth_8u_C1R(&src, w, &dst, w, {w, 3}), vekStsErrMemAlloc) << w;
+    EXPECT_EQ(dst, 77);
+}
+
 }  // namespace

@@ -55,7 +55,7 @@ class BitReader {
         if (beyondEnd()) throwEnd();
         return (window >> (31 - 2 * zeros)) - 1;
     }
-    std::int32_t se() {
+    std::int32_t se() {  // -2^31 + 1 to 2^31 - 1
         const std::uint32_t code = ue();
         return code & 1 ? static_cast<std::int32_t>(code >> 1) + 1 : -static_cast<std::int32_t>(code >> 1);
     }

@@ -16,10 +16,9 @@ double secondsSince(Clock::time_point start) { return std::chrono::duration<doub
 
 // First slice of a new primary coded picture, 7.4.1.2.4.
 bool beginsPicture(const SliceHeader& a, const SliceHeader& b) {
-    return a.frameNum != b.frameNum || a.ppsId != b.ppsId || a.sps != b.sps || a.fieldPic != b.fieldPic ||
-           a.bottomField != b.bottomField || (a.nalRefIdc == 0) != (b.nalRefIdc == 0) || a.idr != b.idr ||
-           (a.idr && a.idrPicId != b.idrPicId) || a.pocLsb != b.pocLsb || a.deltaPocBottom != b.deltaPocBottom ||
-           a.deltaPoc != b.deltaPoc;
+    return a.frameNum != b.frameNum || a.pps != b.pps || a.fieldPic != b.fieldPic || a.bottomField != b.bottomField ||
+           (a.nalRefIdc == 0) != (b.nalRefIdc == 0) || a.idr != b.idr || (a.idr && a.idrPicId != b.idrPicId) ||
+           a.pocLsb != b.pocLsb || a.deltaPocBottom != b.deltaPocBottom || a.deltaPoc != b.deltaPoc;
 }
 
 }  // namespace
@@ -59,31 +58,17 @@ void Decoder::handle(const NalUnit& nal) {
             case 5:
                 handleSlice(nal);
                 break;
-            case 7: {
-                payload_.assign(nal.payload.data(), nal.payload.size());
-                BitReader bits(payload_);
-                auto sps = std::make_unique<SequenceParameterSet>(parseSequenceParameterSet(bits));
-                const auto id = static_cast<std::size_t>(sps->id);
+            case 7:
                 finishPicture();
-                if (sps_[id] != nullptr) oldSps_.push_back(std::move(sps_[id]));
-                sps_[id] = std::move(sps);
-                spsById_[id] = sps_[id].get();
+                parameterSets_.takeSequence(nal.payload);
                 break;
-            }
-            case 8: {
-                payload_.assign(nal.payload.data(), nal.payload.size());
-                BitReader bits(payload_);
-                auto pps = std::make_unique<PictureParameterSet>(parsePictureParameterSet(bits, spsById_));
-                const auto id = static_cast<std::size_t>(pps->id);
-                if (pps_[id] != nullptr) oldPps_.push_back(std::move(pps_[id]));
-                pps_[id] = std::move(pps);
-                ppsById_[id] = pps_[id].get();
+            case 8:
+                parameterSets_.takePicture(nal.payload);
                 break;
-            }
             case 2:
             case 3:
             case 4:
-                throw NotSupported("data partitioning at byte " + std::to_string(nal.position));
+                throw NotSupported("data partitioning");
             case 9:
             case 11:
                 finishPicture();
@@ -93,18 +78,15 @@ void Decoder::handle(const NalUnit& nal) {
         }
     } catch (const BadSyntax& e) {
         damage(e.what());
+    } catch (const NotSupported& e) {
+        damage("vekdec does not decode " + std::string(e.what()) + " (at byte " + std::to_string(nal.position) + ")");
     }
 }
 
 void Decoder::handleSlice(const NalUnit& nal) {
     payload_.assign(nal.payload.data(), nal.payload.size());
     BitReader bits(payload_);
-    SliceHeader header;
-    try {
-        header = parseSliceHeader(bits, nal.refIdc, nal.type, spsById_, ppsById_);
-    } catch (const NotSupported& e) {
-        throw NotSupported(std::string(e.what()) + " at byte " + std::to_string(nal.position));
-    }
+    SliceHeader header = parseSliceHeader(bits, nal.refIdc, nal.type, parameterSets_);
     if (header.redundantPicCnt > 0) return;
     if (slice_ != nullptr && beginsPicture(slice_->header, header)) finishPicture();
     if (slice_ == nullptr) {
@@ -114,7 +96,6 @@ void Decoder::handleSlice(const NalUnit& nal) {
         seenIntra_ = true;
         picture_ = &buffer_.begin(header);
         slice_ = std::make_unique<Slice>();
-        oldPps_.clear();
         const int structure = !header.fieldPic ? kFrame : header.bottomField ? kBottomField : kTopField;
         const std::size_t count = picture_->mbs.size() / (header.fieldPic ? 2 : 1);
         const std::size_t first = structure == kBottomField ? count : 0;
@@ -126,6 +107,7 @@ void Decoder::handleSlice(const NalUnit& nal) {
         decodedTo_ = 0;
         finishedRows_ = 0;
         ++statistics_.pictures;
+        if (buffer_.lost() > 0) damage(std::to_string(buffer_.lost()) + " frames before it are missing");
     }
     slice_->header = std::move(header);
     slice_->picture = picture_;
@@ -179,7 +161,6 @@ void Decoder::finishPicture() {
     buffer_.end(slice_->header);
     slice_.reset();
     picture_ = nullptr;
-    oldSps_.clear();
 }
 
 void Decoder::show(const Picture& picture, const SequenceParameterSet& sps) {

@@ -10,6 +10,7 @@
 #include "frame.h"
 #include "macroblock_layer.h"
 #include "nal_unit.h"
+#include "parameter_set_store.h"
 #include "picture_buffer.h"
 
 namespace vekdec::h264 {
@@ -25,12 +26,12 @@ struct Statistics {
 class Decoder {
   public:
     using FrameSink = std::function<void(const Frame&)>;
-    using Report = std::function<void(const std::string&)>;  // one sentence per damaged slice
+    using Report = std::function<void(const std::string&)>;  // one sentence per unit left out or damaged
     Decoder(FrameSink sink, Report report);
     ~Decoder();
 
-    // Decodes a whole byte stream; `progress` is told the bytes done and stops the decoding by returning false. Throws
-    // NotSupported for what the decoder does not do.
+    // Decodes a whole byte stream; `progress` is told the bytes done and stops the decoding by returning false. What
+    // is damaged, or of a kind that the decoder does not do, is reported and left out.
     void decode(std::span<const std::uint8_t> stream, const std::function<bool(std::size_t)>& progress = {});
 
     const Statistics& statistics() const { return statistics_; }
@@ -47,14 +48,7 @@ class Decoder {
     Report report_;
     Statistics statistics_;
     Payload payload_;
-    // Parameter sets by id. Those in use stay alive while a new one of the same id waits for the next picture.
-    std::array<std::unique_ptr<SequenceParameterSet>, 32> sps_;
-    std::array<std::unique_ptr<PictureParameterSet>, 256> pps_;
-    std::array<const SequenceParameterSet*, 32> spsById_{};
-    std::array<const PictureParameterSet*, 256> ppsById_{};
-    std::vector<std::unique_ptr<SequenceParameterSet>> oldSps_;
-    std::vector<std::unique_ptr<PictureParameterSet>> oldPps_;
-
+    ParameterSetStore parameterSets_;
     PictureBuffer buffer_;
     SliceDecoder sliceDecoder_;
     std::unique_ptr<Slice> slice_;  // the last slice of the picture being decoded; null between pictures

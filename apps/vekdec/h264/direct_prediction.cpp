@@ -23,7 +23,14 @@ void DirectPrediction::findColocated() {
     if (context_.referenceCount[kAsListed][1] == 0 || listed.picture == nullptr)
         throw BadSyntax("direct prediction without a picture in list 1");
     const Picture& col = *listed.picture;
-    if (!col.codedAsFields && col.mbaff != context_.sps->mbAdaptiveFrameField && !col.nonExisting)
+    if (col.nonExisting) {  // in a stream with losses: like an intra macroblock
+        static constexpr Macroblock kNone;
+        vertMvScale_ = VertMvScale::OneToOne;
+        colMb_[0] = colMb_[1] = &kNone;
+        for (int i = 0; i < 4; ++i) colRow_[i] = i;
+        return;
+    }
+    if (!col.codedAsFields && col.mbaff != context_.sps->mbAdaptiveFrameField)
         throw BadSyntax("direct prediction from a picture of another kind");
     const int width = context_.widthInMbs, address = current_.address;
     const int half = static_cast<int>(col.mbs.size()) / 2;

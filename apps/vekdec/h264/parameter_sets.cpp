@@ -180,12 +180,10 @@ SequenceParameterSet parseSequenceParameterSet(BitReader& bits) {
     return sps;
 }
 
-PictureParameterSet parsePictureParameterSet(BitReader& bits,
-                                             const std::array<const SequenceParameterSet*, 32>& spsById) {
+PictureParameterSet parsePictureParameterSet(BitReader& bits, const SequenceParameterSets& spsById) {
     PictureParameterSet pps;
     pps.id = bits.ue("pic_parameter_set_id", 255);
-    pps.spsId = bits.ue("seq_parameter_set_id", 31);
-    const SequenceParameterSet* sps = spsById[static_cast<std::size_t>(pps.spsId)];
+    const auto& sps = pps.sps = spsById[static_cast<std::size_t>(bits.ue("seq_parameter_set_id", 31))];
     if (sps == nullptr)
         throw BadSyntax("picture parameter set " + std::to_string(pps.id) +
                         " names a sequence parameter set that did not come");

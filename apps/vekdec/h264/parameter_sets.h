@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "bit_reader.h"
@@ -49,8 +50,9 @@ struct SequenceParameterSet {
 };
 
 struct PictureParameterSet {
-    int id = 0, spsId = 0;
-    bool entropyCodingMode = false;  // CABAC
+    int id = 0;
+    std::shared_ptr<const SequenceParameterSet> sps;  // with which it was read: its sizes hold for that one alone
+    bool entropyCodingMode = false;                   // CABAC
     bool bottomFieldPicOrderInFramePresent = false;
     // Slice groups (7.4.2.2); the map itself depends on the slice header.
     int numSliceGroups = 1;
@@ -75,8 +77,8 @@ struct PictureParameterSet {
 
 // Parse one NAL unit's payload. They throw BadSyntax with a sentence (see bit_reader.h) and change nothing then.
 SequenceParameterSet parseSequenceParameterSet(BitReader& bits);
-// The PPS needs its SPS for chroma_format_idc and the scaling lists: `spsById` holds 32 pointers, null where none came.
-PictureParameterSet parsePictureParameterSet(BitReader& bits,
-                                             const std::array<const SequenceParameterSet*, 32>& spsById);
+// The SPS by id, null where none came. The PPS needs its SPS for sizes, chroma_format_idc and the scaling lists.
+using SequenceParameterSets = std::array<std::shared_ptr<const SequenceParameterSet>, 32>;
+PictureParameterSet parsePictureParameterSet(BitReader& bits, const SequenceParameterSets& spsById);
 
 }  // namespace vekdec::h264

@@ -64,12 +64,12 @@ struct PlaneMemory {
 enum Structure : int { kTopField = 1, kBottomField = 2, kFrame = 3 };
 
 struct Picture {
-    PlaneMemory plane[3];  // without chroma in monochrome
-    std::unique_ptr<SampleMemory> memory[3];
+    PlaneMemory plane[3];                     // without chroma in monochrome
+    std::shared_ptr<SampleMemory> memory[3];  // shared with frames of gaps in frame_num that stand for this one
     int bytesPerSample = 1;
     int widthInMbs = 0, heightInMbs = 0;  // of the frame
     std::vector<Macroblock> mbs;  // by macroblock address of the frame as MBAFF counts if mbaff, else by raster; field
-                                  // pictures: top field's macroblocks first, then the bottom field's
+        // pictures: top field's macroblocks first, then the bottom field's; none if nonExisting
     std::vector<SliceParameters> slices;
     bool codedAsFields = false, mbaff = false;
 
@@ -77,7 +77,7 @@ struct Picture {
     int frameNum = 0, frameNumWrap = 0, longTermFrameIdx = 0;
     int decoded = 0;                  // Structure bits that were decoded
     int shortTerm = 0, longTerm = 0;  // Structure bits marked "used for reference"
-    bool nonExisting = false;         // filled in for a gap in frame_num
+    bool nonExisting = false;         // filled in for a gap in frame_num; its planes are those of the frame before
     bool idr = false;
     bool neededForOutput = false;
     int id = 0;  // unique among the pictures of the buffer, 0 to 31

@@ -47,21 +47,36 @@ void completeFields(Picture& p) {
 
 }  // namespace
 
-void PictureBuffer::activate(const SequenceParameterSet& sps) {
-    if (active_ != nullptr && !sameFormat(*active_, sps)) {
+void PictureBuffer::activate(std::shared_ptr<const SequenceParameterSet> newSps) {
+    if (active_ != nullptr && !sameFormat(*active_, *newSps)) {
         flush();
         pictures_.clear();
         spare_.clear();
         current_ = previous_ = nullptr;
     }
-    active_ = std::make_unique<SequenceParameterSet>(sps);
-    dpbSize_ = std::min(maxDpbMbs(sps) / (sps.widthInMbs * sps.heightInMbs()), 16);
-    if (sps.bitstreamRestriction) dpbSize_ = sps.maxDecFrameBuffering;
-    dpbSize_ = std::max({dpbSize_, sps.maxNumRefFrames, 1});
+    active_ = std::move(newSps);
+    const SequenceParameterSet& sps = *active_;
+    // What the level allows bounds the memory, whatever the stream asks for. Many streams name too low a level; those of
+    // small frames get what they ask for all the same, up to the buffer of level 4.
+    constexpr int kTrustedMbs = 32768;
+    const int frameMbs = sps.widthInMbs * sps.heightInMbs();
+    const int most = std::clamp(std::max(maxDpbMbs(sps), kTrustedMbs) / frameMbs, 1, 16);
+    dpbSize_ = sps.bitstreamRestriction ? sps.maxDecFrameBuffering : std::min(maxDpbMbs(sps) / frameMbs, 16);
+    dpbSize_ = std::min(std::max({dpbSize_, sps.maxNumRefFrames, 1}), most);
+    mostReferences_ = std::clamp(sps.maxNumRefFrames, 1, dpbSize_);
     reorderDepth_ = sps.bitstreamRestriction ? sps.maxNumReorderFrames : dpbSize_;
 }
 
-Picture& PictureBuffer::allocate(const SequenceParameterSet& sps) {
+Picture& PictureBuffer::store(std::unique_ptr<Picture> picture) {
+    for (picture->id = 0;; ++picture->id)
+        if (std::none_of(pictures_.begin(), pictures_.end(), [&](const auto& p) { return p->id == picture->id; }))
+            break;
+    pictures_.push_back(std::move(picture));
+    return *pictures_.back();
+}
+
+Picture& PictureBuffer::allocate() {
+    const SequenceParameterSet& sps = *active_;
     std::unique_ptr<Picture> picture;
     if (!spare_.empty()) {
         picture = std::move(spare_.back());
@@ -76,7 +91,7 @@ Picture& PictureBuffer::allocate(const SequenceParameterSet& sps) {
             plane.width = sps.widthInMbs * (i == 0 ? 16 : sps.chromaWidthMb());
             plane.height = sps.heightInMbs() * (i == 0 ? 16 : sps.chromaHeightMb());
             plane.stride = plane.width * picture->bytesPerSample;
-            picture->memory[i] = std::make_unique<SampleMemory>(static_cast<std::size_t>(plane.stride) *
+            picture->memory[i] = std::make_shared<SampleMemory>(static_cast<std::size_t>(plane.stride) *
                                                                 static_cast<std::size_t>(plane.height));
             plane.data = picture->memory[i]->data();
         }
@@ -86,20 +101,19 @@ Picture& PictureBuffer::allocate(const SequenceParameterSet& sps) {
     picture->decoded = picture->shortTerm = picture->longTerm = 0;
     picture->nonExisting = picture->neededForOutput = picture->codedAsFields = picture->mbaff = picture->idr = false;
     picture->poc[0] = picture->poc[1] = INT_MAX;
-    for (picture->id = 0;; ++picture->id)
-        if (std::none_of(pictures_.begin(), pictures_.end(), [&](const auto& p) { return p->id == picture->id; }))
-            break;
-    pictures_.push_back(std::move(picture));
-    return *pictures_.back();
+    return store(std::move(picture));
 }
 
 Picture& PictureBuffer::begin(const SliceHeader& slice) {
     const int structure = structureOf(slice);
+    lost_ = 0;
     if (current_ != nullptr) {
+        // Both fields follow one SPS: its format is the frame's.
         const bool secondField = slice.fieldPic && current_->codedAsFields && current_->decoded == kFrame - structure &&
-                                 current_->frameNum == slice.frameNum && !slice.idr;
+                                 current_->frameNum == slice.frameNum && !slice.idr && slice.pps->sps == active_;
         if (secondField) {
-            decodePicOrderCount(slice, *current_);
+            const OrderCounts counts = decodePicOrderCount(slice);
+            current_->poc[slice.bottomField] = slice.bottomField ? counts.bottom : counts.top;
             return *current_;
         }
         storeCurrent();  // an unpaired field
@@ -109,31 +123,36 @@ Picture& PictureBuffer::begin(const SliceHeader& slice) {
             unmarkAll();
             flush();
         }
-        activate(*slice.sps);
+        activate(slice.pps->sps);
         prevRefFrameNum_ = prevFrameNum_ = 0;
-    } else if (!sameFormat(*active_, *slice.sps)) {
-        activate(*slice.sps);
+    } else if (slice.pps->sps != active_) {  // only a broken stream changes it here
+        activate(slice.pps->sps);
     } else if (slice.frameNum != prevRefFrameNum_) {
         fillFrameNumGap(slice);
     }
-    Picture& picture = allocate(*slice.sps);
+    const OrderCounts counts = decodePicOrderCount(slice);
+    Picture& picture = allocate();
     current_ = &picture;
+    if (structure & kTopField) picture.poc[0] = counts.top;
+    if (structure & kBottomField) picture.poc[1] = counts.bottom;
     picture.frameNum = slice.frameNum;
     picture.idr = slice.idr;
     picture.codedAsFields = slice.fieldPic;
     picture.mbaff = slice.mbaff();
-    decodePicOrderCount(slice, picture);
     return picture;
 }
 
-// 8.2.5.2: frames for the missing values of frame_num, which take part in the sliding window but are never shown.
+// 8.2.5.2: frames for the missing values of frame_num, which take part in the sliding window but are never shown. None
+// is referred to but by a stream with losses, which sees the frame before in their place: they need no memory of their
+// own.
 void PictureBuffer::fillFrameNumGap(const SliceHeader& slice) {
     const int maxFrameNum = 1 << slice.sps->log2MaxFrameNum;
     int missing = (prevRefFrameNum_ + 1) % maxFrameNum;
-    if (slice.frameNum == missing) return;
+    if (slice.frameNum == missing || previous_ == nullptr) return;
     // More than the buffer holds push one another out: only the last ones count.
     const int count = (slice.frameNum - missing + maxFrameNum) % maxFrameNum;
-    const int kept = std::min(count, std::max(active_->maxNumRefFrames, 1));
+    if (!slice.sps->gapsInFrameNumAllowed) lost_ = count;
+    const int kept = std::min(count, mostReferences_);
     if (count > kept) missing = (slice.frameNum - kept + maxFrameNum) % maxFrameNum;
     for (; missing != slice.frameNum; missing = (missing + 1) % maxFrameNum) {
         SliceHeader gap;
@@ -143,22 +162,22 @@ void PictureBuffer::fillFrameNumGap(const SliceHeader& slice) {
         gap.frameNum = missing;
         deriveFrameNumWrap(pictures_, gap);
         slidingWindow();
-        const Picture* like = previous_;
-        Picture& picture = allocate(*slice.sps);
+        const OrderCounts counts = slice.sps->pocType != 0 ? decodePicOrderCount(gap) : OrderCounts{0, 0};
+        auto empty = std::make_unique<Picture>();
+        for (std::size_t i = 0; i < 3; ++i) {
+            empty->plane[i] = previous_->plane[i];
+            empty->memory[i] = previous_->memory[i];
+        }
+        empty->bytesPerSample = previous_->bytesPerSample;
+        empty->widthInMbs = previous_->widthInMbs;
+        empty->heightInMbs = previous_->heightInMbs;
+        Picture& picture = store(std::move(empty));
         picture.frameNum = missing;
         picture.nonExisting = true;
         picture.decoded = kFrame;
-        if (slice.sps->pocType != 0)
-            decodePicOrderCount(gap, picture);
-        else
-            picture.poc[0] = picture.poc[1] = 0;
+        picture.poc[0] = counts.top;
+        picture.poc[1] = counts.bottom;
         picture.shortTerm = kFrame;
-        for (auto& mb : picture.mbs) mb = Macroblock{};
-        if (like != nullptr)  // seen only by a stream with losses
-            for (int i = 0; i < 3; ++i)
-                if (picture.plane[i].data != nullptr)
-                    std::memcpy(picture.plane[i].data, like->plane[i].data,
-                                static_cast<std::size_t>(picture.plane[i].stride * picture.plane[i].height));
         prevRefFrameNum_ = prevFrameNum_ = missing;
         current_ = &picture;
         makeRoom();
@@ -166,32 +185,36 @@ void PictureBuffer::fillFrameNumGap(const SliceHeader& slice) {
     }
 }
 
-// 8.2.1.
-void PictureBuffer::decodePicOrderCount(const SliceHeader& slice, Picture& picture) {
+// 8.2.1. Everything is within 64 bits: sums of a few numbers of 32 bits, and at most 2^31 times one.
+PictureBuffer::OrderCounts PictureBuffer::decodePicOrderCount(const SliceHeader& slice) {
     const SequenceParameterSet& sps = *slice.sps;
-    const int structure = structureOf(slice);
     const int maxFrameNum = 1 << sps.log2MaxFrameNum;
-    int top = 0, bottom = 0;
+    std::int64_t top = 0, bottom = 0;
+    const auto check = [&] {
+        for (const std::int64_t count : {top, bottom})
+            if (count < INT_MIN || count >= INT_MAX) throw BadSyntax("picture order counts leave their range");
+    };
     if (sps.pocType == 0) {
         if (slice.idr) prevPocMsb_ = prevPocLsb_ = 0;
         const int maxLsb = 1 << sps.log2MaxPocLsb;
-        int msb = prevPocMsb_;
+        std::int64_t msb = prevPocMsb_;
         if (slice.pocLsb < prevPocLsb_ && prevPocLsb_ - slice.pocLsb >= maxLsb / 2)
             msb += maxLsb;
         else if (slice.pocLsb > prevPocLsb_ && slice.pocLsb - prevPocLsb_ > maxLsb / 2)
             msb -= maxLsb;
         top = msb + slice.pocLsb;
         bottom = slice.fieldPic ? top : top + slice.deltaPocBottom;
+        check();
         if (slice.nalRefIdc != 0) {
             prevPocMsb_ = msb;
             prevPocLsb_ = slice.pocLsb;
         }
     } else {
-        int frameNumOffset = slice.idr ? 0 : prevFrameNumOffset_;
+        std::int64_t frameNumOffset = slice.idr ? 0 : prevFrameNumOffset_;
         if (!slice.idr && prevFrameNum_ > slice.frameNum) frameNumOffset += maxFrameNum;
         if (sps.pocType == 1) {
             const int cycle = static_cast<int>(sps.offsetForRefFrame.size());
-            int absFrameNum = cycle != 0 ? frameNumOffset + slice.frameNum : 0;
+            std::int64_t absFrameNum = cycle != 0 ? frameNumOffset + slice.frameNum : 0;
             if (slice.nalRefIdc == 0 && absFrameNum > 0) --absFrameNum;
             std::int64_t expected = 0;
             if (absFrameNum > 0) {
@@ -202,18 +225,18 @@ void PictureBuffer::decodePicOrderCount(const SliceHeader& slice, Picture& pictu
                     expected += sps.offsetForRefFrame[static_cast<std::size_t>(i)];
             }
             if (slice.nalRefIdc == 0) expected += sps.offsetForNonRefPic;
-            top = static_cast<int>(expected + slice.deltaPoc[0]);
-            bottom = static_cast<int>(expected + sps.offsetForTopToBottomField + slice.deltaPoc[0] +
-                                      (slice.fieldPic ? 0 : slice.deltaPoc[1]));
+            top = expected + slice.deltaPoc[0];
+            bottom = top + sps.offsetForTopToBottomField + (slice.fieldPic ? 0 : slice.deltaPoc[1]);
         } else {
             top = bottom = 2 * (frameNumOffset + slice.frameNum) - (slice.nalRefIdc == 0 ? 1 : 0);
             if (slice.idr) top = bottom = 0;
         }
-        prevFrameNumOffset_ = frameNumOffset;
+        check();
+        if (frameNumOffset > INT_MAX - maxFrameNum) throw BadSyntax("frame numbers leave their range");
+        prevFrameNumOffset_ = static_cast<int>(frameNumOffset);
         prevFrameNum_ = slice.frameNum;
     }
-    if (structure & kTopField) picture.poc[0] = top;
-    if (structure & kBottomField) picture.poc[1] = bottom;
+    return {static_cast<int>(top), static_cast<int>(bottom)};
 }
 
 void deriveFrameNumWrap(const std::vector<std::unique_ptr<Picture>>& pictures, const SliceHeader& slice) {
@@ -236,7 +259,7 @@ void PictureBuffer::slidingWindow() {
         ++references;
         if (p->shortTerm != 0 && (oldest == nullptr || p->frameNumWrap < oldest->frameNumWrap)) oldest = p.get();
     }
-    if (references >= std::max(active_->maxNumRefFrames, 1) && oldest != nullptr) oldest->shortTerm = 0;
+    if (references >= mostReferences_ && oldest != nullptr) oldest->shortTerm = 0;
 }
 
 // 8.2.5.4.
@@ -326,9 +349,13 @@ void PictureBuffer::end(const SliceHeader& slice) {
     }
     picture.decoded |= structure;
     if (lastHadMmco5_) {  // 8.2.1: the picture counts from 0 from here on
-        const int base = !slice.fieldPic ? picture.pocOf(kFrame) : picture.pocOf(structure);
-        if (structure & kTopField) picture.poc[0] -= base;
-        if (structure & kBottomField) picture.poc[1] -= base;
+        // The difference of the fields' counts may need more than 32 bits in a broken stream.
+        const std::int64_t base = !slice.fieldPic ? picture.pocOf(kFrame) : picture.pocOf(structure);
+        const auto fromBase = [&](int poc) {
+            return static_cast<int>(std::min<std::int64_t>(poc - base, INT_MAX - 1));
+        };
+        if (structure & kTopField) picture.poc[0] = fromBase(picture.poc[0]);
+        if (structure & kBottomField) picture.poc[1] = fromBase(picture.poc[1]);
         picture.frameNum = 0;
         prevRefFrameNum_ = prevFrameNum_ = prevFrameNumOffset_ = 0;
         prevPocMsb_ = 0;
@@ -360,7 +387,8 @@ void PictureBuffer::makeRoom() {
         for (auto it = pictures_.begin(); it != pictures_.end();) {
             Picture& p = **it;
             if (&p != current_ && &p != previous_ && !p.neededForOutput && !isReference(p)) {
-                spare_.push_back(std::move(*it));
+                // Memory that a frame of a gap still stands for goes with that one.
+                if (!p.nonExisting && p.memory[0].use_count() == 1) spare_.push_back(std::move(*it));
                 it = pictures_.erase(it);
             } else {
                 ++it;

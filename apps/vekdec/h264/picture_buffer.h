@@ -17,8 +17,11 @@ class PictureBuffer {
     explicit PictureBuffer(Output output) : output_(std::move(output)) {}
 
     // Begins the picture (or the second field) to which the slice belongs: gaps in frame_num are filled, an IDR picture
-    // empties the buffer, and there is room. Returns the frame to decode into.
+    // empties the buffer, and there is room. Returns the frame to decode into. Throws BadSyntax for order counts outside
+    // 32 bits; no picture is begun then.
     Picture& begin(const SliceHeader& slice);
+    // How many frames the stream lost right before the picture begun last: a gap that its SPS does not allow.
+    int lost() const { return lost_; }
     // Ends it: reference marking, output of what is due.
     void end(const SliceHeader& slice);
     // Gives out all that is left, at the end of the stream.
@@ -31,9 +34,14 @@ class PictureBuffer {
     const Picture* previous() const { return previous_; }
 
   private:
-    void activate(const SequenceParameterSet& sps);
-    Picture& allocate(const SequenceParameterSet& sps);
-    void decodePicOrderCount(const SliceHeader& slice, Picture& picture);
+    // TopFieldOrderCnt and BottomFieldOrderCnt of the picture, or of the field alone.
+    struct OrderCounts {
+        int top, bottom;
+    };
+    void activate(std::shared_ptr<const SequenceParameterSet> sps);
+    Picture& allocate();
+    Picture& store(std::unique_ptr<Picture> picture);
+    OrderCounts decodePicOrderCount(const SliceHeader& slice);
     void fillFrameNumGap(const SliceHeader& slice);
     void slidingWindow();
     void adaptiveMarking(const SliceHeader& slice);
@@ -43,16 +51,18 @@ class PictureBuffer {
     bool bump();
 
     Output output_;
-    std::vector<std::unique_ptr<Picture>> pictures_;  // in decoding order
-    std::vector<std::unique_ptr<Picture>> spare_;     // memory to use again
-    std::unique_ptr<SequenceParameterSet> active_;    // the SPS that the pictures in the buffer follow
+    std::vector<std::unique_ptr<Picture>> pictures_;      // in decoding order
+    std::vector<std::unique_ptr<Picture>> spare_;         // memory to use again
+    std::shared_ptr<const SequenceParameterSet> active_;  // the SPS that the pictures in the buffer follow
     Picture* current_ = nullptr;
     Picture* previous_ = nullptr;
-    int dpbSize_ = 1, reorderDepth_ = 0;
+    int dpbSize_ = 1, reorderDepth_ = 0, mostReferences_ = 1;
+    int lost_ = 0;
     int maxLongTermFrameIdx_ = -1;  // "no long-term frame indices"
     // The state that picture order counts and gaps need of the picture before (8.2.1).
     int prevRefFrameNum_ = 0, prevFrameNum_ = 0, prevFrameNumOffset_ = 0;
-    int prevPocMsb_ = 0, prevPocLsb_ = 0;
+    std::int64_t prevPocMsb_ = 0;
+    int prevPocLsb_ = 0;
     bool lastHadMmco5_ = false;
 };
 

@@ -58,7 +58,7 @@ int distScaleFactor(int current, int poc0, int poc1) {
 void SliceContext::begin(const Slice& s) {
     slice = &s;
     sps = s.header.sps;
-    pps = s.header.pps;
+    pps = s.header.pps.get();
     picture = s.picture;
     mbaff = s.header.mbaff();
     widthInMbs = picture->widthInMbs;

@@ -75,21 +75,14 @@ int ceilLog2(int x) {
 
 }  // namespace
 
-SliceHeader parseSliceHeader(BitReader& bits, int nalRefIdc, int nalUnitType,
-                             const std::array<const SequenceParameterSet*, 32>& spsById,
-                             const std::array<const PictureParameterSet*, 256>& ppsById) {
+SliceHeader parseSliceHeader(BitReader& bits, int nalRefIdc, int nalUnitType, ParameterSetStore& parameterSets) {
     SliceHeader slice;
     slice.nalRefIdc = nalRefIdc;
     slice.idr = nalUnitType == 5;
     slice.firstMbInSlice = bits.ue("first_mb_in_slice", 1u << 20);
     const int type = bits.ue("slice_type", 9) % 5;
-    slice.ppsId = bits.ue("pic_parameter_set_id", 255);
-    slice.pps = ppsById[static_cast<std::size_t>(slice.ppsId)];
-    if (slice.pps == nullptr)
-        throw BadSyntax("the slice names picture parameter set " + std::to_string(slice.ppsId) +
-                        ", which did not come");
-    slice.sps = spsById[static_cast<std::size_t>(slice.pps->spsId)];
-    if (slice.sps == nullptr) throw BadSyntax("the slice names a sequence parameter set that did not come");
+    slice.pps = parameterSets.picture(bits.ue("pic_parameter_set_id", 255));
+    slice.sps = slice.pps->sps.get();
     const SequenceParameterSet& sps = *slice.sps;
     const PictureParameterSet& pps = *slice.pps;
     if (pps.entropyCodingMode) throw NotSupported("CABAC entropy coding");
@@ -130,9 +123,8 @@ SliceHeader parseSliceHeader(BitReader& bits, int nalRefIdc, int nalUnitType,
     if ((pps.weightedPred && slice.type == SliceType::P) || (pps.weightedBipredIdc == 1 && slice.type == SliceType::B))
         parsePredWeightTable(bits, slice);
     if (nalRefIdc != 0) parseDecRefPicMarking(bits, slice);
-    slice.sliceQp = pps.picInitQp + bits.se();
-    if (slice.sliceQp < -6 * (sps.bitDepthLuma - 8) || slice.sliceQp > 51)
-        throw BadSyntax("the slice's QP is " + std::to_string(slice.sliceQp));
+    slice.sliceQp =
+        pps.picInitQp + bits.se("slice_qp_delta", -6 * (sps.bitDepthLuma - 8) - pps.picInitQp, 51 - pps.picInitQp);
     if (pps.deblockingControlPresent) {
         slice.disableDeblockingIdc = bits.ue("disable_deblocking_filter_idc", 2);
         if (slice.disableDeblockingIdc != 1) {

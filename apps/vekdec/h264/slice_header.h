@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "parameter_sets.h"
+#include "parameter_set_store.h"
 
 namespace vekdec::h264 {
 
@@ -30,7 +30,6 @@ struct SliceHeader {
     bool idr = false;  // IdrPicFlag
     int firstMbInSlice = 0;
     SliceType type = SliceType::I;
-    int ppsId = 0;
     int frameNum = 0;
     bool fieldPic = false, bottomField = false;
     int idrPicId = 0;
@@ -49,16 +48,13 @@ struct SliceHeader {
     int disableDeblockingIdc = 0, alphaC0Offset = 0, betaOffset = 0;  // offsets already doubled
     int sliceGroupChangeCycle = 0;
 
-    const SequenceParameterSet* sps = nullptr;
-    const PictureParameterSet* pps = nullptr;
+    std::shared_ptr<const PictureParameterSet> pps;
+    const SequenceParameterSet* sps = nullptr;  // that of `pps`
     bool mbaff() const { return sps->mbAdaptiveFrameField && !fieldPic; }
     int picHeightInMbs() const { return sps->heightInMbs() / (fieldPic ? 2 : 1); }
 };
 
-// Parses up to the slice data. `spsById` and `ppsById` hold null where no parameter set came. Throws BadSyntax, and
-// NotSupported for SP and SI slices and CABAC.
-SliceHeader parseSliceHeader(BitReader& bits, int nalRefIdc, int nalUnitType,
-                             const std::array<const SequenceParameterSet*, 32>& spsById,
-                             const std::array<const PictureParameterSet*, 256>& ppsById);
+// Parses up to the slice data. Throws BadSyntax, and NotSupported for SP and SI slices, CABAC and 4:4:4.
+SliceHeader parseSliceHeader(BitReader& bits, int nalRefIdc, int nalUnitType, ParameterSetStore& parameterSets);
 
 }  // namespace vekdec::h264

@@ -22,7 +22,13 @@ Argument logWD() {
         return random() % 16 == 0 ? draw(random, 0, UINT32_MAX) : draw(random, 0, 7);
     });
 }
-Argument weight(const char* name) { return mostly(name, -128, 128); }
+// Some are on either side of what the sums of 32 bits hold.
+Argument weight(const char* name) {
+    const Choice usual = mostly(name, -128, 128).value;
+    return integer(name, [=](Random& random, const Call& call) {
+        return random() % 16 == 0 ? draw(random, -10000, 10000) : usual(random, call);
+    });
+}
 Argument offset(const char* name) { return mostly(name, -128, 127); }
 Argument source(const char* name) { return in<Vek8u>(name, region("roiSize")); }
 
@@ -53,7 +59,7 @@ Extent blockOfRecord() {
 }
 Argument samples(const char* name) {
     return in<Vek16u>(name, blockOfRecord()).of([](Random& random, const Call& c) {
-        return draw(random, 0, (1 << c["bitDepth"]) - 1);
+        return draw(random, 0, random() % 16 == 0 ? 65535 : (1 << c["bitDepth"]) - 1);
     });
 }
 Argument side(const char* name) { return range(name, 2, 16).bad({-2, 0, 1, 17}, vekStsErrSize); }
