@@ -17,8 +17,8 @@ using namespace vekapp;
 
 // Where a decoder's frames and sentences go.
 struct Sinks {
-    std::function<void(const Frame&)> frame;            // in output order; valid during the call
-    std::function<void(const std::string&)> report;     // one sentence per damaged slice or what it is
+    std::function<void(const Frame&)> frame;         // in output order; valid during the call
+    std::function<void(const std::string&)> report;  // one sentence per damaged slice or what it is
 };
 
 class Decoder {
@@ -40,8 +40,8 @@ struct DecoderOptions {
 };
 
 struct Format {
-    const char* name;  // as --format takes it
-    const char* what;  // a line for --formats
+    const char* name;                     // as --format takes it
+    const char* what;                     // a line for --formats
     std::span<const char* const> codecs;  // libavcodec's names of it in containers
     // How surely a raw stream with this beginning is of the format: 0 not at all, 100 without doubt.
     int (*probe)(std::span<const std::uint8_t> begin);

@@ -50,8 +50,8 @@ OpenStream openStream(const std::string& name, const std::string& format) {
     if (begin.empty()) throw std::runtime_error(name + " is empty");
     const FileKind kind = kindOf(begin);
     if (kind.container) {
-        stream.source =
-            openContainer(*stream.file, kind.name, [](const std::string& codec) { return formatOfCodec(codec) != nullptr; });
+        stream.source = openContainer(*stream.file, kind.name,
+                                      [](const std::string& codec) { return formatOfCodec(codec) != nullptr; });
         const std::string& codec = stream.source->info().codec;
         if (stream.format == nullptr) stream.format = formatOfCodec(codec);
         if (stream.format == nullptr)

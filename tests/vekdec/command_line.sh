@@ -23,7 +23,7 @@ expect 0 "$vekdec" -q "$stream" -o "$work/out.yuv"
 [ "$(stat -c %s "$work/out.yuv")" = $((20 * 176 * 144 * 3 / 2)) ] || bad "raw video has the wrong size"
 "$vekdec" "$stream" -o - | cmp - "$work/out.yuv" || bad "the pipe differs from the file"
 expect 0 "$vekdec" -q "$stream" -o "$work/out.y4m"
-[ "$(head -n 1 "$work/out.y4m" | tr -d '\0')" = "YUV4MPEG2 W176 H144 F25:1 Ip A1:1 C420jpeg" ] || bad "y4m header"
+[ "$(head -n 1 "$work/out.y4m" | tr -d '\0')" = "YUV4MPEG2 W176 H144 F25:1 Ip A1:1 C420mpeg2" ] || bad "y4m header"
 expect 0 "$vekdec" -q "$stream" --skip 5 --frames 3 --md5
 [ "$said" = "$(sed -n 6,8p "$streams/base_ip.md5")" ] || bad "--skip and --frames"
 for overlay in mb mv qp; do

@@ -88,14 +88,14 @@ def unsupported(hostile):
     slice444 = unit(0x65, [0, 7, 1, (0, 4), 0, (0, 2), 0, 25])
     for what, stream, words in [("data partitioning", partition, "data partitioning"), ("an SP slice", sp, "SP slices")]:
         # The picture is lost; what follows refers to the one before.
-        found = hostile.decode(what + " in mid-stream", b"".join(stream), 1, 19, "does not decode " + words)
+        found = hostile.decode(what + " in mid-stream", b"".join(stream), 1, 19, "does not decode H.264 with " + words)
         if found[:10] != sums[:10]:
             print(f"FAILED: {what} in mid-stream changes the frames before it")
             hostile.failures += 1
     for what, stream, words in [
             ("CABAC from the middle on", good[:at] + [cabac] + [u for u in good[at:] if u[3] & 31 != 8], "CABAC"),
             ("4:4:4 from the middle on", good[:at] + [sps444, pps444, slice444], "4:4:4 chroma")]:
-        found = hostile.decode(what, b"".join(stream), 1, 10, "does not decode " + words)
+        found = hostile.decode(what, b"".join(stream), 1, 10, "does not decode H.264 with " + words)
         if found != sums[:10]:
             print(f"FAILED: {what} changes the frames before it")
             hostile.failures += 1

@@ -33,9 +33,9 @@ struct Frame {
     int bitDepth = 8;     // 8: one byte per sample, more: 16-bit little endian words
     Chroma chroma = Chroma::C420;
     ChromaPlace chromaPlace = ChromaPlace::Left;
-    int number = 0;              // in output order, from 0
-    Rational rate;               // frames per second
-    Rational sampleAspect;       // width of a sample to its height
+    int number = 0;         // in output order, from 0
+    Rational rate;          // frames per second
+    Rational sampleAspect;  // width of a sample to its height
     FieldOrder fields = FieldOrder::Unknown;
     ColourRange range = ColourRange::Unknown;
 };

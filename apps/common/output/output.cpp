@@ -26,8 +26,8 @@ std::string y4mHeader(const Frame& frame) {
         chroma += "p" + std::to_string(frame.bitDepth);
     else if (chroma == "420")
         chroma += frame.chroma == Chroma::None || frame.chromaPlace == ChromaPlace::Centre ? "jpeg"
-                  : frame.chromaPlace == ChromaPlace::Dv                                  ? "paldv"
-                                                                                          : "mpeg2";
+                  : frame.chromaPlace == ChromaPlace::Dv                                   ? "paldv"
+                                                                                           : "mpeg2";
     const char* const fields = frame.fields == FieldOrder::TopFirst      ? "t"
                                : frame.fields == FieldOrder::BottomFirst ? "b"
                                : frame.fields == FieldOrder::Mixed       ? "m"

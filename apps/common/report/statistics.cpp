@@ -8,8 +8,8 @@ void print(const Statistics& s) {
     long all = 0;
     for (const auto& [name, count] : s.kinds) all += count;
     const auto share = [](double part, double whole) { return whole > 0 ? 100 * part / whole : 0.0; };
-    std::fprintf(stderr, "%ld frames, %ld pictures, %ld slices (%ld damaged), %llu bits", s.frames, s.pictures, s.slices,
-                 s.damaged, static_cast<unsigned long long>(s.bits));
+    std::fprintf(stderr, "%ld frames, %ld pictures, %ld slices (%ld damaged), %llu bits", s.frames, s.pictures,
+                 s.slices, s.damaged, static_cast<unsigned long long>(s.bits));
     if (all > 0)
         std::fprintf(stderr, ", %.1f bits per %.*s", static_cast<double>(s.bits) / static_cast<double>(all),
                      static_cast<int>(s.unit.size()) - 1, s.unit.c_str());

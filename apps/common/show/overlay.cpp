@@ -47,8 +47,7 @@ void drawOverlay(Image& image, const BlockMap& map, Overlay overlay) {
                                                 : map.kinds[static_cast<std::size_t>(block.kind)].colour;
         for (int row = 0; row < block.height; ++row)
             for (int column = 0; column < block.width; ++column)
-                blend(image, block.x + column, block.y + row * block.rowDistance, c,
-                      row == 0 || column == 0 ? 70 : 38);
+                blend(image, block.x + column, block.y + row * block.rowDistance, c, row == 0 || column == 0 ? 70 : 38);
     }
 }
 

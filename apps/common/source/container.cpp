@@ -8,17 +8,82 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 }
-
-#include <cstring>
+#include <dlfcn.h>
 
 namespace vekapp {
 namespace {
+
+// The functions of libavformat and its kin, found when the first container is opened: a hundred libraries come with
+// them, and loading these would cost every start of a program 60 ms.
+struct Libav {
+    decltype(&::av_log_set_level) log_set_level;
+    decltype(&::av_strerror) strerror;
+    decltype(&::av_malloc) malloc;
+    decltype(&::av_free) free;
+    decltype(&::av_get_media_type_string) get_media_type_string;
+    decltype(&::avcodec_get_name) get_name;
+    decltype(&::av_packet_alloc) packet_alloc;
+    decltype(&::av_packet_unref) packet_unref;
+    decltype(&::av_packet_free) packet_free;
+    decltype(&::avio_alloc_context) alloc_io;
+    decltype(&::avio_context_free) free_io;
+    decltype(&::avformat_alloc_context) alloc_format;
+    decltype(&::avformat_open_input) open_input;
+    decltype(&::avformat_close_input) close_input;
+    decltype(&::av_read_frame) read_frame;
+
+    Libav() {
+        const Library util("libavutil.so." AV_STRINGIFY(LIBAVUTIL_VERSION_MAJOR));
+        const Library codec("libavcodec.so." AV_STRINGIFY(LIBAVCODEC_VERSION_MAJOR));
+        const Library format("libavformat.so." AV_STRINGIFY(LIBAVFORMAT_VERSION_MAJOR));
+        util.find(log_set_level, "av_log_set_level");
+        util.find(strerror, "av_strerror");
+        util.find(malloc, "av_malloc");
+        util.find(free, "av_free");
+        util.find(get_media_type_string, "av_get_media_type_string");
+        codec.find(get_name, "avcodec_get_name");
+        codec.find(packet_alloc, "av_packet_alloc");
+        codec.find(packet_unref, "av_packet_unref");
+        codec.find(packet_free, "av_packet_free");
+        format.find(alloc_io, "avio_alloc_context");
+        format.find(free_io, "avio_context_free");
+        format.find(alloc_format, "avformat_alloc_context");
+        format.find(open_input, "avformat_open_input");
+        format.find(close_input, "avformat_close_input");
+        format.find(read_frame, "av_read_frame");
+        log_set_level(AV_LOG_QUIET);
+    }
+
+  private:
+    // Stays loaded.
+    struct Library {
+        explicit Library(const char* name) : handle(dlopen(name, RTLD_NOW | RTLD_LOCAL)) { check(); }
+        template <class Function>
+        void find(Function*& function, const char* name) const {
+            function = reinterpret_cast<Function*>(dlsym(handle, name));
+            if (function == nullptr) check();
+        }
+        void check() const {
+            if (const char* error = dlerror(); error != nullptr)
+                throw std::runtime_error(
+                    std::string("containers are read with libavformat: install libavformat" AV_STRINGIFY(
+                        LIBAVFORMAT_VERSION_MAJOR) " (") +
+                    error + ")");
+        }
+        void* handle;
+    };
+};
+
+const Libav& libav() {
+    static const Libav functions;
+    return functions;
+}
 
 constexpr int kPiece = 1 << 16;
 
 std::string reason(int error) {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(error, text, sizeof text);
+    libav().strerror(error, text, sizeof text);
     return text;
 }
 
@@ -49,20 +114,19 @@ class ContainerSource : public Source {
   public:
     ContainerSource(InputFile& file, const std::string& kind, bool (*wanted)(const std::string& codec))
         : file_(file), kind_(kind) {
-        av_log_set_level(AV_LOG_QUIET);
-        auto* memory = static_cast<unsigned char*>(av_malloc(kPiece));
+        auto* memory = static_cast<unsigned char*>(libav().malloc(kPiece));
         io_ = memory == nullptr
                   ? nullptr
-                  : avio_alloc_context(memory, kPiece, 0, &file, readPiece, nullptr, file.seekable() ? seekTo : nullptr);
-        format_ = avformat_alloc_context();
-        packet_ = av_packet_alloc();
+                  : libav().alloc_io(memory, kPiece, 0, &file, readPiece, nullptr, file.seekable() ? seekTo : nullptr);
+        format_ = libav().alloc_format();
+        packet_ = libav().packet_alloc();
         if (io_ == nullptr || format_ == nullptr || packet_ == nullptr) {
-            if (io_ == nullptr) av_free(memory);
+            if (io_ == nullptr) libav().free(memory);
             close();
             throw std::bad_alloc();
         }
         format_->pb = io_;
-        const int error = avformat_open_input(&format_, nullptr, nullptr, nullptr);  // frees the context if it fails
+        const int error = libav().open_input(&format_, nullptr, nullptr, nullptr);  // frees the context if it fails
         if (error < 0) {
             close();
             throw std::runtime_error(file.name() + ": " + kind + " that cannot be read: " + reason(error));
@@ -98,8 +162,8 @@ class ContainerSource : public Source {
   private:
     // The next packet of any stream into packet_; false at the end.
     bool read() {
-        av_packet_unref(packet_);
-        const int error = av_read_frame(format_, packet_);
+        libav().packet_unref(packet_);
+        const int error = libav().read_frame(format_, packet_);
         if (error == AVERROR_EOF) return false;
         if (error < 0) throw std::runtime_error(file_.name() + ": reading breaks off: " + reason(error));
         return true;
@@ -121,10 +185,10 @@ class ContainerSource : public Source {
         if (stream_ < 0) throw std::runtime_error(file_.name() + " is " + kind_ + contents());
         const AVStream& stream = *format_->streams[stream_];
         const AVCodecParameters& p = *stream.codecpar;
-        info_.codec = avcodec_get_name(p.codec_id);
+        info_.codec = libav().get_name(p.codec_id);
         info_.rate = rational(stream.avg_frame_rate.num > 0 ? stream.avg_frame_rate : stream.r_frame_rate);
-        info_.sampleAspect = rational(stream.sample_aspect_ratio.num > 0 ? stream.sample_aspect_ratio
-                                                                         : p.sample_aspect_ratio);
+        info_.sampleAspect =
+            rational(stream.sample_aspect_ratio.num > 0 ? stream.sample_aspect_ratio : p.sample_aspect_ratio);
         info_.width = p.width;
         info_.height = p.height;
         for (unsigned i = 0; i < format_->nb_streams; ++i)
@@ -136,7 +200,7 @@ class ContainerSource : public Source {
             if (onlyOfPacket && static_cast<int>(i) != packet_->stream_index) continue;
             const bool video = p.codec_type == AVMEDIA_TYPE_VIDEO &&
                                (format_->streams[i]->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;
-            if (video && wanted(avcodec_get_name(p.codec_id))) {
+            if (video && wanted(libav().get_name(p.codec_id))) {
                 stream_ = static_cast<int>(i);
                 return;
             }
@@ -146,18 +210,18 @@ class ContainerSource : public Source {
         std::string all;
         for (unsigned i = 0; i < format_->nb_streams; ++i) {
             const AVCodecParameters& p = *format_->streams[i]->codecpar;
-            const char* type = av_get_media_type_string(p.codec_type);
-            all += std::string(i == 0 ? ": " : ", ") + avcodec_get_name(p.codec_id) + " " +
+            const char* type = libav().get_media_type_string(p.codec_type);
+            all += std::string(i == 0 ? ": " : ", ") + libav().get_name(p.codec_id) + " " +
                    (type == nullptr ? "data" : type);
         }
         return all.empty() ? " without any stream" : " without video" + all + " only";
     }
 
     void close() {
-        av_packet_free(&packet_);
-        avformat_close_input(&format_);
-        if (io_ != nullptr) av_freep(&io_->buffer);
-        avio_context_free(&io_);
+        libav().packet_free(&packet_);
+        libav().close_input(&format_);
+        if (io_ != nullptr) libav().free(io_->buffer);
+        libav().free_io(&io_);
     }
 
     InputFile& file_;
@@ -174,6 +238,11 @@ class ContainerSource : public Source {
 
 std::unique_ptr<Source> openContainer(InputFile& file, const std::string& kind,
                                       bool (*wanted)(const std::string& codec)) {
+    try {
+        libav();
+    } catch (const std::runtime_error& e) {
+        throw std::runtime_error(file.name() + " is " + kind + "; " + e.what());
+    }
     return std::make_unique<ContainerSource>(file, kind, wanted);
 }
 

@@ -41,9 +41,15 @@ constexpr Magic kMagics[] = {
     {0, "%PDF"sv, "a PDF document", false},
     {0, "PK\3\4"sv, "a ZIP archive", false},
     {0, "\x1f\x8b"sv, "a gzip archive", false},
-    {0, "\xfd" "7zXZ\0"sv, "an xz archive", false},
+    {0,
+     "\xfd"
+     "7zXZ\0"sv,
+     "an xz archive", false},
     {0, "7z\xbc\xaf"sv, "a 7-Zip archive", false},
-    {0, "\x7f" "ELF"sv, "a program", false},
+    {0,
+     "\x7f"
+     "ELF"sv,
+     "a program", false},
     {0, "<?xml"sv, "an XML document", false},
     {0, "<!DOCTYPE html"sv, "a web page", false},
 };
@@ -58,9 +64,8 @@ bool isTransportStream(std::span<const std::uint8_t> begin, std::size_t length, 
 
 bool isText(std::span<const std::uint8_t> begin) {
     const auto some = begin.first(std::min<std::size_t>(begin.size(), 4096));
-    return std::all_of(some.begin(), some.end(), [](std::uint8_t c) {
-        return c >= 32 || c == '\n' || c == '\r' || c == '\t';
-    });
+    return std::all_of(some.begin(), some.end(),
+                       [](std::uint8_t c) { return c >= 32 || c == '\n' || c == '\r' || c == '\t'; });
 }
 
 }  // namespace
@@ -70,8 +75,7 @@ FileKind kindOf(std::span<const std::uint8_t> begin) {
     for (const Magic& magic : kMagics)
         if (text.size() >= magic.at && text.substr(magic.at).starts_with(magic.bytes))
             return {magic.name, magic.container};
-    if (isTransportStream(begin, 188, 0) || isTransportStream(begin, 192, 4))
-        return {"an MPEG transport stream", true};
+    if (isTransportStream(begin, 188, 0) || isTransportStream(begin, 192, 4)) return {"an MPEG transport stream", true};
     if (!begin.empty() && isText(begin)) return {"a text", false};
     return {};
 }

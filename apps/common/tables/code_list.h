@@ -1,5 +1,5 @@
 // Turns code tables, written as in the standards, into the code lists that the table builders take
-// (include/vekvc/mpeg2.h describes the format). All of it at compile time.
+// (include/vekvc/vlc.h describes the format). All of it at compile time.
 #ifndef VEKVC_APPS_COMMON_CODE_LIST_H
 #define VEKVC_APPS_COMMON_CODE_LIST_H
 

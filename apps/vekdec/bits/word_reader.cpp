@@ -32,8 +32,7 @@ void WordPayload::assignUnescaped(std::span<const std::uint8_t> bytes) {
     while (!bytes.empty()) {
         const auto* escape =
             static_cast<const std::uint8_t*>(memmem(bytes.data(), bytes.size(), kEscape, sizeof kEscape));
-        const std::size_t run =
-            escape == nullptr ? bytes.size() : static_cast<std::size_t>(escape - bytes.data()) + 2;
+        const std::size_t run = escape == nullptr ? bytes.size() : static_cast<std::size_t>(escape - bytes.data()) + 2;
         std::memcpy(to + n, bytes.data(), run);
         n += run;
         bytes = bytes.subspan(escape == nullptr ? run : run + 1);

@@ -7,9 +7,14 @@ namespace {
 
 enum Kind { kLost, kIntra4x4, kIntra8x8, kIntra16x16, kPcm, kInter, kInter8x8, kSkipped };
 constexpr vekapp::BlockKind kKinds[] = {
-    {"lost", {255, 0, 255}},          {"intra 4x4", {230, 60, 60}},       {"intra 8x8", {240, 130, 40}},
-    {"intra 16x16", {240, 210, 60}},  {"pcm", {255, 255, 255}},           {"inter", {60, 120, 230}},
-    {"inter, transform 8x8", {60, 190, 120}}, {"skipped", {60, 60, 70}},
+    {"lost", {255, 0, 255}},
+    {"intra 4x4", {230, 60, 60}},
+    {"intra 8x8", {240, 130, 40}},
+    {"intra 16x16", {240, 210, 60}},
+    {"pcm", {255, 255, 255}},
+    {"inter", {60, 120, 230}},
+    {"inter, transform 8x8", {60, 190, 120}},
+    {"skipped", {60, 60, 70}},
 };
 
 Kind kindOf(const Macroblock& mb) {

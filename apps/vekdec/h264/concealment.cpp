@@ -1,8 +1,8 @@
-#include "concealment.h"
+#include "h264/concealment.h"
 
 #include <cstring>
 
-#include "place.h"
+#include "h264/place.h"
 
 namespace vekdec::h264 {
 namespace {
@@ -29,7 +29,7 @@ int concealMissing(Picture& picture, int structure, const Picture* previous, int
         if (mb.type != MbType::Missing) continue;
         ++missing;
         for (int i = 0; i < 3; ++i) {
-            const PlaneMemory& plane = picture.plane[i];
+            const vekapp::Plane& plane = picture.plane[i];
             if (plane.data == nullptr) continue;
             const int width = plane.width / picture.widthInMbs, height = plane.height / picture.heightInMbs;
             const Place at = placeOf(picture, structure, address, width, height);

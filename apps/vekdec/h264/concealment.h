@@ -1,7 +1,7 @@
 // Lost macroblocks.
 #pragma once
 
-#include "picture.h"
+#include "h264/picture.h"
 
 namespace vekdec::h264 {
 

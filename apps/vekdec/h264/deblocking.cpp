@@ -1,4 +1,4 @@
-#include "deblocking.h"
+#include "h264/deblocking.h"
 
 #include <algorithm>
 #include <array>
@@ -271,7 +271,7 @@ void Filter<Sample>::filterMacroblock(int address, int column, int row) {
     const int macroblockRow = pairs ? 2 * row + (bottom && !mb.field) : structure_ == kFrame ? row : 2 * row;
     const int parityRow = pairs ? bottom && mb.field : structure_ == kBottomField;
     for (int i = 0; i < planes_; ++i) {
-        const PlaneMemory& plane = picture_.plane[i];
+        const vekapp::Plane& plane = picture_.plane[i];
         data_[i] = plane.data + plane.stride * (macroblockRow * mbHeight_[i] + parityRow) +
                    column * mbWidth_[i] * static_cast<int>(sizeof(Sample));
         step_[i] = static_cast<int>(plane.stride) * (mb.field ? 2 : 1);

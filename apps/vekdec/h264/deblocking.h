@@ -1,8 +1,8 @@
 // The deblocking filter (H.264 8.7): boundary strengths here, samples in the library.
 #pragma once
 
-#include "parameter_sets.h"
-#include "picture.h"
+#include "h264/parameter_sets.h"
+#include "h264/picture.h"
 
 namespace vekdec::h264 {
 

@@ -1,4 +1,4 @@
-#include "direct_prediction.h"
+#include "h264/direct_prediction.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // macroblock (temporal).
 #pragma once
 
-#include "motion_vector_prediction.h"
+#include "h264/motion_vector_prediction.h"
 
 namespace vekdec::h264 {
 

@@ -1,7 +1,7 @@
 // H.264 for the list of formats.
 #pragma once
 
-#include "decoder.h"
+#include "h264/stream_decoder.h"
 
 namespace vekdec::h264 {
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "direct_prediction.h"
-#include "slice_decoder_state.h"
+#include "h264/direct_prediction.h"
+#include "h264/slice_decoder_state.h"
 
 namespace vekdec::h264 {
 namespace {

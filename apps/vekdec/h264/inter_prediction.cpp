@@ -1,4 +1,4 @@
-#include "inter_prediction.h"
+#include "h264/inter_prediction.h"
 
 #include <algorithm>
 #include <cstring>

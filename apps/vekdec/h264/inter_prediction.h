@@ -2,7 +2,7 @@
 // left to do here is the border: references end at their last sample.
 #pragma once
 
-#include "slice_context.h"
+#include "h264/slice_context.h"
 
 namespace vekdec::h264 {
 

@@ -1,8 +1,8 @@
-#include "intra_modes.h"
+#include "h264/intra_modes.h"
 
 #include <algorithm>
 
-#include "residual.h"
+#include "h264/residual.h"
 
 namespace vekdec::h264 {
 namespace {

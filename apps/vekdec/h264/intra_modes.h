@@ -1,7 +1,7 @@
 // Intra prediction modes (H.264 8.3.1.1, 8.3.2.1) and which neighbours intra prediction may use.
 #pragma once
 
-#include "neighbours.h"
+#include "h264/neighbours.h"
 
 namespace vekdec::h264 {
 

@@ -1,13 +1,13 @@
-#include "macroblock_layer.h"
+#include "h264/macroblock_layer.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 
-#include "direct_prediction.h"
-#include "inter_prediction.h"
-#include "intra_modes.h"
-#include "slice_decoder_state.h"
+#include "h264/direct_prediction.h"
+#include "h264/inter_prediction.h"
+#include "h264/intra_modes.h"
+#include "h264/slice_decoder_state.h"
 
 namespace vekdec::h264 {
 namespace {
@@ -77,7 +77,7 @@ void SliceDecoder::State::start(int address, bool field) {
         parityRow = context.slice->structure == kBottomField;
     }
     for (int i = 0; i < planes; ++i) {
-        const PlaneMemory& plane = picture.plane[i];
+        const vekapp::Plane& plane = picture.plane[i];
         current.plane[i] = plane.data + plane.stride * (macroblockRow * mbHeight[i] + parityRow) +
                            column_ * mbWidth[i] * picture.bytesPerSample;
         current.planeStep[i] = static_cast<int>(plane.stride) * current.step;

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "slice.h"
+#include "h264/slice.h"
 
 namespace vekdec::h264 {
 

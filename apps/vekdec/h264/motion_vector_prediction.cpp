@@ -1,4 +1,4 @@
-#include "motion_vector_prediction.h"
+#include "h264/motion_vector_prediction.h"
 
 #include <algorithm>
 #include <cstring>

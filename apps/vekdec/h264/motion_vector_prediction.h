@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "neighbours.h"
+#include "h264/neighbours.h"
 
 namespace vekdec::h264 {
 

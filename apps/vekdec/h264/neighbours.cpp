@@ -1,4 +1,4 @@
-#include "neighbours.h"
+#include "h264/neighbours.h"
 
 namespace vekdec::h264 {
 namespace {

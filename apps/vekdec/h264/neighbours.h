@@ -1,7 +1,7 @@
 // Neighbouring macroblocks and blocks of the current macroblock (H.264 6.4).
 #pragma once
 
-#include "slice_context.h"
+#include "h264/slice_context.h"
 
 namespace vekdec::h264 {
 

@@ -1,4 +1,4 @@
-#include "parameter_set_store.h"
+#include "h264/parameter_set_store.h"
 
 #include <algorithm>
 
@@ -17,7 +17,7 @@ Unit withoutZeros(Unit unit) {
 
 void ParameterSetStore::takeSequence(Unit unit) {
     unit = withoutZeros(unit);
-    payload_.assign(unit.data(), unit.size());
+    payload_.assignUnescaped(unit);
     BitReader bits(payload_);
     auto sps = std::make_shared<const SequenceParameterSet>(parseSequenceParameterSet(bits));
     const auto id = static_cast<std::size_t>(sps->id);
@@ -27,14 +27,14 @@ void ParameterSetStore::takeSequence(Unit unit) {
 }
 
 std::shared_ptr<const PictureParameterSet> ParameterSetStore::parse(Unit unit) {
-    payload_.assign(unit.data(), unit.size());
+    payload_.assignUnescaped(unit);
     BitReader bits(payload_);
     return std::make_shared<const PictureParameterSet>(parsePictureParameterSet(bits, sps_));
 }
 
 void ParameterSetStore::takePicture(Unit unit) {
     unit = withoutZeros(unit);
-    payload_.assign(unit.data(), unit.size());
+    payload_.assignUnescaped(unit);
     BitReader bits(payload_);
     Stored& stored = pps_[static_cast<std::size_t>(bits.ue("pic_parameter_set_id", 255))];
     if (std::ranges::equal(stored.unit, unit)) return;

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "parameter_sets.h"
+#include "h264/parameter_sets.h"
 
 namespace vekdec::h264 {
 
@@ -31,7 +31,7 @@ class ParameterSetStore {
     };
     std::shared_ptr<const PictureParameterSet> parse(std::span<const std::uint8_t> unit);
 
-    Payload payload_;
+    WordPayload payload_;
     SequenceParameterSets sps_;
     std::array<std::vector<std::uint8_t>, 32> spsUnits_;
     std::array<Stored, 256> pps_;

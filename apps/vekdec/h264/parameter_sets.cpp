@@ -1,6 +1,9 @@
-#include "parameter_sets.h"
+#include "h264/parameter_sets.h"
 
 #include <algorithm>
+#include <climits>
+#include <iterator>
+#include <numeric>
 
 namespace vekdec::h264 {
 namespace {
@@ -84,22 +87,39 @@ void skipHrd(BitReader& bits) {
     bits.u(20);
 }
 
-// vui_parameters(), E.1.1: only the bitstream restriction matters here.
+// Table E-1, from aspect_ratio_idc 1 on.
+constexpr vekapp::Rational kSampleAspects[] = {{1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33}, {24, 11},
+                                               {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11}, {64, 33},
+                                               {160, 99}, {4, 3},   {3, 2},   {2, 1}};
+
+// vui_parameters(), E.1.1: the bitstream restriction, and what a viewer must know.
 void parseVui(BitReader& bits, SequenceParameterSet& sps) {
-    if (bits.flag() && bits.u(8) == 255) bits.u(32);  // aspect_ratio_idc Extended_SAR
-    if (bits.flag()) bits.flag();                     // overscan
-    if (bits.flag()) {                                // video_signal_type
-        bits.u(4);
+    if (bits.flag()) {  // aspect_ratio_info
+        const unsigned idc = bits.u(8);
+        if (idc == 255) {  // Extended_SAR
+            sps.sampleAspect.num = static_cast<int>(bits.u(16));
+            sps.sampleAspect.den = static_cast<int>(bits.u(16));
+        } else if (idc >= 1 && idc <= std::size(kSampleAspects)) {
+            sps.sampleAspect = kSampleAspects[idc - 1];
+        }
+    }
+    if (bits.flag()) bits.flag();  // overscan
+    if (bits.flag()) {             // video_signal_type
+        bits.u(3);
+        sps.rangeGiven = true;
+        sps.fullRange = bits.flag();
         if (bits.flag()) bits.u(24);
     }
     if (bits.flag()) {  // chroma_loc_info
-        bits.ue();
-        bits.ue();
+        sps.chromaSampleLocType = bits.ue("chroma_sample_loc_type_top_field", 5);
+        bits.ue("chroma_sample_loc_type_bottom_field", 5);
     }
-    if (bits.flag()) {  // timing_info
-        bits.u(32);
-        bits.u(32);
+    if (bits.flag()) {  // timing_info: a tick is a field
+        const std::uint64_t tick = std::uint64_t{2} * bits.u(32), scale = bits.u(32);
         bits.flag();
+        const std::uint64_t common = std::gcd(tick, scale);
+        if (tick != 0 && scale != 0 && tick / common <= INT_MAX && scale / common <= INT_MAX)
+            sps.frameRate = {static_cast<int>(scale / common), static_cast<int>(tick / common)};
     }
     const bool nalHrd = bits.flag();
     if (nalHrd) skipHrd(bits);

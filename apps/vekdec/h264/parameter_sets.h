@@ -6,7 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "bit_reader.h"
+#include "frames/frame.h"
+#include "h264/bit_reader.h"
 
 namespace vekdec::h264 {
 
@@ -40,11 +41,19 @@ struct SequenceParameterSet {
     bool mbAdaptiveFrameField = false;
     bool direct8x8Inference = false;
     int cropLeft = 0, cropRight = 0, cropTop = 0, cropBottom = 0;  // luma samples of the frame
+    vekapp::Rational sampleAspect, frameRate;                      // of the VUI parameters (Annex E); 0: not given
+    bool rangeGiven = false, fullRange = false;
+    int chromaSampleLocType = 0;
     bool bitstreamRestriction = false;
     int maxNumReorderFrames = -1, maxDecFrameBuffering = -1;  // -1: not given
 
     int heightInMbs() const { return heightInMapUnits * (frameMbsOnly ? 1 : 2); }  // FrameHeightInMbs
     int bitDepth() const { return bitDepthLuma > bitDepthChroma ? bitDepthLuma : bitDepthChroma; }
+    vekapp::Chroma chroma() const {
+        return chromaFormatIdc == 0   ? vekapp::Chroma::None
+               : chromaFormatIdc == 1 ? vekapp::Chroma::C420
+                                      : vekapp::Chroma::C422;
+    }
     int chromaWidthMb() const { return chromaFormatIdc == 0 ? 0 : chromaFormatIdc == 3 ? 16 : 8; }   // MbWidthC
     int chromaHeightMb() const { return chromaFormatIdc == 0 ? 0 : chromaFormatIdc == 1 ? 8 : 16; }  // MbHeightC
 };

@@ -8,8 +8,8 @@
 #include <memory>
 #include <vector>
 
-#include "parameter_sets.h"
-#include "sample_memory.h"
+#include "frames/plane.h"
+#include "h264/parameter_sets.h"
 
 namespace vekdec::h264 {
 
@@ -54,18 +54,11 @@ struct SliceParameters {
     bool isB = false;
 };
 
-// Planes lie alone in memory: nothing may be read or written outside them.
-struct PlaneMemory {
-    std::uint8_t* data = nullptr;
-    std::ptrdiff_t stride = 0;  // bytes
-    int width = 0, height = 0;  // samples, in whole macroblocks
-};
-
 enum Structure : int { kTopField = 1, kBottomField = 2, kFrame = 3 };
 
 struct Picture {
-    PlaneMemory plane[3];                     // without chroma in monochrome
-    std::shared_ptr<SampleMemory> memory[3];  // shared with frames of gaps in frame_num that stand for this one
+    vekapp::Plane plane[3];                         // without chroma in monochrome
+    std::shared_ptr<vekapp::PictureMemory> memory;  // shared with frames of gaps in frame_num that stand for this one
     int bytesPerSample = 1;
     int widthInMbs = 0, heightInMbs = 0;  // of the frame
     std::vector<Macroblock> mbs;  // by macroblock address of the frame as MBAFF counts if mbaff, else by raster; field

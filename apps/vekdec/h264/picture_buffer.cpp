@@ -1,4 +1,4 @@
-#include "picture_buffer.h"
+#include "h264/picture_buffer.h"
 
 #include <algorithm>
 #include <climits>
@@ -86,15 +86,9 @@ Picture& PictureBuffer::allocate() {
         picture->bytesPerSample = sps.bitDepth() > 8 ? 2 : 1;
         picture->widthInMbs = sps.widthInMbs;
         picture->heightInMbs = sps.heightInMbs();
-        for (int i = 0; i < (sps.chromaFormatIdc == 0 ? 1 : 3); ++i) {
-            PlaneMemory& plane = picture->plane[i];
-            plane.width = sps.widthInMbs * (i == 0 ? 16 : sps.chromaWidthMb());
-            plane.height = sps.heightInMbs() * (i == 0 ? 16 : sps.chromaHeightMb());
-            plane.stride = plane.width * picture->bytesPerSample;
-            picture->memory[i] = std::make_shared<SampleMemory>(static_cast<std::size_t>(plane.stride) *
-                                                                static_cast<std::size_t>(plane.height));
-            plane.data = picture->memory[i]->data();
-        }
+        picture->memory = std::make_shared<vekapp::PictureMemory>(
+            vekapp::PictureFormat{16 * sps.widthInMbs, 16 * sps.heightInMbs(), sps.chroma(), sps.bitDepth()});
+        std::copy_n(picture->memory->plane, 3, picture->plane);
         picture->mbs.resize(static_cast<std::size_t>(sps.widthInMbs * sps.heightInMbs()));
     }
     picture->slices.clear();
@@ -164,10 +158,8 @@ void PictureBuffer::fillFrameNumGap(const SliceHeader& slice) {
         slidingWindow();
         const OrderCounts counts = slice.sps->pocType != 0 ? decodePicOrderCount(gap) : OrderCounts{0, 0};
         auto empty = std::make_unique<Picture>();
-        for (std::size_t i = 0; i < 3; ++i) {
-            empty->plane[i] = previous_->plane[i];
-            empty->memory[i] = previous_->memory[i];
-        }
+        std::copy_n(previous_->plane, 3, empty->plane);
+        empty->memory = previous_->memory;
         empty->bytesPerSample = previous_->bytesPerSample;
         empty->widthInMbs = previous_->widthInMbs;
         empty->heightInMbs = previous_->heightInMbs;
@@ -388,7 +380,7 @@ void PictureBuffer::makeRoom() {
             Picture& p = **it;
             if (&p != current_ && &p != previous_ && !p.neededForOutput && !isReference(p)) {
                 // Memory that a frame of a gap still stands for goes with that one.
-                if (!p.nonExisting && p.memory[0].use_count() == 1) spare_.push_back(std::move(*it));
+                if (!p.nonExisting && p.memory.use_count() == 1) spare_.push_back(std::move(*it));
                 it = pictures_.erase(it);
             } else {
                 ++it;

@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "picture.h"
-#include "slice_header.h"
+#include "h264/picture.h"
+#include "h264/slice_header.h"
 
 namespace vekdec::h264 {
 

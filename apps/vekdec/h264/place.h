@@ -1,7 +1,7 @@
 // Where a macroblock lies in its frame.
 #pragma once
 
-#include "picture.h"
+#include "h264/picture.h"
 
 namespace vekdec::h264 {
 

@@ -1,4 +1,4 @@
-#include "reconstruction.h"
+#include "h264/reconstruction.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 // From prediction and residual to samples (H.264 8.3, 8.5): the library does it, one call for luma and one for chroma.
 #pragma once
 
-#include "residual.h"
+#include "h264/residual.h"
 
 namespace vekdec::h264 {
 

@@ -1,8 +1,8 @@
-#include "reference_lists.h"
+#include "h264/reference_lists.h"
 
 #include <algorithm>
 
-#include "picture_buffer.h"
+#include "h264/picture_buffer.h"
 
 namespace vekdec::h264 {
 namespace {

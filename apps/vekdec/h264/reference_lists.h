@@ -1,7 +1,7 @@
 // Reference picture lists (H.264 8.2.4).
 #pragma once
 
-#include "slice.h"
+#include "h264/slice.h"
 
 namespace vekdec::h264 {
 

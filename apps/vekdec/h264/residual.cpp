@@ -1,10 +1,10 @@
-#include "residual.h"
+#include "h264/residual.h"
 
 #include <cstring>
 #include <new>
 #include <type_traits>
 
-#include "h264_vlc_tables.h"
+#include "tables/h264_vlc_tables.h"
 
 namespace vekdec::h264 {
 

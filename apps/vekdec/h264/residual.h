@@ -5,7 +5,7 @@
 #include <array>
 #include <memory>
 
-#include "neighbours.h"
+#include "h264/neighbours.h"
 #include "vekvc.h"
 
 namespace vekdec::h264 {

@@ -1,4 +1,4 @@
-#include "slice_context.h"
+#include "h264/slice_context.h"
 
 #include <algorithm>
 
@@ -20,7 +20,7 @@ ReferencePicture resolve(const Reference& reference, int structure) {
     r.longTerm = reference.longTerm();
     const int rows = structure == kFrame ? 1 : 2;  // of the frame for one of the reference
     for (int i = 0; i < 3; ++i) {
-        const PlaneMemory& memory = r.picture->plane[i];
+        const vekapp::Plane& memory = r.picture->plane[i];
         if (memory.data == nullptr) continue;
         r.plane[i] = {memory.data + (structure == kBottomField ? memory.stride : 0),
                       static_cast<int>(memory.stride) * rows, memory.width, memory.height / rows};

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "slice.h"
+#include "h264/slice.h"
 
 namespace vekdec::h264 {
 

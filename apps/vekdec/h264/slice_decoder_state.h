@@ -6,9 +6,9 @@
 #include <functional>
 #include <vector>
 
-#include "macroblock_layer.h"
-#include "motion_vector_prediction.h"
-#include "reconstruction.h"
+#include "h264/macroblock_layer.h"
+#include "h264/motion_vector_prediction.h"
+#include "h264/reconstruction.h"
 
 namespace vekdec::h264 {
 

@@ -1,4 +1,4 @@
-#include "slice_groups.h"
+#include "h264/slice_groups.h"
 
 #include <algorithm>
 

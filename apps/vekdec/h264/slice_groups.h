@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "slice_header.h"
+#include "h264/slice_header.h"
 
 namespace vekdec::h264 {
 

@@ -1,4 +1,4 @@
-#include "slice_header.h"
+#include "h264/slice_header.h"
 
 namespace vekdec::h264 {
 namespace {
@@ -75,20 +75,21 @@ int ceilLog2(int x) {
 
 }  // namespace
 
-SliceHeader parseSliceHeader(BitReader& bits, int nalRefIdc, int nalUnitType, ParameterSetStore& parameterSets) {
+SliceHeader parseSliceHeader(BitReader& bits, const NalUnit& nal, ParameterSetStore& parameterSets) {
     SliceHeader slice;
-    slice.nalRefIdc = nalRefIdc;
-    slice.idr = nalUnitType == 5;
+    slice.nalRefIdc = nal.refIdc;
+    slice.idr = nal.type == NalUnitType::IdrSlice;
     slice.firstMbInSlice = bits.ue("first_mb_in_slice", 1u << 20);
     const int type = bits.ue("slice_type", 9) % 5;
     slice.pps = parameterSets.picture(bits.ue("pic_parameter_set_id", 255));
     slice.sps = slice.pps->sps.get();
     const SequenceParameterSet& sps = *slice.sps;
     const PictureParameterSet& pps = *slice.pps;
-    if (pps.entropyCodingMode) throw NotSupported("CABAC entropy coding");
-    if (type > 2) throw NotSupported(type == 3 ? "SP slices" : "SI slices");
+    if (pps.entropyCodingMode) throw NotSupported("H.264 with CABAC");
+    if (type > 2) throw NotSupported(type == 3 ? "H.264 with SP slices" : "H.264 with SI slices");
     if (sps.chromaFormatIdc == 3)
-        throw NotSupported(sps.separateColourPlanes ? "4:4:4 with separate colour planes" : "4:4:4 chroma");
+        throw NotSupported(sps.separateColourPlanes ? "H.264 with 4:4:4 chroma in separate planes"
+                                                    : "H.264 with 4:4:4 chroma");
     slice.type = static_cast<SliceType>(type);
     if (slice.idr && slice.type != SliceType::I) throw BadSyntax("an IDR picture holds a slice that is not intra");
     slice.frameNum = static_cast<int>(bits.u(sps.log2MaxFrameNum));
@@ -122,7 +123,7 @@ SliceHeader parseSliceHeader(BitReader& bits, int nalRefIdc, int nalUnitType, Pa
     parseRefListModification(bits, slice);
     if ((pps.weightedPred && slice.type == SliceType::P) || (pps.weightedBipredIdc == 1 && slice.type == SliceType::B))
         parsePredWeightTable(bits, slice);
-    if (nalRefIdc != 0) parseDecRefPicMarking(bits, slice);
+    if (nal.refIdc != 0) parseDecRefPicMarking(bits, slice);
     slice.sliceQp =
         pps.picInitQp + bits.se("slice_qp_delta", -6 * (sps.bitDepthLuma - 8) - pps.picInitQp, 51 - pps.picInitQp);
     if (pps.deblockingControlPresent) {

@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "parameter_set_store.h"
+#include "h264/nal_unit.h"
+#include "h264/parameter_set_store.h"
 
 namespace vekdec::h264 {
 
@@ -55,6 +56,6 @@ struct SliceHeader {
 };
 
 // Parses up to the slice data. Throws BadSyntax, and NotSupported for SP and SI slices, CABAC and 4:4:4.
-SliceHeader parseSliceHeader(BitReader& bits, int nalRefIdc, int nalUnitType, ParameterSetStore& parameterSets);
+SliceHeader parseSliceHeader(BitReader& bits, const NalUnit& nal, ParameterSetStore& parameterSets);
 
 }  // namespace vekdec::h264

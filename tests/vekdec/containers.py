@@ -1,0 +1,80 @@
+#!/usr/bin/env python3
+"""Streams inside containers decode to the same frames as raw, from files and from pipes; other files are named.
+
+usage: containers.py VEKDEC STREAMS
+
+ffmpeg wraps the streams; without it the test is skipped (exit status 77).
+"""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+SKIPPED = 77
+KINDS = ["mp4", "mov", "mkv", "avi", "ts", "mpg", "mxf", "wmv", "flv"]
+
+
+def run(*command, **options):
+    return subprocess.run([str(c) for c in command], capture_output=True, timeout=120, check=False, **options)
+
+
+def main(vekdec, streams):
+    failures = 0
+
+    def expect(good, what, done):
+        nonlocal failures
+        if not good:
+            failures += 1
+            print(f"FAILED: {what}: status {done.returncode}, said {done.stdout.decode()[:200]}{done.stderr.decode()[:300]}")
+
+    if shutil.which("ffmpeg") is None:
+        print("skipped: no ffmpeg to make containers with")
+        return SKIPPED
+    with tempfile.TemporaryDirectory() as work:
+        def make(name, *arguments):
+            path = os.path.join(work, name)
+            done = run("ffmpeg", "-nostdin", "-y", "-loglevel", "error", *arguments, path)
+            if done.returncode != 0:
+                raise RuntimeError(f"ffmpeg cannot make {name}: {done.stderr.decode()}")
+            return path
+
+        for kind in KINDS:
+            name = "base_refs"
+            path = make("x." + kind, "-fflags", "+genpts", "-framerate", "30", "-i", f"{streams}/{name}.264", "-c", "copy")
+            sums = f"{streams}/{name}.md5"
+            done = run(vekdec, "-q", path, "--check", sums)
+            expect(done.returncode == 0, f"{kind} from a file", done)
+            if kind not in ("mxf",):  # its index stands behind the frames
+                with open(path, "rb") as file:
+                    done = run(vekdec, "-q", "-", "--check", sums, stdin=file)
+                expect(done.returncode == 0 or kind in ("mp4", "mov"), f"{kind} from a pipe", done)
+        header = run(vekdec, "-q", make("jm.avi", "-fflags", "+genpts", "-framerate", "30", "-i", f"{streams}/jm_no_d8inf.264",
+                                     "-c", "copy"), "--frames", "1", "-o", os.path.join(work, "x.y4m"))
+        with open(os.path.join(work, "x.y4m"), "rb") as file:
+            expect(b" F25:1 " not in file.readline(), "the container's frame rate, where the stream names none", header)
+        # B pictures, fields, more than 8 bits.
+        for name in "main_b_temporal_178x146", "jm_field_temporal", "hi422_10_b":
+            path = make(name + ".mp4", "-r", "25", "-i", f"{streams}/{name}.264", "-c", "copy")
+            done = run(vekdec, "-q", path, "--check", f"{streams}/{name}.md5")
+            expect(done.returncode == 0, f"{name} in mp4", done)
+        # What it is, where it is nothing to decode.
+        sound = make("sound.mp4", "-f", "lavfi", "-i", "sine=d=1", "-c:a", "aac")
+        other = make("other.mkv", "-f", "lavfi", "-i", "testsrc2=s=64x64:d=1", "-c:v", "ffv1")
+        picture = make("picture.png", "-f", "lavfi", "-i", "testsrc2=s=64x64:d=1", "-frames:v", "1")
+        cut = os.path.join(work, "cut.mp4")
+        with open(os.path.join(work, "x.mp4"), "rb") as whole, open(cut, "wb") as part:
+            part.write(whole.read(600))
+        for path, words in [(sound, "aac audio only"), (other, "the video is ffv1"), (picture, "a PNG picture"),
+                            (cut, "cut.mp4")]:
+            done = run(vekdec, path, "-o", os.path.join(work, "none.y4m"))
+            said = done.stderr.decode()
+            expect(done.returncode == 2 and words in said and said.count("\n") == 1, os.path.basename(path), done)
+            expect(not os.path.exists(os.path.join(work, "none.y4m")), f"{path} leaves an output", done)
+    if failures == 0:
+        print("all as described")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
