@@ -43,6 +43,7 @@
 #define VEKVC_COMMON_DCT_SIMD_H
 
 #include <algorithm>
+#include <bit>
 
 #include "common/dct_rows_simd.h"
 
@@ -65,46 +66,72 @@ struct DctSums {
 
 inline constexpr Vek32s kMostMagnitude = 32766;
 
-// ---- results that single precision does not decide
+// ---- results that single precision does not decide: the exact sum
 
-// 2^-42 C(m), exactly.
-struct DctCosines {
-    double at[8][8];
+// |cos(angle(u, x) pi / 16)| is cos(m pi / 16) for an m of 1 to 7, its class. D(a, b) changes its sign with the sign of
+// either cosine, so that 7 x 7 values make all sums. Each, below 2^43, is split into digits of 15 bits, the highest one
+// signed: products of digits and 16-bit values are added in 32 bits, exactly while the magnitudes of the values add up
+// to less than 2^15.
+struct ExactLine {
+    Vek8u gather[16];  // class of each of the line's 8 columns, as places of bytes in a table row
+    Vek16s sign[8];
+    Vek8u row[8];  // the same for the block's 8 rows: class, plus 8 if negative
 };
-constexpr DctCosines dctCosines() {
-    DctCosines t = {};
+struct ExactTables {
+    Vek16s digit[16][3][8];  // of D(row's class, column's class), negated in rows from 8 on
+    ExactLine ofPlace[8];    // one place, the 8 frequencies
+    ExactLine ofFrequency[8];
+};
+constexpr ExactTables exactTables() {
+    ExactTables t = {};
+    for (int row = 1; row < 8; ++row)
+        for (int column = 1; column < 8; ++column)
+            for (const int sign : {1, -1}) {
+                const std::int64_t d = sign * dct::basis(row, column);
+                auto& digit = t.digit[sign > 0 ? row : row + 8];
+                digit[0][column] = static_cast<Vek16s>(d & 32767);
+                digit[1][column] = static_cast<Vek16s>(d >> 15 & 32767);
+                digit[2][column] = static_cast<Vek16s>(d >> 30);
+            }
     for (int u = 0; u < 8; ++u)
-        for (int x = 0; x < 8; ++x) t.at[u][x] = static_cast<double>(dct::cosine(dct::angle(u, x))) / 4398046511104.0;
+        for (int x = 0; x < 8; ++x) {
+            const int turn = dct::angle(u, x) & 31, half = turn > 16 ? 32 - turn : turn;
+            const bool negative = half > 8;
+            const int m = negative ? 16 - half : half;
+            const auto enter = [&](ExactLine& line, int i) {
+                line.gather[2 * i] = static_cast<Vek8u>(2 * m);
+                line.gather[2 * i + 1] = static_cast<Vek8u>(2 * m + 1);
+                line.sign[i] = negative ? -1 : 1;
+                line.row[i] = static_cast<Vek8u>(negative ? m + 8 : m);
+            };
+            enter(t.ofPlace[x], u);
+            enter(t.ofFrequency[u], x);
+        }
     return t;
 }
-inline constexpr DctCosines kDctCosines = dctCosines();
+inline constexpr ExactTables kExactTables = exactTables();
 
-// The rounded sum of values weighted by both cosines, in double precision, or by `exactSum` if that is too near a tie.
-// The error in units of 2^-32: that of the 43-digit cosines 1/4 * 2 * 2^-43 * 2^32 * 2^21 = 512 at most, that of the
-// exact sum 2^-45 * 2^32 * 2^21 = 256, that of the roundings less than 2^32 * 20 * 2^-52 / 4 * 2^21 < 11, truncation 1.
-template <class ExactSum>
-inline Vek16s roundWeighted(const Vek16s (&values)[64], const double (&weightOfRow)[8],
-                            const double (&weightOfColumn)[8], ExactSum exactSum) {
-    double columns[8] = {};
-    for (int i = 0; i < 8; ++i)
-        for (int j = 0; j < 8; ++j) columns[j] += weightOfRow[i] * values[8 * i + j];
-    double sum = 0;
-    for (int j = 0; j < 8; ++j) sum += columns[j] * weightOfColumn[j];
-    const std::int64_t result = static_cast<std::int64_t>(sum * 1073741824.0) + 0x80000000;  // 1/4 * 2^32 * sum
-    constexpr Vek32u error = 1024;
-    if (static_cast<Vek32u>(result) + error < 2 * error) return dct::roundSum(exactSum());
-    return static_cast<Vek16s>(clip3(-32768, 32767, result >> 32));
-}
-inline Vek16s inverseSample(const Vek16s (&coefficients)[64], int x, int y) {
-    double row[8], column[8];
-    for (int k = 0; k < 8; ++k) {
-        row[k] = kDctCosines.at[k][y];
-        column[k] = kDctCosines.at[k][x];
+// The sum over 8 rows of 8 values whose magnitudes add up to less than 2^15.
+VEKVC_SIMD_INLINE std::int64_t exactSum(const i16x8 (&values)[8], const ExactLine& columns, const ExactLine& rows) {
+    const u8x16 gather = load<u8x16>(columns.gather);
+    const i16x8 sign = load<i16x8>(columns.sign);
+    i32x4 sum[3] = {zero<i32x4>(), zero<i32x4>(), zero<i32x4>()};
+    for (int i = 0; i < 8; ++i) {
+        const i16x8 signedValues = withSign(values[i], sign);
+        for (int k = 0; k < 3; ++k)
+            sum[k] += mulAddPairs(signedValues, shuffleBytes(load<i16x8>(kExactTables.digit[rows.row[i]][k]), gather));
     }
-    return roundWeighted(coefficients, row, column, [&] { return dct::inverseSum(coefficients, x, y); });
+    return (std::int64_t{sumLanes(sum[2])} << 30) + (std::int64_t{sumLanes(sum[1])} << 15) + sumLanes(sum[0]);
 }
-inline Vek16s forwardSample(const Vek16s (&samples)[64], int u, int v) {
-    return roundWeighted(samples, kDctCosines.at[v], kDctCosines.at[u], [&] { return dct::forwardSum(samples, u, v); });
+// The same for all values, by their low and high 8 bits.
+VEKVC_SIMD_INLINE std::int64_t exactSumOfAny(const i16x8 (&values)[8], const ExactLine& columns,
+                                             const ExactLine& rows) {
+    i16x8 low[8], high[8];
+    for (int i = 0; i < 8; ++i) {
+        low[i] = values[i] & splat<i16x8>(255);
+        high[i] = values[i] >> 8;
+    }
+    return exactSum(low, columns, rows) + (exactSum(high, columns, rows) << 8);
 }
 
 // The sums in memory: at[x][y] of the inverse, at[u][v] of the forward transform.
@@ -120,40 +147,53 @@ struct DctSpill {
             for (int p = 0; p < kDctParts; ++p) sums.at[p][i] = load<DctInts>(&at[i][p * 8 / kDctParts]);
     }
 };
-constexpr Vek32s kAllUndecided = 65536;  // as a margin
-
-// Replaces the sums with low 16 bits below the margin.
-template <class Sample>
-[[gnu::always_inline]] inline void decide(DctSpill& sums, Vek32s margin, Sample sample) {
-    for (int i = 0; i < 8; ++i)
-        for (int j = 0; j < 8; ++j)
-            if ((sums.at[i][j] & 0xFFFF) < margin) sums.at[i][j] = sample(i, j) * 65536;
+// Which sums have low 16 bits below the margin: bit 8 i + j for at[i][j].
+inline std::uint64_t undecided(const DctSpill& sums, Vek32s margin) {
+    const i32x4 limit = splat<i32x4>(margin), fraction = splat<i32x4>(0xFFFF);
+    std::uint64_t found = 0;
+    for (int i = 6; i >= 0; i -= 2) {
+        const auto below = [&](int row, int column) { return (load<i32x4>(&sums.at[row][column]) & fraction) < limit; };
+        const i16x8 first = narrowI16(below(i, 0), below(i, 4)), second = narrowI16(below(i + 1, 0), below(i + 1, 4));
+        found = found << 16 | byteMask(narrowI8(first, second));
+    }
+    return found;
 }
 
-// Of the coefficients, those of the first `corner` rows and columns count. With 0 and 4 alone in both directions 8 X is
-// an integer, and ties are frequent.
-template <int corner>
-[[gnu::noinline, gnu::cold]] void decideInverse(const Vek16s* src, DctSpill& sums, Vek32s margin) {
-    const Block<Vek16s> in(src, 16);
-    Vek16s block[64] = {};
-    int others = 0;
-    for (int v = 0; v < corner; ++v)
-        for (int u = 0; u < corner; ++u) {
-            block[8 * v + u] = in(u, v);
-            if (((u | v) & 3) != 0) others |= in(u, v);
-        }
-    if (others != 0) return decide(sums, margin, [&](int x, int y) { return inverseSample(block, x, y); });
+// Makes sums anew: those with a bit in `which`, or all of a block with any values.
+VEKVC_SIMD_INLINE void decide(DctSpill& sums, std::uint64_t which, const i16x8 (&values)[8],
+                              const ExactLine (&lines)[8]) {
+    for (; which != 0; which &= which - 1) {
+        const int n = std::countr_zero(which), i = n >> 3, j = n & 7;
+        sums.at[i][j] = dct::roundSum(exactSum(values, lines[i], lines[j])) * 65536;
+    }
+}
+VEKVC_SIMD_INLINE void decideAll(DctSpill& sums, const i16x8 (&values)[8], const ExactLine (&lines)[8]) {
+    for (int i = 0; i < 8; ++i)
+        for (int j = 0; j < 8; ++j) sums.at[i][j] = dct::roundSum(exactSumOfAny(values, lines[i], lines[j])) * 65536;
+}
+
+// The inverse transform's sums below the margin, or all of them. With coefficients 0 and 4 alone in both directions 8 X
+// is an integer, and ties are frequent.
+[[gnu::noinline]] inline void decideInverse(const i16x8 (&rows)[8], DctSpill& sums, Vek32s margin, bool all) {
+    if (all) return decideAll(sums, rows, kExactTables.ofPlace);
+    std::uint64_t which = undecided(sums, margin);
+    const i16x8 not04 = lanes<i16x8>(0, -1, -1, -1, 0, -1, -1, -1);
+    i16x8 others = (rows[0] | rows[4]) & not04;
+    for (const int v : {1, 2, 3, 5, 6, 7}) others = others | rows[v];
+    if (!allZero(others)) return decide(sums, which, rows, kExactTables.ofPlace);
     const auto sign = [](int i) { return ((i + 1) & 2) != 0 ? -1 : 1; };  // of cos((2i + 1) pi / 4)
-    decide(sums, margin, [&](int x, int y) {
-        const int even = block[0] + sign(x) * block[4], odd = block[32] + sign(x) * block[36];
-        return clip3(-32768, 32767, (even + sign(y) * odd + 4) >> 3);
-    });
+    for (; which != 0; which &= which - 1) {
+        const int n = std::countr_zero(which), x = n >> 3, y = n & 7;
+        const int even = lane<0>(rows[0]) + sign(x) * lane<4>(rows[0]);
+        const int odd = lane<0>(rows[4]) + sign(x) * lane<4>(rows[4]);
+        sums.at[x][y] = ((even + sign(y) * odd + 4) >> 3) * 65536;
+    }
 }
 
 // ---- what both directions share
 
 // e for a sum of weighted magnitudes.
-constexpr Vek32s errorBound(Vek32s weighted) { return (weighted + 1100) >> 9; }
+VEKVC_SIMD_INLINE Vek32s errorBound(Vek32s weighted) { return ((weighted >> (roundsToNearest() ? 1 : 0)) + 1100) >> 9; }
 
 // K(k), scaled.
 template <class V, int k, int scale = 1>
@@ -315,7 +355,7 @@ VEKVC_SIMD_INLINE Vek32s magnitudesOfCorner(const Vek16s* src) {
 }
 
 template <int corner, class Destination>
-void dctInverse(const Vek16s* src, const Destination& dst) {
+void dctInverse(const Vek16s* src, Destination dst) {
     const Vek32s all = magnitudesOfCorner<corner>(src);
     const Vek32s first = load<Vek16s>(src), magnitudeOfFirst = first < 0 ? -first : first;
     DctRows rows;
@@ -340,7 +380,10 @@ void dctInverse(const Vek16s* src, const Destination& dst) {
     }
     if (all > kMostMagnitude || anyBelowMargin(sums, 2 * e)) [[unlikely]] {
         DctSpill spilled(sums);
-        decideInverse<corner>(src, spilled, all > kMostMagnitude ? kAllUndecided : 2 * e);
+        i16x8 coefficients[8];
+        for (int v = 0; v < 8; ++v)
+            coefficients[v] = v < corner ? loadBytes<i16x8, 2 * corner>(src + 8 * v) : zero<i16x8>();
+        decideInverse(coefficients, spilled, 2 * e, all > kMostMagnitude);
         spilled.fetch(sums);
     }
     storeRows(dst, roundedRows(sums));
@@ -348,21 +391,25 @@ void dctInverse(const Vek16s* src, const Destination& dst) {
 
 // ---- forward
 
-// Coefficients 0 and 4 in both directions have no error and no margin. Where only large values of one sign made the
-// error's bound large, it counts from their mean: to all other coefficients a constant adds nothing that is rounded.
-[[gnu::noinline, gnu::cold]] inline void decideForward(const Vek16s (&samples)[64], DctSpill& sums, Vek32s e,
-                                                       bool all) {
-    if (all) return decide(sums, kAllUndecided, [&](int u, int v) { return forwardSample(samples, u, v); });
-    Vek32s mean = 32, magnitudes = 0;
-    for (const Vek16s s : samples) mean += s;
-    mean >>= 6;
-    for (const Vek16s s : samples) magnitudes += s < mean ? mean - s : s - mean;
-    const Vek32s least = std::min(e, errorBound(11 * magnitudes));
-    for (auto& column : sums.at)
-        for (Vek32s& sum : column) sum -= e - least;
-    for (const int u : {0, 4})
-        for (const int v : {0, 4}) sums.at[u][v] = (sums.at[u][v] + e - least) | 0xFFFF;
-    decide(sums, 2 * least, [&](int u, int v) { return forwardSample(samples, u, v); });
+// The forward transform's sums below the margin, but for the exact ones, or all of them. Where values are large but near
+// to each other, the bound e of the error is too, and counts anew from their mean: to inexact coefficients a constant
+// adds nothing.
+[[gnu::noinline]] inline void decideForward(const i16x8 (&rows)[8], DctSpill& sums, Vek32s e, bool all) {
+    if (all) return decideAll(sums, rows, kExactTables.ofFrequency);
+    i32x4 total = zero<i32x4>();
+    for (const i16x8 row : rows) total += mulAddPairs(row, splat<i16x8>(1));
+    const i16x8 mean = splat<i16x8>((sumLanes(total) + 32) >> 6);
+    i16x8 fromMean[8];
+    for (int i = 0; i < 8; ++i) fromMean[i] = rows[i] - mean;
+    const Vek32s least = std::min(e, errorBound(11 * sumOfMagnitudes(fromMean)));
+    const auto corners = std::uint64_t{0x11} | std::uint64_t{0x11} << 32;
+    if (least < e)
+        for (auto& column : sums.at)
+            for (Vek32s& sum : column) sum -= e - least;
+    decide(sums, undecided(sums, 2 * least) & ~corners, rows, kExactTables.ofFrequency);
+    if (least < e)
+        for (const int u : {0, 4})
+            for (const int v : {0, 4}) sums.at[u][v] += e - least;
 }
 
 // The odd coefficients of the differences d, each added to a bias.
@@ -462,10 +509,8 @@ void dctForward(Block<T> src, Vek16s* dst) {
     for (int p = 0; p < kDctParts; ++p)
         for (const int i : {0, 4}) tested.at[p][i] = andNot(inexact, splat<DctInts>(-1)) | sums.at[p][i];
     if (all > kMostMagnitude || anyBelowMargin(tested, 2 * e)) [[unlikely]] {
-        alignas(16) Vek16s samples[64];
-        for (int i = 0; i < 8; ++i) store(samples + 8 * i, row[i]);
         DctSpill spilled(sums);
-        decideForward(samples, spilled, e, all > kMostMagnitude);
+        decideForward(row, spilled, e, all > kMostMagnitude);
         spilled.fetch(sums);
     }
     storeRows(dct::Residual{{dst, 16}}, roundedRows(sums));

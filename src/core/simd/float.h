@@ -8,6 +8,9 @@ namespace vekvc {
 
 using f32x4 = Vec<float, 4>;
 
+// Is the caller's rounding mode the usual one, to the nearest?
+VEKVC_SIMD_INLINE bool roundsToNearest() { return (_mm_getcsr() & _MM_ROUND_MASK) == _MM_ROUND_NEAREST; }
+
 template <class V = f32x4>
 VEKVC_SIMD_INLINE V splatFloat(float x) {
     if constexpr (is128<V>) return {_mm_castps_si128(_mm_set1_ps(x))};
