@@ -1,4 +1,4 @@
-// Sums and searches over a vector, single precision, and bits of general registers.
+// Sums and searches over a vector, and bits of general registers.
 #ifndef VEKVC_CORE_SIMD_REDUCE_H
 #define VEKVC_CORE_SIMD_REDUCE_H
 
@@ -59,28 +59,6 @@ VEKVC_SIMD_INLINE Minimum minimum(u16x8 a) {
     const __m128i found = _mm_minpos_epu16(a.raw);
     return {static_cast<std::uint16_t>(_mm_extract_epi16(found, 0)),
             static_cast<std::uint16_t>(_mm_extract_epi16(found, 1))};
-}
-
-// ---- single precision: every operation rounds by itself
-
-using f32x4 = Vec<float, 4>;
-
-VEKVC_SIMD_INLINE f32x4 splatFloat(float x) { return {_mm_castps_si128(_mm_set1_ps(x))}; }
-VEKVC_SIMD_INLINE f32x4 toFloat(i32x4 a) { return {_mm_castps_si128(_mm_cvtepi32_ps(a.raw))}; }
-// Toward zero; what does not fit becomes -2^31.
-VEKVC_SIMD_INLINE i32x4 truncate(f32x4 a) { return {_mm_cvttps_epi32(_mm_castsi128_ps(a.raw))}; }
-VEKVC_SIMD_INLINE f32x4 operator*(f32x4 a, f32x4 b) {
-    return {_mm_castps_si128(_mm_mul_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
-}
-VEKVC_SIMD_INLINE f32x4 operator/(f32x4 a, f32x4 b) {
-    return {_mm_castps_si128(_mm_div_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
-}
-// b where one of the two is not a number.
-VEKVC_SIMD_INLINE f32x4 min(f32x4 a, f32x4 b) {
-    return {_mm_castps_si128(_mm_min_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
-}
-VEKVC_SIMD_INLINE f32x4 max(f32x4 a, f32x4 b) {
-    return {_mm_castps_si128(_mm_max_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
 }
 
 // ---- bits of general registers

@@ -1,0 +1,521 @@
+// Fast forms of the correctly rounded DCTs: two passes in single precision with a proven bound of their error, whose
+// undecided results are made anew.
+//
+// Scaled by 8, the transform of ISO 13818-2 annex A is the one-dimensional transform with the factors K(0) = K(4) = 1,
+// K(k) = sqrt(2) cos(k pi / 16) along columns, then along rows. The second pass scales by 2^13 and adds a bias, so that
+// it ends with
+//
+//     t = 2^16 X + 2^15 + e + d,  X the ideal result, d the error, |d| <= e.
+//
+// Then 2^16 X + 2^15 lies in t - 2e .. t, and if the low 16 bits of t are not below 2e, the high bits of t are X rounded.
+// Else the result is undecided.
+//
+// The bound e. Let r = 2^-23, no less than the relative error of one rounding in any mode; constants are rounded to the
+// nearest when they are compiled, by r / 2. Follow one input value f to one result: it is multiplied by basis values and
+// goes through n roundings, so its part of the error is at most |f| |B| ((1 + r)^n - 1), B the basis value.
+//
+// - Inverse. One pass takes a value of odd frequency through its constant (1/2), a product, three sums of the chain
+//   and the last butterfly: 5 1/2; frequencies 2 and 6 through less; 0 through the sums e0, E0 and the butterfly, of
+//   which e0 is exact in the first pass, where it is a sum of two 16-bit integers, and takes another one for the bias
+//   in the second: 2 and 4. So n <= 11 for all but F(0, 0), for which it is 6.
+// - Forward. The first pass has exact sums (in 16 bits), so odd frequencies take a constant (1/2), a product and
+//   three sums: 4 1/2; 2 and 6 take less, 0 and 4 none. In the second, odd ones take a difference, a constant, a
+//   product and four sums (the bias is in the chain): 6 1/2. So n <= 11. Where both frequencies are 0 or 4 nothing is
+//   ever rounded: these results are exact, with a bias of 2^15.
+//
+// Scaled, |B| is at most 2 cos(pi / 16)^2 < 1.924, and 1 for F(0, 0). With S the sum of the magnitudes (in the inverse
+// without F(0, 0)), the error of 2^16 X is at most
+//
+//     2^13 r (11 * 1.924 S + 6 |F(0, 0)|) = (10.59 S + 3 |F(0, 0)|) / 512
+//
+// but for terms in r^2, which the rounding up of 10.59 to 11 covers (for F(0, 0) they stay below 2^-20 * 32768 / 512).
+// The bias itself passes four roundings, together less than 4 * 2^16 r = 1/32; the conversion to an integer, by
+// truncation in every mode, less than 1; and the exact integer sum that defines the result differs from X by at most
+// 2^-45 S, here less than 2^-13. So e = floor((11 S + 3 |F(0, 0)| + 1100) / 512) is more than the error, since
+// 1100 / 512 > 1 + 1 + 1/32 + 2^-13 + 2^-20 * 64.
+//
+// All of it holds while the magnitudes add up to at most kMostMagnitude: t fits 32 bits since 2^13 * 1.924 * 32766 <
+// 2^31, and the sums of the forward transform's first pass fit 16 bits. Else all 64 results are undecided.
+//
+// No value is subnormal: inputs are integers, constants multiples of 2^-25, the second pass's of 2^-12; so all values,
+// which are sums of products rounded to 24 digits, are multiples of 2^-37 or 0.
+#ifndef VEKVC_COMMON_DCT_SIMD_H
+#define VEKVC_COMMON_DCT_SIMD_H
+
+#include <algorithm>
+#include <bit>
+
+#include "common/dct_rows_simd.h"
+
+namespace vekvc::simd {
+
+// The values of an 8x8 block in `parts`: columns (or rows) 4p to 4p + 3 or all 8 in the lanes of part[p].
+#if VEKVC_VECTOR256
+using DctFloats = f32x8;
+using DctInts = i32x8;
+#else
+using DctFloats = f32x4;
+using DctInts = i32x4;
+#endif
+inline constexpr int kDctParts = 8 * sizeof(float) / DctFloats::kBytes;
+
+// Results with 16 fraction bits. In the inverse, lanes are rows and at[p][x] is column x.
+struct DctSums {
+    DctInts at[kDctParts][8];
+};
+
+inline constexpr Vek32s kMostMagnitude = 32766;
+
+// ---- results that single precision does not decide: the exact sum
+
+// |cos(angle(u, x) pi / 16)| is cos(m pi / 16) for an m of 1 to 7, its class. D(a, b) changes its sign with the sign of
+// either cosine, so that 7 x 7 values make all sums. Each, below 2^43, is split into digits of 15 bits, the highest one
+// signed: products of digits and 16-bit values are added in 32 bits, exactly while the magnitudes of the values add up
+// to less than 2^15.
+struct ExactLine {
+    Vek8u gather[16];  // class of each of the line's 8 columns, as places of bytes in a table row
+    Vek16s sign[8];
+    Vek8u row[8];  // the same for the block's 8 rows: class, plus 8 if negative
+};
+struct ExactTables {
+    Vek16s digit[16][3][8];  // of D(row's class, column's class), negated in rows from 8 on
+    ExactLine ofPlace[8];    // one place, the 8 frequencies
+    ExactLine ofFrequency[8];
+};
+constexpr ExactTables exactTables() {
+    ExactTables t = {};
+    for (int row = 1; row < 8; ++row)
+        for (int column = 1; column < 8; ++column)
+            for (const int sign : {1, -1}) {
+                const std::int64_t d = sign * dct::basis(row, column);
+                auto& digit = t.digit[sign > 0 ? row : row + 8];
+                digit[0][column] = static_cast<Vek16s>(d & 32767);
+                digit[1][column] = static_cast<Vek16s>(d >> 15 & 32767);
+                digit[2][column] = static_cast<Vek16s>(d >> 30);
+            }
+    for (int u = 0; u < 8; ++u)
+        for (int x = 0; x < 8; ++x) {
+            const int turn = dct::angle(u, x) & 31, half = turn > 16 ? 32 - turn : turn;
+            const bool negative = half > 8;
+            const int m = negative ? 16 - half : half;
+            const auto enter = [&](ExactLine& line, int i) {
+                line.gather[2 * i] = static_cast<Vek8u>(2 * m);
+                line.gather[2 * i + 1] = static_cast<Vek8u>(2 * m + 1);
+                line.sign[i] = negative ? -1 : 1;
+                line.row[i] = static_cast<Vek8u>(negative ? m + 8 : m);
+            };
+            enter(t.ofPlace[x], u);
+            enter(t.ofFrequency[u], x);
+        }
+    return t;
+}
+inline constexpr ExactTables kExactTables = exactTables();
+
+// The sum over 8 rows of 8 values whose magnitudes add up to less than 2^15.
+VEKVC_SIMD_INLINE std::int64_t exactSum(const i16x8 (&values)[8], const ExactLine& columns, const ExactLine& rows) {
+    const u8x16 gather = load<u8x16>(columns.gather);
+    const i16x8 sign = load<i16x8>(columns.sign);
+    i32x4 sum[3] = {zero<i32x4>(), zero<i32x4>(), zero<i32x4>()};
+    for (int i = 0; i < 8; ++i) {
+        const i16x8 signedValues = withSign(values[i], sign);
+        for (int k = 0; k < 3; ++k)
+            sum[k] += mulAddPairs(signedValues, shuffleBytes(load<i16x8>(kExactTables.digit[rows.row[i]][k]), gather));
+    }
+    return (std::int64_t{sumLanes(sum[2])} << 30) + (std::int64_t{sumLanes(sum[1])} << 15) + sumLanes(sum[0]);
+}
+// The same for all values, by their low and high 8 bits.
+VEKVC_SIMD_INLINE std::int64_t exactSumOfAny(const i16x8 (&values)[8], const ExactLine& columns,
+                                             const ExactLine& rows) {
+    i16x8 low[8], high[8];
+    for (int i = 0; i < 8; ++i) {
+        low[i] = values[i] & splat<i16x8>(255);
+        high[i] = values[i] >> 8;
+    }
+    return exactSum(low, columns, rows) + (exactSum(high, columns, rows) << 8);
+}
+
+// The sums in memory: at[x][y] of the inverse, at[u][v] of the forward transform.
+struct DctSpill {
+    alignas(32) Vek32s at[8][8];
+
+    VEKVC_SIMD_INLINE explicit DctSpill(const DctSums& sums) {
+        for (int i = 0; i < 8; ++i)
+            for (int p = 0; p < kDctParts; ++p) store(&at[i][p * 8 / kDctParts], sums.at[p][i]);
+    }
+    VEKVC_SIMD_INLINE void fetch(DctSums& sums) const {
+        for (int i = 0; i < 8; ++i)
+            for (int p = 0; p < kDctParts; ++p) sums.at[p][i] = load<DctInts>(&at[i][p * 8 / kDctParts]);
+    }
+};
+// Which sums have low 16 bits below the margin: bit 8 i + j for at[i][j].
+inline std::uint64_t undecided(const DctSpill& sums, Vek32s margin) {
+    const i32x4 limit = splat<i32x4>(margin), fraction = splat<i32x4>(0xFFFF);
+    std::uint64_t found = 0;
+    for (int i = 6; i >= 0; i -= 2) {
+        const auto below = [&](int row, int column) { return (load<i32x4>(&sums.at[row][column]) & fraction) < limit; };
+        const i16x8 first = narrowI16(below(i, 0), below(i, 4)), second = narrowI16(below(i + 1, 0), below(i + 1, 4));
+        found = found << 16 | byteMask(narrowI8(first, second));
+    }
+    return found;
+}
+
+// Makes sums anew: those with a bit in `which`, or all of a block with any values.
+VEKVC_SIMD_INLINE void decide(DctSpill& sums, std::uint64_t which, const i16x8 (&values)[8],
+                              const ExactLine (&lines)[8]) {
+    for (; which != 0; which &= which - 1) {
+        const int n = std::countr_zero(which), i = n >> 3, j = n & 7;
+        sums.at[i][j] = dct::roundSum(exactSum(values, lines[i], lines[j])) * 65536;
+    }
+}
+VEKVC_SIMD_INLINE void decideAll(DctSpill& sums, const i16x8 (&values)[8], const ExactLine (&lines)[8]) {
+    for (int i = 0; i < 8; ++i)
+        for (int j = 0; j < 8; ++j) sums.at[i][j] = dct::roundSum(exactSumOfAny(values, lines[i], lines[j])) * 65536;
+}
+
+// The inverse transform's sums below the margin, or all of them. With coefficients 0 and 4 alone in both directions 8 X
+// is an integer, and ties are frequent.
+[[gnu::noinline]] inline void decideInverse(const i16x8 (&rows)[8], DctSpill& sums, Vek32s margin, bool all) {
+    if (all) return decideAll(sums, rows, kExactTables.ofPlace);
+    std::uint64_t which = undecided(sums, margin);
+    const i16x8 not04 = lanes<i16x8>(0, -1, -1, -1, 0, -1, -1, -1);
+    i16x8 others = (rows[0] | rows[4]) & not04;
+    for (const int v : {1, 2, 3, 5, 6, 7}) others = others | rows[v];
+    if (!allZero(others)) return decide(sums, which, rows, kExactTables.ofPlace);
+    const auto sign = [](int i) { return ((i + 1) & 2) != 0 ? -1 : 1; };  // of cos((2i + 1) pi / 4)
+    for (; which != 0; which &= which - 1) {
+        const int n = std::countr_zero(which), x = n >> 3, y = n & 7;
+        const int even = lane<0>(rows[0]) + sign(x) * lane<4>(rows[0]);
+        const int odd = lane<0>(rows[4]) + sign(x) * lane<4>(rows[4]);
+        sums.at[x][y] = ((even + sign(y) * odd + 4) >> 3) * 65536;
+    }
+}
+
+// ---- what both directions share
+
+// e for a sum of weighted magnitudes.
+VEKVC_SIMD_INLINE Vek32s errorBound(Vek32s weighted) { return ((weighted >> (roundsToNearest() ? 1 : 0)) + 1100) >> 9; }
+
+// K(k), scaled.
+template <class V, int k, int scale = 1>
+VEKVC_SIMD_INLINE V factor() {
+    constexpr double factors[8] = {1, 1.3870398453221474618,  1.3065629648763765279,  1.1758756024193587170,
+                                   1, 0.78569495838710218128, 0.54119610014619698440, 0.27589937928294301234};
+    return splatFloat<V>(static_cast<float>(factors[k] * scale));
+}
+
+VEKVC_SIMD_INLINE void transposeParts(DctFloats (&a)[kDctParts][8]) {
+    DctInts bits[kDctParts][8];
+    for (int p = 0; p < kDctParts; ++p)
+        for (int i = 0; i < 8; ++i) bits[p][i] = as<DctInts>(a[p][i]);
+#if VEKVC_VECTOR256
+    transpose8x8(bits[0]);
+#else
+    transpose8x8(bits[0], bits[1]);
+#endif
+    for (int p = 0; p < kDctParts; ++p)
+        for (int i = 0; i < 8; ++i) a[p][i] = as<DctFloats>(bits[p][i]);
+}
+
+// The sum of all magnitudes; more than kMostMagnitude if it is not exact.
+template <class V, std::size_t n>
+VEKVC_SIMD_INLINE Vek32s sumOfMagnitudes(const V (&values)[n]) {
+    using U = Vec<std::uint16_t, V::kBytes / 2>;
+    U sum = as<U>(abs(values[0]));
+    for (std::size_t i = 1; i < n; ++i) sum = addSat(sum, as<U>(abs(values[i])));
+    return sumLanes(sum);
+}
+
+// Is the fraction of a sum below the margin?
+VEKVC_SIMD_INLINE bool anyBelowMargin(const DctSums& sums, Vek32s margin) {
+    using U = Vec<std::uint16_t, DctInts::kBytes / 2>;
+    U least = as<U>(sums.at[0][0]);
+    for (int p = 0; p < kDctParts; ++p)
+        for (int i = p == 0 ? 1 : 0; i < 8; ++i) least = min(least, as<U>(sums.at[p][i]));
+    return !allZero(subSat(as<U>(splat<DctInts>(margin)), least));  // the margin's high halves are 0
+}
+
+// The high halves, transposed.
+VEKVC_SIMD_INLINE DctRows roundedRows(const DctSums& sums) {
+    using W = Vec<std::int16_t, DctInts::kBytes / 2>;
+    using U = Vec<std::uint32_t, DctInts::kBytes / 4>;
+    DctRows rows;
+    for (int p = 0; p < kDctParts; ++p) {
+        DctInts pairs[4];  // columns 2j and 2j + 1
+        for (int j = 0; j < 4; ++j)
+            pairs[j] = as<DctInts>(blend16<0xAA>(as<W>(as<U>(sums.at[p][2 * j]) >> 16), as<W>(sums.at[p][2 * j + 1])));
+        transpose4x4(pairs[0], pairs[1], pairs[2], pairs[3]);
+        for (int i = 0; i < 4; ++i) {
+#if VEKVC_VECTOR256
+            rows.pair[i] = as<W>(pairs[i]);
+#else
+            rows.row[4 * p + i] = as<W>(pairs[i]);
+#endif
+        }
+    }
+    return rows;
+}
+
+// ---- inverse
+
+// One pass over frequencies 0 to terms - 1, the others being 0; the last pass scales and adds the bias.
+template <int terms, bool last, class V>
+VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
+    constexpr int scale = last ? 8192 : 1;
+    const V k1 = factor<V, 1, scale>(), k3 = factor<V, 3, scale>(), k5 = factor<V, 5, scale>(),
+            k7 = factor<V, 7, scale>();
+    V even[4];
+    if constexpr (last)
+        even[0] = mulAdd(z[0], factor<V, 0, scale>(), bias);
+    else
+        even[0] = z[0];
+    even[3] = even[2] = even[1] = even[0];
+    if constexpr (terms > 4) {
+        const V e0 = even[0];
+        even[0] = even[3] = last ? mulAdd(z[4], factor<V, 4, scale>(), e0) : e0 + z[4];
+        even[1] = even[2] = last ? mulSub(z[4], factor<V, 4, scale>(), e0) : e0 - z[4];
+    }
+    if constexpr (terms > 2) {
+        const V k2 = factor<V, 2, scale>(), k6 = factor<V, 6, scale>();
+        V outer = z[2] * k2, inner = z[2] * k6;
+        if constexpr (terms > 4) {
+            outer = mulAdd(z[6], k6, outer);
+            inner = mulSub(z[6], k2, inner);
+        }
+        even[3] = even[0] - outer;
+        even[0] = even[0] + outer;
+        even[2] = even[1] - inner;
+        even[1] = even[1] + inner;
+    }
+    V odd[4] = {z[1] * k1, z[1] * k3, z[1] * k5, z[1] * k7};
+    if constexpr (terms > 2) {
+        odd[0] = mulAdd(z[3], k3, odd[0]);
+        odd[1] = mulSub(z[3], k7, odd[1]);
+        odd[2] = mulSub(z[3], k1, odd[2]);
+        odd[3] = mulSub(z[3], k5, odd[3]);
+    }
+    if constexpr (terms > 4) {
+        odd[0] = mulAdd(z[7], k7, mulAdd(z[5], k5, odd[0]));
+        odd[1] = mulSub(z[7], k5, mulSub(z[5], k1, odd[1]));
+        odd[2] = mulAdd(z[7], k3, mulAdd(z[5], k7, odd[2]));
+        odd[3] = mulSub(z[7], k1, mulAdd(z[5], k3, odd[3]));
+    }
+    for (int i = 0; i < 4; ++i) {
+        z[i] = even[i] + odd[i];
+        z[7 - i] = even[i] - odd[i];
+    }
+}
+
+// The first pass: z[p][u] then holds column u of its results.
+template <int corner>
+VEKVC_SIMD_INLINE void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctParts][8]) {
+    if constexpr (corner == 8) {
+        for (int v = 0; v < 8; ++v) {
+#if VEKVC_VECTOR256
+            z[0][v] = toFloat(widen(load<i16x8>(src + 8 * v)));
+#else
+            z[0][v] = toFloat(widenLow(loadBytes<i16x8, 8>(src + 8 * v)));
+            z[1][v] = toFloat(widenLow(loadBytes<i16x8, 8>(src + 8 * v + 4)));
+#endif
+        }
+        for (int p = 0; p < kDctParts; ++p) inversePass<8, false>(z[p], z[p][0]);
+        transposeParts(z);
+    } else {
+        f32x4 rows[8];
+        for (int v = 0; v < corner; ++v) rows[v] = toFloat(widenLow(loadBytes<i16x8, 2 * corner>(src + 8 * v)));
+        inversePass<corner, false>(rows, rows[0]);
+        for (int p = 0; p < kDctParts; ++p) {
+            DctInts columns[4];
+            for (int i = 0; i < 4; ++i) {
+#if VEKVC_VECTOR256
+                columns[i] = join(as<i32x4>(rows[i]), as<i32x4>(rows[i + 4]));
+#else
+                columns[i] = as<i32x4>(rows[4 * p + i]);
+#endif
+            }
+            transpose4x4(columns[0], columns[1], columns[2], columns[3]);
+            for (int i = 0; i < corner; ++i) z[p][i] = as<DctFloats>(columns[i]);
+        }
+    }
+}
+
+template <int corner>
+VEKVC_SIMD_INLINE Vek32s magnitudesOfCorner(const Vek16s* src) {
+    if constexpr (corner == 8) {
+        using V = Vec<std::int16_t, DctInts::kBytes / 2>;
+        V values[4 * kDctParts];
+        for (int i = 0; i < 4 * kDctParts; ++i) values[i] = load<V>(src + 16 / kDctParts * i);
+        return sumOfMagnitudes(values);
+    } else if constexpr (corner == 4) {
+        const i16x8 values[2] = {loadPair8<i16x8>(src, src + 8), loadPair8<i16x8>(src + 16, src + 24)};
+        return sumOfMagnitudes(values);
+    } else {
+        const i16x8 values[1] = {loadPair4<i16x8>(src, src + 8)};
+        return sumOfMagnitudes(values);
+    }
+}
+
+template <int corner, class Destination>
+void dctInverse(const Vek16s* src, Destination dst) {
+    const Vek32s all = magnitudesOfCorner<corner>(src);
+    const Vek32s first = load<Vek16s>(src), magnitudeOfFirst = first < 0 ? -first : first;
+    DctRows rows;
+    if (all == magnitudeOfFirst) {
+        using W = Vec<std::int16_t, DctInts::kBytes / 2>;
+        const W value = splat<W>((first + 4) >> 3);
+#if VEKVC_VECTOR256
+        for (W& pair : rows.pair) pair = value;
+#else
+        for (W& row : rows.row) row = value;
+#endif
+        return storeRows(dst, rows);
+    }
+    const Vek32s e = errorBound(11 * all - 8 * magnitudeOfFirst);
+    const DctFloats bias = toFloat(splat<DctInts>(32768 + e));
+    DctFloats z[kDctParts][8];
+    inverseColumns<corner>(src, z);
+    DctSums sums;
+    for (int p = 0; p < kDctParts; ++p) {
+        inversePass<corner, true>(z[p], bias);
+        for (int i = 0; i < 8; ++i) sums.at[p][i] = truncate(z[p][i]);
+    }
+    if (all > kMostMagnitude || anyBelowMargin(sums, 2 * e)) [[unlikely]] {
+        DctSpill spilled(sums);
+        i16x8 coefficients[8];
+        for (int v = 0; v < 8; ++v)
+            coefficients[v] = v < corner ? loadBytes<i16x8, 2 * corner>(src + 8 * v) : zero<i16x8>();
+        decideInverse(coefficients, spilled, 2 * e, all > kMostMagnitude);
+        spilled.fetch(sums);
+    }
+    storeRows(dst, roundedRows(sums));
+}
+
+// ---- forward
+
+// The forward transform's sums below the margin, but for the exact ones, or all of them. Where values are large but near
+// to each other, the bound e of the error is too, and counts anew from their mean: to inexact coefficients a constant
+// adds nothing.
+[[gnu::noinline]] inline void decideForward(const i16x8 (&rows)[8], DctSpill& sums, Vek32s e, bool all) {
+    if (all) return decideAll(sums, rows, kExactTables.ofFrequency);
+    i32x4 total = zero<i32x4>();
+    for (const i16x8 row : rows) total += mulAddPairs(row, splat<i16x8>(1));
+    const i16x8 mean = splat<i16x8>((sumLanes(total) + 32) >> 6);
+    i16x8 fromMean[8];
+    for (int i = 0; i < 8; ++i) fromMean[i] = rows[i] - mean;
+    const Vek32s least = std::min(e, errorBound(11 * sumOfMagnitudes(fromMean)));
+    const auto corners = std::uint64_t{0x11} | std::uint64_t{0x11} << 32;
+    if (least < e)
+        for (auto& column : sums.at)
+            for (Vek32s& sum : column) sum -= e - least;
+    decide(sums, undecided(sums, 2 * least) & ~corners, rows, kExactTables.ofFrequency);
+    if (least < e)
+        for (const int u : {0, 4})
+            for (const int v : {0, 4}) sums.at[u][v] += e - least;
+}
+
+// The odd coefficients of the differences d, each added to a bias.
+template <int scale, class V, class First>
+VEKVC_SIMD_INLINE void forwardOdd(const V (&d)[4], V (&y)[8], First first) {
+    const V k1 = factor<V, 1, scale>(), k3 = factor<V, 3, scale>(), k5 = factor<V, 5, scale>(),
+            k7 = factor<V, 7, scale>();
+    y[1] = mulAdd(d[3], k7, mulAdd(d[2], k5, mulAdd(d[1], k3, first(d[0], k1))));
+    y[3] = mulSub(d[3], k5, mulSub(d[2], k1, mulSub(d[1], k7, first(d[0], k3))));
+    y[5] = mulAdd(d[3], k3, mulAdd(d[2], k7, mulSub(d[1], k1, first(d[0], k5))));
+    y[7] = mulSub(d[3], k1, mulAdd(d[2], k3, mulSub(d[1], k5, first(d[0], k7))));
+}
+
+template <int part>
+VEKVC_SIMD_INLINE DctFloats floatsOf(i16x8 row) {
+#if VEKVC_VECTOR256
+    return toFloat(widen(row));
+#else
+    return toFloat(part == 0 ? widenLow(row) : widenHigh(row));
+#endif
+}
+
+// Along columns, exact but for the products.
+template <int part>
+VEKVC_SIMD_INLINE void forwardColumns(const i16x8 (&row)[8], DctFloats (&y)[8]) {
+    using V = DctFloats;
+    i16x8 s[4];
+    V d[4];
+    for (int i = 0; i < 4; ++i) {
+        s[i] = row[i] + row[7 - i];
+        d[i] = floatsOf<part>(row[i] - row[7 - i]);
+    }
+    const i16x8 outer = s[0] + s[3], inner = s[1] + s[2];
+    const V p = floatsOf<part>(s[0] - s[3]), q = floatsOf<part>(s[1] - s[2]);
+    y[0] = floatsOf<part>(outer + inner);
+    y[4] = floatsOf<part>(outer - inner);
+    y[2] = mulAdd(p, factor<V, 2>(), q * factor<V, 6>());
+    y[6] = mulSub(q, factor<V, 2>(), p * factor<V, 6>());
+    forwardOdd<1>(d, y, [](V a, V k) { return a * k; });
+}
+
+// Along rows, with a bias of their own for coefficients 0 and 4.
+template <class V>
+VEKVC_SIMD_INLINE void forwardRows(V (&y)[8], V bias, V biasOf04) {
+    constexpr int scale = 8192;
+    V s[4], d[4];
+    for (int i = 0; i < 4; ++i) {
+        s[i] = y[i] + y[7 - i];
+        d[i] = y[i] - y[7 - i];
+    }
+    const V outer = s[0] + s[3], inner = s[1] + s[2], p = s[0] - s[3], q = s[1] - s[2];
+    y[0] = mulAdd(outer + inner, factor<V, 0, scale>(), biasOf04);
+    y[4] = mulAdd(outer - inner, factor<V, 4, scale>(), biasOf04);
+    y[2] = mulAdd(p, factor<V, 2, scale>(), mulAdd(q, factor<V, 6, scale>(), bias));
+    y[6] = mulSub(q, factor<V, 2, scale>(), mulAdd(p, factor<V, 6, scale>(), bias));
+    forwardOdd<scale>(d, y, [&](V a, V k) { return mulAdd(a, k, bias); });
+}
+
+template <class T>
+void dctForward(Block<T> src, Vek16s* dst) {
+    i16x8 row[8];
+    Vek32s all;
+    if constexpr (sizeof(T) == 1) {
+        // The sum of the magnitudes from the mean, as in decideForward; the sums of the first pass fit whatever it is.
+        u8x16 samples[4];
+        u64x2 sums = zero<u64x2>(), deviations = zero<u64x2>();
+        for (int i = 0; i < 4; ++i) {
+            samples[i] = loadPair8<u8x16>(src.at(0, 2 * i), src.at(0, 2 * i + 1));
+            sums += sumAbsDiff(samples[i], zero<u8x16>());
+        }
+        const u8x16 mean = splat<u8x16>((sumLanes(sums) + 32) >> 6);
+        for (int i = 0; i < 4; ++i) deviations += sumAbsDiff(samples[i], mean);
+        all = sumLanes(deviations);
+        for (int i = 0; i < 8; ++i) row[i] = widenLow(loadBytes<u8x16, 8>(src.at(0, i)));
+    } else {
+        for (int i = 0; i < 8; ++i) row[i] = load<i16x8>(src.at(0, i));
+        all = sumOfMagnitudes(row);
+    }
+    const Vek32s e = errorBound(11 * all);
+    const auto bias = splat<DctInts>(32768);
+#if VEKVC_VECTOR256
+    const auto inexact = lanes<DctInts>(0, -1, -1, -1, 0, -1, -1, -1);
+#else
+    const auto inexact = lanes<DctInts>(0, -1, -1, -1);
+#endif
+    const auto error = splat<DctInts>(e);
+    DctFloats y[kDctParts][8];
+    forwardColumns<0>(row, y[0]);
+    if constexpr (kDctParts == 2) forwardColumns<1>(row, y[kDctParts - 1]);
+    transposeParts(y);
+    DctSums sums;
+    for (int p = 0; p < kDctParts; ++p) {
+        forwardRows(y[p], toFloat(bias + error), toFloat(bias + (error & inexact)));
+        for (int i = 0; i < 8; ++i) sums.at[p][i] = truncate(y[p][i]);
+    }
+    DctSums tested = sums;
+    for (int p = 0; p < kDctParts; ++p)
+        for (const int i : {0, 4}) tested.at[p][i] = andNot(inexact, splat<DctInts>(-1)) | sums.at[p][i];
+    if (all > kMostMagnitude || anyBelowMargin(tested, 2 * e)) [[unlikely]] {
+        DctSpill spilled(sums);
+        decideForward(row, spilled, e, all > kMostMagnitude);
+        spilled.fetch(sums);
+    }
+    storeRows(dct::Residual{{dst, 16}}, roundedRows(sums));
+}
+
+}  // namespace vekvc::simd
+
+#endif
