@@ -3,19 +3,21 @@
 
 usage: check_streams.py VEKDEC FOLDER [VEKDEC OPTION ...]
 
-FOLDER/streams.tsv has the streams' names in its first column; NAME.md5 lies beside NAME.264 (or another ending). A folder that
-is not there is said and passed over. Prints each stream that is not bit-exact, then how many were; exits 1 if one was not.
+FOLDER/streams.tsv has the streams' names in its first column; NAME.md5 lies beside NAME.264 (or another ending). Prints each
+stream that is not bit-exact, then how many were; exits 1 if one was not, and 77 (skipped) where the folder is not there.
 """
 import os
 import subprocess
 import sys
+
+SKIPPED = 77
 
 
 def main(vekdec, folder, options):
     index = os.path.join(folder, "streams.tsv")
     if not os.path.exists(index):
         print(f"{folder}: not there, nothing checked")
-        return 0
+        return SKIPPED
     with open(index, encoding="utf-8") as f:
         names = [line.split("\t")[0] for line in f.read().splitlines()[1:] if line]
     exact, missing = 0, []

@@ -1,0 +1,366 @@
+#include "mpeg12/stream_decoder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "bits/start_code.h"
+#include "mpeg12/format.h"
+#include "report/stopwatch.h"
+
+namespace vekdec::mpeg12 {
+namespace {
+
+constexpr vekapp::BlockKind kKinds[] = {
+    {"lost", {255, 0, 255}},      {"intra", {230, 60, 60}}, {"forward", {60, 120, 230}},
+    {"backward", {60, 190, 120}}, {"both", {240, 210, 60}}, {"skipped", {60, 60, 70}},
+};
+
+// The macroblock's rectangle of `to` as it is in `from`, or grey.
+void copyMacroblock(const vekapp::Plane& to, const vekapp::Plane* from, int x, int y, int width, int height) {
+    for (int row = y; row < y + height; ++row) {
+        const auto bytes = static_cast<std::size_t>(width);
+        if (from == nullptr)
+            std::memset(to.at(x, row), 128, bytes);
+        else
+            std::memmove(to.at(x, row), from->at(x, row), bytes);
+    }
+}
+
+}  // namespace
+
+void StreamDecoder::damage(const std::string& what) {
+    ++damaged_;
+    sinks_.report("picture " + std::to_string(pictures_) + ": " + what);
+}
+
+void StreamDecoder::decode(const Packet& packet) {
+    const Stopwatch watch(secondsTotal_);
+    bytes_ += packet.data.size();
+    const auto handleAll = [&](std::span<const std::uint8_t> bytes) {
+        StartCodeReader reader(bytes);
+        for (StartCodeUnit unit; reader.next(unit);) handle(unit.bytes);
+    };
+    if (!seenExtradata_ && !packet.extradata.empty()) handleAll(packet.extradata);
+    seenExtradata_ = true;
+    handleAll(packet.data);
+}
+
+void StreamDecoder::handle(std::span<const std::uint8_t> unit) {
+    const std::uint8_t code = unit[0];
+    if (code > kLastSlice && code < kSequenceHeader) return;
+    if (leftOut_ && code >= kFirstSlice && code <= kLastSlice) return;
+    payload_.assign(unit.subspan(1));
+    WordReader bits(payload_);
+    try {
+        switch (code) {
+            case kSequenceHeader:
+                finishField();
+                newSequence_ = parseSequenceHeader(bits);
+                refused_ = false;
+                break;
+            case kExtension:
+                handleExtension(bits);
+                break;
+            case kGroupOfPictures:
+                finishField();
+                bits.u(25);  // time_code
+                closedGroup_ = bits.flag();
+                break;
+            case kPictureStart:
+                finishField();
+                leftOut_ = false;
+                newPicture_ = parsePictureHeader(bits);
+                newPictureExtended_ = false;
+                break;
+            case kSequenceEnd:
+                finishField();
+                finishFrame();
+                showLast();
+                anchors_[0] = anchors_[1] = nullptr;
+                break;
+            default:
+                if (code <= kLastSlice) handleSlice(bits, code);
+                break;
+        }
+    } catch (const BadSyntax& e) {
+        damage(e.what());
+    } catch (const NotSupported& e) {
+        damage(std::string("vekdec does not decode ") + e.what());
+        refused_ = true;
+        newSequence_.reset();
+    }
+}
+
+void StreamDecoder::handleExtension(WordReader& bits) {
+    switch (bits.u(4)) {
+        case 1:
+            if (newSequence_) parseSequenceExtension(bits, *newSequence_);
+            break;
+        case 3:
+            parseQuantMatrixExtension(bits, newSequence_ ? newSequence_->matrices : matrices_);
+            break;
+        case 8:
+            if (newPicture_) parsePictureCodingExtension(bits, *newPicture_);
+            newPictureExtended_ = true;
+            break;
+        default:
+            break;
+    }
+}
+
+void StreamDecoder::activateSequence() {
+    if (!newSequence_) return;
+    const Sequence next = *newSequence_;
+    newSequence_.reset();
+    if (next.width == 0 || next.height == 0)
+        throw BadSyntax("the picture size is " + std::to_string(next.width) + "x" + std::to_string(next.height));
+    if (!haveSequence_ || next.format() != sequence_.format() || next.mpeg2 != sequence_.mpeg2) {
+        finishFrame();
+        showLast();
+        anchors_[0] = anchors_[1] = nullptr;
+    }
+    sequence_ = next;
+    matrices_ = next.matrices;
+    haveSequence_ = true;
+}
+
+bool StreamDecoder::beginPicture() {
+    activateSequence();
+    header_ = *newPicture_;
+    newPicture_.reset();
+    ++pictures_;
+    if (!haveSequence_) throw BadSyntax("a picture without a sequence header before it");
+    if (sequence_.mpeg2 && !newPictureExtended_) throw BadSyntax("a picture without its coding extension");
+    if (!sequence_.mpeg2) header_.structure = kFrame;
+    const bool secondField = current_ != nullptr && header_.structure == kFrame - decodedFields_;
+    if (!secondField) finishFrame();
+    const PictureType type = header_.type;
+    const bool isB = type == PictureType::B;
+    // At the beginning of a stream, or behind a cut, B pictures may lack what they are predicted from.
+    if (isB && (anchors_[1] == nullptr || (anchors_[0] == nullptr && !closedGroup_))) {
+        ++leftOutPictures_;
+        return false;
+    }
+    if (type == PictureType::P && anchors_[1] == nullptr && !secondField)
+        throw BadSyntax("the stream begins with a picture that needs one before it");
+    if (header_.repeatFirstField) ++repeated_;
+    if (!secondField) {
+        current_ = pool_.take(sequence_.format());
+        current_->header = header_;
+        current_->codedAsFields = header_.structure != kFrame;
+        decodedFields_ = 0;
+    }
+    context_ = {};
+    context_.sequence = &sequence_;
+    context_.header = &header_;
+    context_.matrices = &matrices_;
+    context_.picture = current_.get();
+    context_.current = PlaneSet(*current_);
+    const Picture* forward = isB ? anchors_[0].get() : type == PictureType::P ? anchors_[1].get() : nullptr;
+    const Picture* backward = isB ? anchors_[1].get() : nullptr;
+    if (forward != nullptr) context_.reference[0] = PlaneSet(*forward);
+    if (backward != nullptr) context_.reference[1] = PlaneSet(*backward);
+    context_.hasReference[0] = forward != nullptr;
+    context_.hasReference[1] = backward != nullptr;
+    if (secondField && type == PictureType::P) {  // the first field is the nearer one of its parity (7.6.2.1)
+        const int other = 1 - context_.parity();
+        std::copy_n(context_.current.field[other], 3, context_.reference[0].field[other]);
+        if (!context_.hasReference[0])
+            std::copy_n(context_.current.field[other], 3, context_.reference[0].field[1 - other]);
+        context_.hasReference[0] = true;
+    }
+    auto& mbs = current_->mbs;
+    const auto half = static_cast<std::ptrdiff_t>(mbs.size() / 2);
+    std::fill(mbs.begin() + (header_.structure == kBottomField ? half : 0),
+              header_.structure == kTopField ? mbs.begin() + half : mbs.end(), Macroblock{});
+    slices_.begin(context_);
+    inField_ = true;
+    return true;
+}
+
+void StreamDecoder::handleSlice(WordReader& bits, int verticalPosition) {
+    if (refused_) return;
+    if (newPicture_) {
+        leftOut_ = true;  // unless it begins well
+        leftOut_ = !beginPicture();
+        if (leftOut_) return;
+    }
+    if (!inField_) return;
+    ++slicesSeen_;
+    const Stopwatch watch(secondsSlices_);
+    try {
+        slices_.decode(bits, verticalPosition);
+    } catch (const BadSyntax& e) {
+        throw BadSyntax("slice in row " + std::to_string(verticalPosition) + ": " + e.what());
+    }
+}
+
+// What no slice brought is taken from the picture before.
+void StreamDecoder::conceal() {
+    const int width = sequence_.widthInMbs();
+    const auto half = current_->mbs.size() / 2;
+    const std::size_t first = header_.structure == kBottomField ? half : 0;
+    const std::size_t count = header_.structure == kFrame ? current_->mbs.size() : half;
+    const Picture* before = anchors_[1] != nullptr ? anchors_[1].get() : anchors_[0].get();
+    const PlaneSet source = before != nullptr ? PlaneSet(*before) : PlaneSet();
+    const vekapp::Plane* from = context_.isFrame() ? source.frame : source.field[context_.parity()];
+    long missing = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        Macroblock& mb = current_->mbs[first + i];
+        ++kinds_[static_cast<int>(mb.kind)];
+        if (mb.kind != MbKind::Lost) continue;
+        ++missing;
+        const int x = static_cast<int>(i) % width, y = static_cast<int>(i) / width;
+        for (int p = 0; p < 3; ++p) {
+            const int w = p == 0 ? 16 : 8, h = p == 0 || sequence_.chroma == vekapp::Chroma::C422 ? 16 : 8;
+            copyMacroblock(context_.target()[p], before != nullptr ? from + p : nullptr, x * w, y * h, w, h);
+        }
+    }
+    if (missing > 0) damage(std::to_string(missing) + " of " + std::to_string(count) + " macroblocks are missing");
+}
+
+void StreamDecoder::finishField() {
+    if (!inField_) return;
+    inField_ = false;
+    conceal();
+    decodedFields_ |= header_.structure;
+    if (decodedFields_ == kFrame) finishFrame();
+}
+
+void StreamDecoder::finishFrame() {
+    finishField();
+    if (current_ == nullptr) return;
+    if (decodedFields_ != kFrame) {  // a field that never came shows the lines of the other one
+        damage("a field is missing");
+        for (vekapp::Plane& plane : current_->plane) {
+            const int have = decodedFields_ == kBottomField ? 1 : 0;
+            for (int y = 0; y + 1 < plane.height; y += 2)
+                std::memcpy(plane.at(0, y + 1 - have), plane.at(0, y + have), static_cast<std::size_t>(plane.width));
+        }
+    }
+    const PicturePtr done = std::move(current_);
+    current_ = nullptr;
+    decodedFields_ = 0;
+    if (done->header.type == PictureType::B || done->header.type == PictureType::D) {
+        show(done);
+        return;
+    }
+    showLast();
+    anchors_[0] = std::move(anchors_[1]);
+    anchors_[1] = done;
+    newerShown_ = false;
+}
+
+// An anchor is given out when the next one is there.
+void StreamDecoder::showLast() {
+    if (newerShown_ || anchors_[1] == nullptr) return;
+    newerShown_ = true;
+    show(anchors_[1]);
+}
+
+void StreamDecoder::show(const PicturePtr& picture) {
+    Frame frame;
+    frame.chroma = sequence_.chroma;
+    frame.chromaPlace = sequence_.mpeg2 ? ChromaPlace::Left : ChromaPlace::Centre;
+    frame.number = static_cast<int>(frames_++);
+    frame.rate = sequence_.rate();
+    frame.sampleAspect = sequence_.sampleAspect();
+    const PictureHeader& header = picture->header;
+    const bool topFirst = picture->codedAsFields ? header.structure == kTopField : header.topFieldFirst;
+    frame.fields = sequence_.progressive || (header.progressiveFrame && !picture->codedAsFields)
+                       ? FieldOrder::Progressive
+                   : topFirst ? FieldOrder::TopFirst
+                              : FieldOrder::BottomFirst;
+    for (int i = 0; i < 3; ++i) {
+        const int shiftX = i == 0 ? 0 : chromaShiftX(frame.chroma), shiftY = i == 0 ? 0 : chromaShiftY(frame.chroma);
+        frame.plane[i] = {picture->plane[i].data, picture->plane[i].stride,
+                          (sequence_.width + (1 << shiftX) - 1) >> shiftX,
+                          (sequence_.height + (1 << shiftY) - 1) >> shiftY};
+    }
+    shown_ = picture.get();
+    sinks_.frame(frame);
+    shown_ = nullptr;
+}
+
+void StreamDecoder::flush() {
+    const Stopwatch watch(secondsTotal_);
+    finishFrame();
+    showLast();
+    anchors_[0] = anchors_[1] = nullptr;
+}
+
+Statistics StreamDecoder::statistics() const {
+    Statistics s;
+    s.frames = frames_;
+    s.pictures = pictures_;
+    s.slices = slicesSeen_;
+    s.damaged = damaged_;
+    s.bits = 8 * bytes_;
+    for (std::size_t i = 0; i < std::size(kKinds); ++i) s.kinds.emplace_back(kKinds[i].name, kinds_[i]);
+    s.seconds.emplace_back("macroblocks", secondsSlices_);
+    s.secondsTotal = secondsTotal_;
+    if (repeated_ > 0)
+        s.remarks.push_back(std::to_string(repeated_) +
+                            " frames ask to be shown for a field longer "
+                            "(repeat_first_field); they are given out once");
+    if (leftOutPictures_ > 0)
+        s.remarks.push_back(std::to_string(leftOutPictures_) +
+                            " B pictures at the beginning lack their references and are left out");
+    return s;
+}
+
+BlockMap StreamDecoder::blocks(const Frame&) const {
+    const Picture& picture = *shown_;
+    BlockMap map{kKinds, 1, sequence_.mpeg2 ? 62 : 31, {}, {}};
+    const int width = sequence_.widthInMbs();
+    const std::size_t half = picture.mbs.size() / 2;
+    for (std::size_t i = 0; i < picture.mbs.size(); ++i) {
+        const Macroblock& mb = picture.mbs[i];
+        const bool bottom = picture.codedAsFields && i >= half;
+        const int address = static_cast<int>(bottom ? i - half : i);
+        const int apart = picture.codedAsFields ? 2 : 1;
+        const int x = 16 * (address % width), y = 16 * (address / width) * apart + (bottom ? 1 : 0);
+        map.blocks.push_back({x, y, 16, 16, apart, static_cast<int>(mb.kind), mb.scale});
+        for (std::size_t s = 0; s < 2; ++s)
+            if (mb.uses[s])
+                map.vectors.push_back({x + 8, y + 8 * apart, mb.mv[s].x / 2, mb.mv[s].y / 2 * apart, s == 1});
+    }
+    return map;
+}
+
+namespace {
+
+// A sequence header, and soon behind it a picture with a slice.
+int probe(std::span<const std::uint8_t> begin) {
+    StartCodeReader reader(begin);
+    bool sequence = false;
+    StartCodeUnit unit;
+    for (int i = 0; i < 32 && reader.next(unit); ++i) {
+        if (i == 0 && unit.position > 64) return 0;
+        const std::uint8_t code = unit.bytes[0];
+        if (code == kSequenceHeader) {
+            if (unit.bytes.size() < 8 || (unit.bytes[7] & 0x20) == 0) return 0;  // marker bit
+            sequence = true;
+        }
+        if (sequence && code == kPictureStart) return 95;
+    }
+    return 0;
+}
+
+constexpr const char* kCodecs[] = {"mpeg1video", "mpeg2video"};
+
+}  // namespace
+
+Format format() {
+    return {"mpeg2",
+            "MPEG-1 and MPEG-2 video (ISO 11172-2, 13818-2): Main and 4:2:2 profile, 8 bits",
+            kCodecs,
+            probe,
+            splitAtStartCode,
+            [](Sinks sinks, const DecoderOptions& options) -> std::unique_ptr<Decoder> {
+                return std::make_unique<StreamDecoder>(std::move(sinks), options);
+            }};
+}
+
+}  // namespace vekdec::mpeg12
