@@ -1,4 +1,5 @@
 // vekdec: decodes video with nothing but the exports of vekvc, and shows what it decoded.
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -6,11 +7,14 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <typeinfo>
 
 #include "h264/decoder.h"
 #include "h264/overlay.h"
@@ -23,6 +27,7 @@ namespace {
 using namespace vekdec;
 
 constexpr int kOk = 0, kDamaged = 1, kCannot = 2;
+constexpr char kNoMemory[] = "vekdec: not enough memory\n";
 
 struct Options {
     std::string input, output, check, pngDirectory, sheet, memory;
@@ -40,6 +45,7 @@ std::vector<std::uint8_t> readStream(const std::string& name) {
         if (f != stdin) std::fclose(f);
     };
     const std::unique_ptr<std::FILE, decltype(closed)> owner(file, closed);
+    std::setvbuf(file, nullptr, _IONBF, 0);  // the chunks below are large
     std::vector<std::uint8_t> bytes;
     bool known = false;
     const auto sniff = [&] {
@@ -264,6 +270,16 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
     }
 }
 
+// What comes before main, the static objects of libraries, ends like the rest where there is no memory.
+[[gnu::constructor(101)]] void setTerminate() {
+    std::set_terminate([] {
+        const std::type_info* thrown = abi::__cxa_current_exception_type();
+        if (thrown == nullptr || *thrown != typeid(std::bad_alloc)) std::abort();
+        std::fputs(kNoMemory, stderr);
+        _exit(kCannot);
+    });
+}
+
 // Where a standard stream is closed, the next file opened would take its place and get what is meant for it. An end
 // that cannot be used takes it instead.
 bool holdStandardStreams() {
@@ -282,6 +298,8 @@ bool closeStandardOutput() {
 
 int main(int argc, char** argv) {
     if (!holdStandardStreams()) return kCannot;
+    static char printed[1 << 14];
+    std::setvbuf(stdout, printed, isatty(STDOUT_FILENO) != 0 ? _IOLBF : _IOFBF, sizeof printed);
     int status = kCannot;
     try {
         Options options;
@@ -289,7 +307,7 @@ int main(int argc, char** argv) {
         if (status != kCannot && !closeStandardOutput()) throw std::runtime_error("cannot write standard output");
         return status;
     } catch (const std::bad_alloc&) {
-        std::fputs("vekdec: not enough memory\n", stderr);
+        std::fputs(kNoMemory, stderr);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "vekdec: %s\n", e.what());
     }
