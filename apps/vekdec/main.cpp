@@ -1,10 +1,14 @@
 // vekdec: decodes video with nothing but the exports of vekvc, and shows what it decoded.
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <new>
 #include <stdexcept>
+#include <typeinfo>
 
 #include "decoder.h"
 #include "frames/sample_memory.h"
@@ -18,6 +22,8 @@
 namespace {
 
 using namespace vekdec;
+
+constexpr char kNoMemory[] = "vekdec: not enough memory\n";
 
 std::vector<std::unique_ptr<FrameOutput>> makeOutputs(const Options& options, const BlocksOf& blocksOf) {
     std::vector<std::unique_ptr<FrameOutput>> outputs;
@@ -102,6 +108,16 @@ int run(const Options& options) {
     return options.bench > 0 ? benchmark(options) : decodeOnce(options);
 }
 
+// What comes before main, the static objects of libraries, ends like the rest where there is no memory.
+[[gnu::constructor(101)]] void setTerminate() {
+    std::set_terminate([] {
+        const std::type_info* thrown = abi::__cxa_current_exception_type();
+        if (thrown == nullptr || *thrown != typeid(std::bad_alloc)) std::abort();
+        std::fputs(kNoMemory, stderr);
+        _exit(kCannot);
+    });
+}
+
 // Where a standard stream is closed, the next file opened would take its place and get what is meant for it. An end
 // that cannot be used takes it instead.
 bool holdStandardStreams() {
@@ -120,6 +136,8 @@ bool closeStandardOutput() {
 
 int main(int argc, char** argv) {
     if (!holdStandardStreams()) return kCannot;
+    static char printed[1 << 14];
+    std::setvbuf(stdout, printed, isatty(STDOUT_FILENO) != 0 ? _IOLBF : _IOFBF, sizeof printed);
     int status = kCannot;
     try {
         Options options;
@@ -127,7 +145,7 @@ int main(int argc, char** argv) {
         if (status != kCannot && !closeStandardOutput()) throw std::runtime_error("cannot write standard output");
         return status;
     } catch (const std::bad_alloc&) {
-        std::fputs("vekdec: not enough memory\n", stderr);
+        std::fputs(kNoMemory, stderr);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "vekdec: %s\n", e.what());
     }

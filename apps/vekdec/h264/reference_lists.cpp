@@ -34,8 +34,10 @@ void alternateFields(const std::vector<Picture*>& frames, int Picture::*marks, i
 std::vector<Picture*> sorted(const std::vector<std::unique_ptr<Picture>>& pictures, auto wanted, auto before) {
     std::vector<Picture*> frames;
     for (const auto& p : pictures)
-        if (wanted(*p)) frames.push_back(p.get());
-    std::stable_sort(frames.begin(), frames.end(), [&](const Picture* a, const Picture* b) { return before(*a, *b); });
+        if (wanted(*p))
+            frames.insert(std::upper_bound(frames.begin(), frames.end(), p.get(),
+                                           [&](const Picture* a, const Picture* b) { return before(*a, *b); }),
+                          p.get());
     return frames;
 }
 
