@@ -1,9 +1,9 @@
-// Inter macroblocks: mb_pred() and sub_mb_pred() (H.264 7.3.5.1, 7.3.5.2), and where their motion goes.
+// Inter macroblocks: mb_pred() and sub_mb_pred() (H.264 7.3.5.1, 7.3.5.2), and where their motion_ goes.
 #include <algorithm>
 #include <cstring>
 
 #include "h264/direct_prediction.h"
-#include "h264/slice_decoder_state.h"
+#include "h264/macroblock_parser.h"
 
 namespace vekdec::h264 {
 namespace {
@@ -25,13 +25,13 @@ constexpr SubMbType kSubMbTypesB[13] = {{0, 0, 0},   {kL0, 2, 2}, {kL1, 2, 2}, {
 
 }  // namespace
 
-void SliceDecoder::State::parseInter(unsigned mbType) {
-    Macroblock& mb = *current.mb;
-    gatherMotion(neighbours, mb.field, isB() ? 2 : 1, motion);
+void MacroblockParser::parseInter(unsigned mbType) {
+    Macroblock& mb = *current_.mb;
+    gatherMotion(neighbours_, mb.field, isB() ? 2 : 1, motion_);
     bool transform8x8Allowed = true;
     if (isB() && mbType == 0) {
         predictDirect();
-        transform8x8Allowed = context.sps->direct8x8Inference;
+        transform8x8Allowed = context_->sps->direct8x8Inference;
     } else if (mbType == (isB() ? 22u : 3u) || (!isB() && mbType == 4)) {
         parseSubMacroblocks(!isB() && mbType == 4);
         transform8x8Allowed = mb.partitioning != Partitioning::Smaller;
@@ -51,23 +51,23 @@ void SliceDecoder::State::parseInter(unsigned mbType) {
 }
 
 // ref_idx: te(v), 9.1.
-int SliceDecoder::State::parseRefIdx(std::size_t list) {
-    const int count = context.referenceCount[current.view][list];
+int MacroblockParser::parseRefIdx(std::size_t list) {
+    const int count = context_->referenceCount[current_.view][list];
     if (count == 0) throw BadSyntax("a reference index without references");
     if (count == 1) return 0;
-    if (count == 2) return bits->flag() ? 0 : 1;
-    return bits->ue("ref_idx", static_cast<unsigned>(count - 1));
+    if (count == 2) return bits_->flag() ? 0 : 1;
+    return bits_->ue("ref_idx", static_cast<unsigned>(count - 1));
 }
 
-MotionVector SliceDecoder::State::parseMvd(MotionVector predicted) {
+MotionVector MacroblockParser::parseMvd(MotionVector predicted) {
     // Sums wrap: only broken streams leave the range of vectors.
-    const auto x = static_cast<std::uint32_t>(bits->se()), y = static_cast<std::uint32_t>(bits->se());
+    const auto x = static_cast<std::uint32_t>(bits_->se()), y = static_cast<std::uint32_t>(bits_->se());
     return {static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.x) + x),
             static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.y) + y)};
 }
 
-void SliceDecoder::State::parsePartitions(Partitioning partitioning, const std::uint8_t* lists) {
-    current.mb->partitioning = partitioning;
+void MacroblockParser::parsePartitions(Partitioning partitioning, const std::uint8_t* lists) {
+    current_.mb->partitioning = partitioning;
     const int count = partitioning == Partitioning::Whole ? 1 : 2;
     const int w = partitioning == Partitioning::Columns8x16 ? 2 : 4, h = partitioning == Partitioning::Rows16x8 ? 2 : 4;
     const PartitionShape shape = partitioning == Partitioning::Rows16x8      ? PartitionShape::Wide16x8
@@ -80,32 +80,32 @@ void SliceDecoder::State::parsePartitions(Partitioning partitioning, const std::
         for (int i = 0; i < count; ++i) {
             const int x = i * (w & 3), y = i * (h & 3), r = ref[list][i];
             const MotionVector mv =
-                r < 0 ? MotionVector{} : parseMvd(predictMotionVector(motion, list, x, y, w, r, shape));
-            motion.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
+                r < 0 ? MotionVector{} : parseMvd(predictMotionVector(motion_, list, x, y, w, r, shape));
+            motion_.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
         }
 }
 
-void SliceDecoder::State::parseSubMacroblocks(bool refsAreZero) {
-    Macroblock& mb = *current.mb;
+void MacroblockParser::parseSubMacroblocks(bool refsAreZero) {
+    Macroblock& mb = *current_.mb;
     const SubMbType* types[4];
     bool anyDirect = false, smaller = false;
     for (auto& type : types) {
-        type = isB() ? &kSubMbTypesB[bits->ue("sub_mb_type", 12)] : &kSubMbTypesP[bits->ue("sub_mb_type", 3)];
+        type = isB() ? &kSubMbTypesB[bits_->ue("sub_mb_type", 12)] : &kSubMbTypesP[bits_->ue("sub_mb_type", 3)];
         const bool direct = type->lists == 0;
         anyDirect = anyDirect || direct;
-        smaller = smaller || (direct ? !context.sps->direct8x8Inference : type->w + type->h < 4);
+        smaller = smaller || (direct ? !context_->sps->direct8x8Inference : type->w + type->h < 4);
     }
     mb.partitioning = smaller ? Partitioning::Smaller : Partitioning::Quadrants;
     int ref[2][4];
     for (std::size_t list = 0; list < 2; ++list)
         for (int i = 0; i < 4; ++i)
             ref[list][i] = (types[i]->lists >> list & 1) == 0 ? -1 : refsAreZero ? 0 : parseRefIdx(list);
-    // Direct sub-macroblocks take their motion from outside the macroblock, but a block that comes before one must not
+    // Direct sub-macroblocks take their motion_ from outside the macroblock, but a block that comes before one must not
     // see it: they are filled in list by list in their turn.
-    DirectPrediction direct(context, current);
+    DirectPrediction direct(*context_, current_);
     MotionCache directMotion;
     if (anyDirect) {
-        direct.prepare(motion);
+        direct.prepare(motion_);
         for (int i = 0; i < 4; ++i)
             if (types[i]->lists == 0) direct.derive(i, directMotion);
     }
@@ -115,36 +115,36 @@ void SliceDecoder::State::parseSubMacroblocks(bool refsAreZero) {
             if (types[i]->lists == 0) {
                 for (int k = 0; k < 4; ++k) {
                     const int at = MotionCache::at(x0 + k % 2, y0 + k / 2);
-                    motion.ref[list][at] = directMotion.ref[list][at];
-                    motion.mv[list][at] = directMotion.mv[list][at];
+                    motion_.ref[list][at] = directMotion.ref[list][at];
+                    motion_.mv[list][at] = directMotion.mv[list][at];
                 }
                 continue;
             }
             const auto r = static_cast<std::int8_t>(ref[list][i]);
             if (r < 0) {
-                motion.fill(list, x0, y0, 2, 2, MotionCache::kNotUsed, {});
+                motion_.fill(list, x0, y0, 2, 2, MotionCache::kNotUsed, {});
                 continue;
             }
             for (int y = y0; y < y0 + 2; y += types[i]->h)
                 for (int x = x0; x < x0 + 2; x += types[i]->w)
-                    motion.fill(list, x, y, types[i]->w, types[i]->h, r,
-                                parseMvd(predictMotionVector(motion, list, x, y, types[i]->w, r)));
+                    motion_.fill(list, x, y, types[i]->w, types[i]->h, r,
+                                 parseMvd(predictMotionVector(motion_, list, x, y, types[i]->w, r)));
         }
 }
 
 // B_Skip and B_Direct_16x16.
-void SliceDecoder::State::predictDirect() {
-    Macroblock& mb = *current.mb;
-    DirectPrediction direct(context, current);
-    direct.prepare(motion);
-    mb.partitioning = direct.deriveAll(motion)          ? Partitioning::Whole
-                      : context.sps->direct8x8Inference ? Partitioning::Quadrants
-                                                        : Partitioning::Smaller;
+void MacroblockParser::predictDirect() {
+    Macroblock& mb = *current_.mb;
+    DirectPrediction direct(*context_, current_);
+    direct.prepare(motion_);
+    mb.partitioning = direct.deriveAll(motion_)           ? Partitioning::Whole
+                      : context_->sps->direct8x8Inference ? Partitioning::Quadrants
+                                                          : Partitioning::Smaller;
 }
 
-// From the cache to the macroblock, for the neighbours, later pictures and the deblocking filter.
-void SliceDecoder::State::storeMotion() {
-    Macroblock& mb = *current.mb;
+// From the cache to the macroblock, for the neighbours_, later pictures and the deblocking filter.
+void MacroblockParser::storeMotion() {
+    Macroblock& mb = *current_.mb;
     for (std::size_t list = 0; list < 2; ++list) {
         if (list == 1 && !isB()) {
             std::memset(mb.refIdx[1], -1, sizeof mb.refIdx[1]);
@@ -154,20 +154,20 @@ void SliceDecoder::State::storeMotion() {
         }
         if (mb.partitioning == Partitioning::Whole) {
             const std::size_t first = MotionCache::at(0, 0);
-            const int ref = motion.ref[list][first];
-            std::fill_n(mb.mv[list], 16, motion.mv[list][first]);
+            const int ref = motion_.ref[list][first];
+            std::fill_n(mb.mv[list], 16, motion_.mv[list][first]);
             std::memset(mb.refIdx[list], ref, 4);
             std::memset(mb.refPicId[list],
-                        ref < 0 ? -1 : context.references[current.view][list][static_cast<std::size_t>(ref)].id, 4);
+                        ref < 0 ? -1 : context_->references[current_.view][list][static_cast<std::size_t>(ref)].id, 4);
             continue;
         }
         for (int y = 0; y < 4; ++y)
-            std::memcpy(&mb.mv[list][4 * y], &motion.mv[list][MotionCache::at(0, y)], 4 * sizeof(MotionVector));
+            std::memcpy(&mb.mv[list][4 * y], &motion_.mv[list][MotionCache::at(0, y)], 4 * sizeof(MotionVector));
         for (int i = 0; i < 4; ++i) {
-            const int ref = motion.ref[list][MotionCache::at(i % 2 * 2, i / 2 * 2)];
+            const int ref = motion_.ref[list][MotionCache::at(i % 2 * 2, i / 2 * 2)];
             mb.refIdx[list][i] = static_cast<std::int8_t>(ref);
             mb.refPicId[list][i] = static_cast<std::int8_t>(
-                ref < 0 ? -1 : context.references[current.view][list][static_cast<std::size_t>(ref)].id);
+                ref < 0 ? -1 : context_->references[current_.view][list][static_cast<std::size_t>(ref)].id);
         }
     }
 }

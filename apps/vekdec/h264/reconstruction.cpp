@@ -4,6 +4,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "h264/inter_prediction.h"
+
 namespace vekdec::h264 {
 
 void LevelScales::update(const ScalingLists& lists) {
@@ -262,12 +264,22 @@ void reconstructChroma(const Operands& o, Coeff** coeffs, Vek32u coded, bool is4
     }
 }
 
-}  // namespace
+template <typename Sample, typename Coeff>
+void storePcm(const SliceContext& context, const CurrentMacroblock& current, const Coeff* samples) {
+    const SequenceParameterSet& sps = *context.sps;
+    for (int i = 0; i < (sps.chromaFormatIdc == 0 ? 1 : 3); ++i) {
+        const int width = i == 0 ? 16 : sps.chromaWidthMb(), height = i == 0 ? 16 : sps.chromaHeightMb();
+        for (int y = 0; y < height; ++y) {
+            auto* row = reinterpret_cast<Sample*>(current.plane[i] + std::ptrdiff_t{current.planeStep[i]} * y);
+            for (int x = 0; x < width; ++x) row[x] = static_cast<Sample>(*samples++);
+        }
+    }
+}
 
 template <typename Sample, typename Coeff>
-void reconstruct(const SliceContext& context, const CurrentMacroblock& current, unsigned edgeFlags,
-                 const LevelScales& scales, Residual<Coeff> residual) {
-    const Macroblock& mb = *current.mb;
+void addResidual(const SliceContext& context, const ParsedMacroblock& parsed, const LevelScales& scales,
+                 Residual<Coeff> residual) {
+    const Macroblock& mb = *parsed.macroblock.mb;
     const int chromaFormatIdc = context.sps->chromaFormatIdc;
     Coeff summed[Residual<Coeff>::kMost];
     if (mb.bypass && mb.intra()) {
@@ -276,7 +288,7 @@ void reconstruct(const SliceContext& context, const CurrentMacroblock& current, 
         std::memcpy(summed, old.coeffs, sizeof summed);
         accumulateLossless(mb, chromaFormatIdc, old, residual);
     }
-    const Operands operands{context, current, edgeFlags, scales};
+    const Operands operands{context, parsed.macroblock, parsed.intraEdges, scales};
     Coeff* coeffs = residual.coeffs;
     const bool intra = mb.intra();
     if (intra || (residual.coded & 0x1ffff) != 0) reconstructLuma<Sample>(operands, &coeffs, residual.coded);
@@ -286,9 +298,26 @@ void reconstruct(const SliceContext& context, const CurrentMacroblock& current, 
     if (intra || (is422 ? coded : coded >> 17) != 0) reconstructChroma<Sample>(operands, &coeffs, coded, is422);
 }
 
-template void reconstruct<Vek8u, Vek16s>(const SliceContext&, const CurrentMacroblock&, unsigned, const LevelScales&,
-                                         Residual<Vek16s>);
-template void reconstruct<Vek16u, Vek32s>(const SliceContext&, const CurrentMacroblock&, unsigned, const LevelScales&,
-                                          Residual<Vek32s>);
+}  // namespace
+
+template <typename Sample, typename Coeff>
+void reconstruct(const SliceContext& context, const ParsedMacroblock& parsed, const LevelScales& scales,
+                 const Coeff* coeffs) {
+    const Macroblock& mb = *parsed.macroblock.mb;
+    coeffs += parsed.coeffs;
+    if (mb.type == MbType::IPcm) {
+        storePcm<Sample>(context, parsed.macroblock, coeffs);
+        return;
+    }
+    if (!mb.intra()) predictInter<Sample>(context, parsed.macroblock);
+    if (!mb.skipped)
+        addResidual<Sample>(context, parsed, scales,
+                            Residual<Coeff>{const_cast<Coeff*>(coeffs), parsed.coded, parsed.codedChroma});
+}
+
+template void reconstruct<Vek8u, Vek16s>(const SliceContext&, const ParsedMacroblock&, const LevelScales&,
+                                         const Vek16s*);
+template void reconstruct<Vek16u, Vek32s>(const SliceContext&, const ParsedMacroblock&, const LevelScales&,
+                                          const Vek32s*);
 
 }  // namespace vekdec::h264

@@ -1,7 +1,7 @@
 // From prediction and residual to samples (H.264 8.3, 8.5): the library does it, one call for luma and one for chroma.
 #pragma once
 
-#include "h264/residual.h"
+#include "h264/parsed_macroblock.h"
 
 namespace vekdec::h264 {
 
@@ -23,9 +23,11 @@ class LevelScales {
 // QPc of a chroma component (8.5.8): -QpBdOffsetC to 39.
 int chromaQp(int qpY, int chromaQpIndexOffset, int qpBdOffsetC);
 
-// Predicts an intra macroblock, or takes the inter prediction that stands in the picture, and adds the residual. Throws BadSyntax where an intra mode needs a missing neighbour.
+// Turns a parsed macroblock into samples: I_PCM samples are stored, inter macroblocks predicted (8.4.2), intra ones
+// predicted block by block (8.3), and the residual added. `coeffs` are those of its row. Throws BadSyntax where an intra
+// mode needs a missing neighbour, or a reference is missing.
 template <typename Sample, typename Coeff>
-void reconstruct(const SliceContext& context, const CurrentMacroblock& current, unsigned edgeFlags,
-                 const LevelScales& scales, Residual<Coeff> residual);
+void reconstruct(const SliceContext& context, const ParsedMacroblock& parsed, const LevelScales& scales,
+                 const Coeff* coeffs);
 
 }  // namespace vekdec::h264

@@ -164,7 +164,7 @@ void StreamDecoder::handleSlice(const NalUnit& nal) {
     });
     watch.reset();
     count_.secondsMacroblocks += seconds - (count_.secondsDeblocking - deblockingBefore);
-    if (broken != nullptr) damage("macroblock " + std::to_string(broken->mbAddress) + ": " + broken->reason);
+    if (broken) damage("macroblock " + std::to_string(broken->mbAddress) + ": " + broken->reason);
 }
 
 // Deblocks the macroblock rows (of MBAFF frames: rows of pairs) before endRow that are not yet done.

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "decoder.h"
-#include "h264/macroblock_layer.h"
 #include "h264/nal_unit.h"
 #include "h264/parameter_set_store.h"
 #include "h264/picture_buffer.h"
+#include "h264/slice_decoder.h"
 
 namespace vekdec::h264 {
 

@@ -1,0 +1,62 @@
+// The slice data and macroblock layers (H.264 7.3.4, 7.3.5): from the bits of a slice to parsed macroblocks, with their
+// motion and coefficients.
+#pragma once
+
+#include <functional>
+
+#include "h264/bit_reader.h"
+#include "h264/motion_vector_prediction.h"
+#include "h264/parsed_macroblock.h"
+
+namespace vekdec::h264 {
+
+class MacroblockParser {
+  public:
+    // Parses the slice data at `bits` into `parsed`, row by row. At the end of every macroblock row and of the slice
+    // `rowIsParsed` takes what is there and clears it; it is told the address before which all of the slice's
+    // macroblocks are parsed, or -1 where slice groups take them out of their order, and returns false to stop.
+    // Throws BadSyntax; abandon() then ends the macroblock that is not whole.
+    void parse(BitReader& bits, const SliceContext& context, ParsedRow& parsed,
+               const std::function<bool(int)>& rowIsParsed);
+    int abandon();  // returns its address
+
+  private:
+    bool isB() const { return context_->slice->header.type == SliceType::B; }
+    int nextAddress(int address) const;
+    void start(int address, bool field);
+    void parseSkipped(int address, bool field);
+    void parseMacroblock(int address, bool field);
+    void setQp(Macroblock& mb) const;
+
+    void parseIntra(unsigned mbType);
+    void parsePcm();
+    void parseInter(unsigned mbType);
+    void parsePartitions(Partitioning partitioning, const std::uint8_t* lists);
+    void parseSubMacroblocks(bool refsAreZero);
+    void parsePatternAndResidual(bool transform8x8Allowed);
+    int parseRefIdx(std::size_t list);
+    MotionVector parseMvd(MotionVector predicted);
+    void predictDirect();
+    void storeMotion();
+    void finishMacroblock();
+    template <typename Coeff>
+    void parseCoefficients(std::vector<Coeff>& coeffs);
+
+    CavlcTables tables_;
+    BitReader* bits_ = nullptr;
+    const SliceContext* context_ = nullptr;
+    ParsedRow* parsed_ = nullptr;
+    CurrentMacroblock current_;
+    Neighbours neighbours_;
+    MotionCache motion_;
+    ParsedMacroblock item_;      // of the current macroblock
+    bool inMacroblock_ = false;  // one is begun and not yet whole
+    int qp_ = 0;                 // QPY of the macroblock before
+    int qpBdOffsetY_ = 0;
+    std::int8_t chromaQps_[2][52 + 36];  // QPc of Cb and Cr by QPY + QpBdOffsetY
+    bool wide_ = false;                  // samples of 16 bits
+    int planes_ = 1, mbWidth_[3] = {}, mbHeight_[3] = {};
+    int unit_ = -1, column_ = 0, row_ = 0;  // the last macroblock (pair) and its place
+};
+
+}  // namespace vekdec::h264
