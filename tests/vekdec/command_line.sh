@@ -42,6 +42,11 @@ case $said in "20 frames, 20 pictures"*"macroblocks: "*) ;; *) bad "--stats said
 expect 0 "$vekdec" --version
 case $said in "vekdec on libvekvc-"*) ;; *) bad "--version said: $said" ;; esac
 expect 0 "$vekdec" --help
+expect 0 "$vekdec" --formats
+case $said in "h264 "*) ;; *) bad "--formats said: $said" ;; esac
+expect 0 "$vekdec" -q "$stream" --format h264 --check "$streams/base_ip.md5"
+expect 2 "$vekdec" "$stream" --format mpeg2
+expect 2 "$vekdec" "$stream" --format nonsense
 
 # Differences and damage: status 1.
 expect 1 "$vekdec" "$stream" --check "$streams/base_p4x4.md5"
