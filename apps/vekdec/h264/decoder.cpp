@@ -59,8 +59,8 @@ void Decoder::handle(const NalUnit& nal) {
                 handleSlice(nal);
                 break;
             case 7:
+                parameterSets_.takeSequence(nal.payload);  // a broken one ends nothing
                 finishPicture();
-                parameterSets_.takeSequence(nal.payload);
                 break;
             case 8:
                 parameterSets_.takePicture(nal.payload);
@@ -71,7 +71,7 @@ void Decoder::handle(const NalUnit& nal) {
                 throw NotSupported("data partitioning");
             case 9:
             case 11:
-                finishPicture();
+                if (nal.refIdc == 0) finishPicture();  // else it is none, 7.4.1
                 break;
             default:
                 break;
@@ -94,6 +94,7 @@ void Decoder::handleSlice(const NalUnit& nal) {
         if (!seenIntra_ && header.type != SliceType::I)
             throw BadSyntax("the stream begins with a slice that needs a picture before it");
         seenIntra_ = true;
+        damagedBefore_ = statistics_.damagedSlices;
         picture_ = &buffer_.begin(header);
         slice_ = std::make_unique<Slice>();
         const int structure = !header.fieldPic ? kFrame : header.bottomField ? kBottomField : kTopField;
@@ -154,9 +155,12 @@ void Decoder::finishPicture() {
     if (slice_ == nullptr) return;
     const SliceHeader& header = slice_->header;
     const int rows = picture_->heightInMbs / (header.fieldPic || header.mbaff() ? 2 : 1);
-    if (decodedTo_ < rows * picture_->widthInMbs * (header.mbaff() ? 2 : 1))
-        concealMissing(*picture_, slice_->structure, buffer_.previous(), header.sps->bitDepthLuma,
-                       header.sps->bitDepthChroma);
+    if (decodedTo_ < rows * picture_->widthInMbs * (header.mbaff() ? 2 : 1)) {
+        const int missing = concealMissing(*picture_, slice_->structure, buffer_.previous(), header.sps->bitDepthLuma,
+                                           header.sps->bitDepthChroma);
+        if (missing > 0 && statistics_.damagedSlices == damagedBefore_)
+            damage(std::to_string(missing) + " macroblocks are missing");
+    }
     finishRows(rows);
     buffer_.end(slice_->header);
     slice_.reset();
