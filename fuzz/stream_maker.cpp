@@ -215,13 +215,11 @@ void StreamMaker::changeFormat(Sps& sps, Input& input) {
 }
 
 void StreamMaker::changeSliceGroups(Pps& pps, const Sps& sps, Input& input) {
-    const auto units = static_cast<int>(std::min<Field>(sps.mapUnits(), 4096));
+    const auto units = static_cast<unsigned>(std::min<Field>(sps.mapUnits(), 4096));
     pps.groups = input.byte() % 8;
     pps.mapType = input.byte() % 7;
     if (pps.mapType >= 3 && pps.mapType <= 5 && pps.groups > 0) pps.groups = 1;
-    const auto unit = [&] {
-        return static_cast<Field>((256 * input.byte() + input.byte()) % static_cast<unsigned>(units));
-    };
+    const auto unit = [&] { return static_cast<Field>((256 * input.byte() + input.byte()) % units); };
     for (std::size_t i = 0; i < 8; ++i) {
         pps.run[i] = input.byte() % 32 % units;
         pps.topLeft[i] = unit();
@@ -230,8 +228,8 @@ void StreamMaker::changeSliceGroups(Pps& pps, const Sps& sps, Input& input) {
     }
     pps.direction = input.byte() % 2;
     pps.rate = unit();
-    pps.mapUnits = units - 1;
-    pps.group.resize(static_cast<std::size_t>(units));
+    pps.mapUnits = Field{units} - 1;
+    pps.group.resize(units);
     for (Field& group : pps.group) group = static_cast<Field>(input.byte()) % (pps.groups + 1);
 }
 
@@ -239,6 +237,9 @@ std::vector<std::uint8_t> StreamMaker::make(Input input) const {
     std::vector<std::uint8_t> out;
     Sent sent;
     const auto anyStream = [&]() -> const Stream& { return pool_[(256 * input.byte() + input.byte()) % pool_.size()]; };
+    const auto anyOf = [&](const auto& sets) {
+        return std::next(sets.begin(), static_cast<std::ptrdiff_t>(input.byte() % sets.size()))->second;
+    };
     const Stream* stream = &anyStream();
     std::size_t at = 0;
     Unit last;
@@ -272,7 +273,7 @@ std::vector<std::uint8_t> StreamMaker::make(Input input) const {
             unit.type = 7;
             unit.refIdc = 3;
             unit.parsed = true;
-            unit.sps = std::next(sent.sps.begin(), input.byte() % static_cast<int>(sent.sps.size()))->second;
+            unit.sps = anyOf(sent.sps);
             changeFormat(unit.sps, input);
             send(unit, false, sent, out);
         } else if (what < 227 && !sent.pps.empty() && !sent.sps.empty()) {
@@ -280,7 +281,7 @@ std::vector<std::uint8_t> StreamMaker::make(Input input) const {
             unit.type = 8;
             unit.refIdc = 3;
             unit.parsed = true;
-            unit.pps = std::next(sent.pps.begin(), input.byte() % static_cast<int>(sent.pps.size()))->second;
+            unit.pps = anyOf(sent.pps);
             const auto sps = sent.sps.find(unit.pps.spsId);
             changeSliceGroups(unit.pps, sps == sent.sps.end() ? sent.sps.begin()->second : sps->second, input);
             send(unit, false, sent, out);

@@ -107,6 +107,31 @@ def unsupported(hostile):
         hostile.decode(what, b"".join(stream), 2, 0, "nothing could be decoded: ")
 
 
+def renamed(hostile):
+    """One bit of a slice's type is wrong: it becomes a parameter set or a delimiter, but its picture does not end there."""
+    good = units(hostile.read("h264/base_slices.264"))
+    frames = len(hostile.sums("h264/base_slices.md5"))
+    for old, new in (0x65, 0x67), (0x41, 0x49):
+        at = [i for i, u in enumerate(good) if u[3] == old][1]  # not the first slice of its picture
+        assert good[at][4] & 0x80 == 0
+        stream = good[:at] + [good[at][:3] + bytes([new]) + good[at][4:]] + good[at + 1:]
+        hostile.decode(f"a slice as unit {new:#x}", b"".join(stream), 1, frames, "picture")
+
+
+def references(hostile):
+    """Level 1.0, but sixteen references as large as any level's: all are coded, the level bounds what is kept."""
+    mbs = 512 * 272
+    stream = unit(0x67, [(66, 8), (0, 8), (10, 8), 0, 4, 2, 16, (0, 1), 511, 271, (1, 1), (1, 1), (0, 2)])
+    stream += unit(0x68, [0, 0, (0, 1), (0, 1), 0, 0, 0, (0, 1), (0, 2), 0, 0, 0, (0, 3)])
+    stream += unit(0x65, [0, 7, 0, (0, 8), 0, (0, 2), 0])  # no macroblock
+    for frame in range(1, 10):
+        stream += unit(0x61, [0, 5, 0, (frame, 8), (0, 2), (0, 1), 0, mbs])  # all skipped
+    sums = hostile.decode("sixteen large references at level 1.0", stream, 1, 10, "ends inside")
+    if len(set(sums)) != 1:
+        print("FAILED: skipped pictures differ from the first one")
+        hostile.failures += 1
+
+
 def parameter_sets(hostile):
     """Legal ways to send parameter sets that a careless decoder stumbles over."""
     good = units(hostile.read("h264/base_ip.264"))
@@ -128,6 +153,8 @@ def main(vekdec, streams, *mode):
     for line in index:
         name, status, frames, words = line.split("\t")[:4]
         hostile.decode(name, hostile.read("forged/" + name), int(status), int(frames), words)
+    references(hostile)
+    renamed(hostile)
     unsupported(hostile)
     parameter_sets(hostile)
     print(f"{len(index)} forged streams; {hostile.failures} failures")

@@ -91,8 +91,8 @@ void StreamDecoder::handle(const NalUnit& nal) {
                 handleSlice(nal);
                 break;
             case NalUnitType::SequenceParameterSet:
+                parameterSets_.takeSequence(nal.payload);  // a broken one ends nothing
                 finishPicture();
-                parameterSets_.takeSequence(nal.payload);
                 break;
             case NalUnitType::PictureParameterSet:
                 parameterSets_.takePicture(nal.payload);
@@ -103,7 +103,7 @@ void StreamDecoder::handle(const NalUnit& nal) {
                 throw NotSupported("H.264 with data partitioning");
             case NalUnitType::AccessUnitDelimiter:
             case NalUnitType::EndOfStream:
-                finishPicture();
+                if (nal.refIdc == 0) finishPicture();  // else it is none, 7.4.1
                 break;
             default:
                 break;
@@ -126,6 +126,7 @@ void StreamDecoder::handleSlice(const NalUnit& nal) {
         if (!seenIntra_ && header.type != SliceType::I)
             throw BadSyntax("the stream begins with a slice that needs a picture before it");
         seenIntra_ = true;
+        damagedBefore_ = count_.damaged;
         picture_ = &buffer_.begin(header);
         slice_ = std::make_unique<Slice>();
         const int structure = !header.fieldPic ? kFrame : header.bottomField ? kBottomField : kTopField;
@@ -187,9 +188,12 @@ void StreamDecoder::finishPicture() {
     if (slice_ == nullptr) return;
     const SliceHeader& header = slice_->header;
     const int rows = picture_->heightInMbs / (header.fieldPic || header.mbaff() ? 2 : 1);
-    if (decodedTo_ < rows * picture_->widthInMbs * (header.mbaff() ? 2 : 1))
-        concealMissing(*picture_, slice_->structure, buffer_.previous(), header.sps->bitDepthLuma,
-                       header.sps->bitDepthChroma);
+    if (decodedTo_ < rows * picture_->widthInMbs * (header.mbaff() ? 2 : 1)) {
+        const int missing = concealMissing(*picture_, slice_->structure, buffer_.previous(), header.sps->bitDepthLuma,
+                                           header.sps->bitDepthChroma);
+        if (missing > 0 && count_.damaged == damagedBefore_)
+            damage(std::to_string(missing) + " macroblocks are missing");
+    }
     finishRows(rows);
     buffer_.end(slice_->header);
     slice_.reset();

@@ -44,8 +44,9 @@ class StreamDecoder : public Decoder {
     SliceDecoder sliceDecoder_;
     std::unique_ptr<Slice> slice_;  // the last slice of the picture being decoded; null between pictures
     Picture* picture_ = nullptr;
-    int decodedTo_ = 0;     // macroblocks before this address are all decoded
-    int finishedRows_ = 0;  // macroblock rows that are deblocked
+    long damagedBefore_ = 0;  // reports before the picture being decoded
+    int decodedTo_ = 0;       // macroblocks before this address are all decoded
+    int finishedRows_ = 0;    // macroblock rows that are deblocked
     std::vector<std::uint8_t> sliceGroupMap_;
     bool seenIntra_ = false;
     const Picture* shown_ = nullptr;  // during Sinks::frame
