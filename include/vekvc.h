@@ -12,6 +12,7 @@
 #include "vekcore.h"
 #include "vekvc/common.h"
 #include "vekvc/dct.h"
+#include "vekvc/dv.h"
 #include "vekvc/h264.h"
 #include "vekvc/mpeg2.h"
 #include "vekvc/types.h"

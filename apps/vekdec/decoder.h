@@ -36,7 +36,9 @@ class Decoder {
 
 // What the command line offers to every decoder; each takes what it knows.
 struct DecoderOptions {
-    StreamInfo stream;  // what the container says
+    StreamInfo stream;         // what the container says
+    bool interleaved = false;  // give out Cb Y Cr Y; of formats with Format::interleaves
+    int zoom = 1;              // and reduced so many times: 1, 2, 4, 8
 };
 
 struct Format {
@@ -47,6 +49,7 @@ struct Format {
     int (*probe)(std::span<const std::uint8_t> begin);
     SplitPacket split;  // of raw streams
     std::unique_ptr<Decoder> (*make)(Sinks sinks, const DecoderOptions& options);
+    bool interleaves = false;
 };
 
 // Looking at more of a stream tells no more.

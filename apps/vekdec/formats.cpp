@@ -1,12 +1,13 @@
 // The formats that vekdec decodes. A new one is a line here and a folder beside this file.
 #include "decoder.h"
+#include "dv/format.h"
 #include "h264/format.h"
 #include "mpeg12/format.h"
 
 namespace vekdec {
 
 std::span<const Format> formats() {
-    static const Format kFormats[] = {h264::format(), mpeg12::format()};
+    static const Format kFormats[] = {h264::format(), mpeg12::format(), dv::format()};
     return kFormats;
 }
 

@@ -36,6 +36,12 @@ std::vector<std::unique_ptr<FrameOutput>> makeOutputs(const Options& options, co
     return outputs;
 }
 
+DecoderOptions decoderOptions(const Options& options, const OpenStream& stream) {
+    if ((options.interleaved || options.zoom > 1) && !stream.format->interleaves)
+        throw std::runtime_error(std::string("--interleaved and --zoom are not for ") + stream.format->name);
+    return {stream.source->info(), options.interleaved, options.zoom};
+}
+
 int decodeOnce(const Options& options) {
     const OpenStream stream = openStream(options.input, options.format);
     std::unique_ptr<Decoder> decoder;
@@ -51,7 +57,7 @@ int decodeOnce(const Options& options) {
         for (auto& output : outputs) output->add(frame);
     };
     decoder = stream.format->make({sink, [&](const std::string& sentence) { messages.add(sentence); }},
-                                  {stream.source->info()});
+                                  decoderOptions(options, stream));
     Packet packet;
     while (wantsMore() && stream.source->next(packet)) {
         decoder->decode(packet);
@@ -83,7 +89,7 @@ int benchmark(const Options& options) {
                                                   [&](const std::string& sentence) {
                                                       if (reason.empty()) reason = ": " + sentence;
                                                   }},
-                                                 {stream.source->info()});
+                                                 decoderOptions(options, stream));
         for (Packet packet; stream.source->next(packet);) decoder->decode(packet);
         decoder->flush();
         const Statistics statistics = decoder->statistics();

@@ -65,6 +65,9 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
     auto* frames = app.add_option("--frames", options.frames, "stop after so many frames")->check(numberFrom(0));
     auto* skip = app.add_option("--skip", options.skip, "leave out the first frames (they are decoded, not written)")
                      ->check(numberFrom(0));
+    app.add_flag("--interleaved", options.interleaved, "DV: write bytes Cb Y Cr Y instead of planes");
+    app.add_option("--zoom", options.zoom, "DV: write them reduced 2, 4 or 8 times")
+        ->check(CLI::IsMember({1, 2, 4, 8}));
     app.add_flag("--stats", options.stats, "say what the stream was made of and where the time went");
     auto* bench =
         app.add_option("--bench", options.bench, "decode so many times without output and tell the frames per second")

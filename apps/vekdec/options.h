@@ -12,7 +12,8 @@ inline constexpr int kOk = 0, kDamaged = 1, kCannot = 2;  // exit status
 struct Options {
     std::string input, output, check, pngDirectory, sheet, memory, format;
     vekapp::Overlay overlay = vekapp::Overlay::None;
-    bool md5 = false, stats = false, quiet = false, listFormats = false;
+    int zoom = 1;
+    bool interleaved = false, md5 = false, stats = false, quiet = false, listFormats = false;
     long frames = -1, skip = 0;
     int bench = 0;
 };

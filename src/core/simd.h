@@ -8,6 +8,7 @@
 #define VEKVC_CORE_SIMD_H
 
 #include "core/simd/arithmetic.h"
+#include "core/simd/double.h"
 #include "core/simd/float.h"
 #include "core/simd/memory.h"
 #include "core/simd/move.h"

@@ -16,21 +16,21 @@ namespace catalogue {
 namespace {
 
 constexpr std::uint8_t kOutside = 0, kTouched = 1, kWritten = 2;
-constexpr std::ptrdiff_t kPage = 4096;
+constexpr std::ptrdiff_t kPage = 4096, kRowBytes = 2 * kPage;
 constexpr int kArenaRows = 96;
 constexpr int kArenaMargin = 8;  // forbidden row pitches above and below
 
-// Rows of one page each with forbidden pages between them.
+// Rows of two pages each with forbidden pages between them.
 class Arena {
   public:
-    static constexpr std::ptrdiff_t kPitch = 2 * kPage;
+    static constexpr std::ptrdiff_t kPitch = kRowBytes + kPage;
 
     Arena() {
         base_ = static_cast<std::byte*>(mmap(nullptr, (kArenaRows + 2 * kArenaMargin) * kPitch, PROT_NONE,
                                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
         if (base_ == MAP_FAILED) std::abort();
         for (int i = 0; i < kArenaRows; ++i)
-            if (mprotect(row(i), kPage, PROT_READ | PROT_WRITE) != 0) std::abort();
+            if (mprotect(row(i), kRowBytes, PROT_READ | PROT_WRITE) != 0) std::abort();
     }
     std::byte* row(int i) const { return base_ + (kArenaMargin + i) * kPitch + kPage; }
     bool contains(const void* p) const {
@@ -261,17 +261,17 @@ void Instance::place(Operand& operand, Random& random) {
         operand.spans.back().initial.resize(memory.size());
     } else {
         const Arena& a = arena(static_cast<std::size_t>(&operand - operands_.data()));
-        if (rowBytes > kPage || rowCount > kArenaRows) std::abort();  // the row's operand is too large for the arena
+        if (rowBytes > kRowBytes || rowCount > kArenaRows) std::abort();  // the row's operand is too large for the arena
         const bool top = layout_ == Layout::TopLeft;
         const bool down = operand.step >= 0;
         const int lowest = top ? 0 : kArenaRows - rowCount;  // the arena row at the lowest address
         const int firstRow = down ? lowest : lowest + rowCount - 1;
-        const std::ptrdiff_t column = top ? 0 : kPage - rowBytes;
+        const std::ptrdiff_t column = top ? 0 : kRowBytes - rowBytes;
         const std::ptrdiff_t pitch = down ? Arena::kPitch : -Arena::kPitch;
         operand.pointer = a.row(0) + firstRow * Arena::kPitch + column - r.top * pitch - r.left * element;
         for (int y = 0; y < rowCount; ++y) {  // of each page, the row and its neighbourhood
-            const std::ptrdiff_t watched = std::min<std::ptrdiff_t>(kPage, rowBytes + 64);
-            operand.spans.push_back({a.row(firstRow + (down ? y : -y)) + (top ? 0 : kPage - watched), {}, {}});
+            const std::ptrdiff_t watched = std::min<std::ptrdiff_t>(kRowBytes, rowBytes + 64);
+            operand.spans.push_back({a.row(firstRow + (down ? y : -y)) + (top ? 0 : kRowBytes - watched), {}, {}});
             operand.spans.back().initial.resize(static_cast<std::size_t>(watched));
         }
     }

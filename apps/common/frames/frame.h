@@ -18,7 +18,8 @@ struct Rational {
     bool known() const { return num > 0 && den > 0; }
 };
 
-enum class Chroma : std::uint8_t { None, C411, C420, C422 };
+// Packed422: one plane of bytes Cb Y Cr Y for every two luma samples; its width counts bytes.
+enum class Chroma : std::uint8_t { None, C411, C420, C422, Packed422 };
 // Where the chroma samples of 4:2:0 lie: between the luma columns, in every second one, or as DV at 625 lines has them.
 enum class ChromaPlace : std::uint8_t { Centre, Left, Dv };
 enum class FieldOrder : std::uint8_t { Unknown, Progressive, TopFirst, BottomFirst, Mixed };

@@ -57,6 +57,8 @@ class VideoOutput : public FrameOutput {
         if (file_ != nullptr && file_ != stdout) std::fclose(file_);
     }
     void add(const Frame& frame) override {
+        if (y4m_ && frame.chroma == Chroma::Packed422)
+            throw std::runtime_error(name_ + ": y4m holds planes, not interleaved samples; give another name");
         if (!takes(frame)) {
             ++leftOut_;
             return;
@@ -68,6 +70,7 @@ class VideoOutput : public FrameOutput {
             return;
         }
         for (const FramePlane& plane : frame.plane) {
+            if (plane.data == nullptr) continue;
             const std::size_t rowBytes = static_cast<std::size_t>(plane.width) * (frame.bitDepth > 8 ? 2 : 1);
             if (plane.stride == static_cast<std::ptrdiff_t>(rowBytes)) {  // nothing between the rows
                 write(plane.data, rowBytes * static_cast<std::size_t>(plane.height));

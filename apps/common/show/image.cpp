@@ -33,6 +33,26 @@ Image::Image(int w, int h, Colour fill)
 }
 
 Image toImage(const Frame& frame) {
+    if (frame.chroma == Chroma::Packed422) {  // as three planes
+        const FramePlane& all = frame.plane[0];
+        const auto half = static_cast<std::size_t>(all.width / 4 * all.height);
+        std::vector<std::uint8_t> luma(2 * half), cb(half), cr(half);
+        for (int y = 0; y < all.height; ++y)
+            for (int j = 0; j < all.width / 4; ++j) {
+                const std::uint8_t* p = all.data + all.stride * y + 4 * j;
+                const auto i = static_cast<std::size_t>(y * (all.width / 4) + j);
+                cb[i] = p[0];
+                luma[2 * i] = p[1];
+                cr[i] = p[2];
+                luma[2 * i + 1] = p[3];
+            }
+        Frame planar = frame;
+        planar.chroma = Chroma::C422;
+        planar.plane[0] = {luma.data(), all.width / 2, all.width / 2, all.height};
+        planar.plane[1] = {cb.data(), all.width / 4, all.width / 4, all.height};
+        planar.plane[2] = {cr.data(), all.width / 4, all.width / 4, all.height};
+        return toImage(planar);
+    }
     Image image(frame.plane[0].width, frame.plane[0].height);
     const int shiftX = chromaShiftX(frame.chroma), shiftY = chromaShiftY(frame.chroma);
     const bool full = frame.range == ColourRange::Full;

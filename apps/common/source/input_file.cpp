@@ -12,7 +12,7 @@ InputFile::InputFile(const std::string& name)
     : name_(name), file_(name == "-" ? stdin : std::fopen(name.c_str(), "rb")) {
     if (file_ == nullptr) throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
     std::setvbuf(file_, nullptr, _IONBF, 0);  // it is read in large pieces
-    std::error_code unknown;                   // of a pipe
+    std::error_code unknown;                  // of a pipe
     if (file_ != stdin && std::filesystem::is_regular_file(name, unknown)) {
         size_ = std::filesystem::file_size(name, unknown);
         if (unknown) size_ = 0;

@@ -81,6 +81,9 @@ VEKVC_SIMD_INLINE std::uint64_t withoutLowestBits(std::uint64_t bits, int n) {
 #endif
 }
 
+// Sums of neighbouring lanes: a's four, then b's; they wrap.
+VEKVC_SIMD_INLINE i16x8 addNeighbours(i16x8 a, i16x8 b) { return {_mm_hadd_epi16(a.raw, b.raw)}; }
+
 }  // namespace vekvc
 
 #endif
