@@ -1,44 +1,43 @@
-// Fast forms of the correctly rounded DCTs: two passes in single precision with a proven bound of their error, whose
-// undecided results are made anew.
+// Fast forms of the correctly rounded DCTs: two passes in single precision with a proven bound of their error; results
+// that this does not decide are made anew from exact sums.
 //
 // Scaled by 8, the transform of ISO 13818-2 annex A is the one-dimensional transform with the factors K(0) = K(4) = 1,
 // K(k) = sqrt(2) cos(k pi / 16) along columns, then along rows. The second pass scales by 2^13 and adds a bias, so that
-// it ends with
+// it ends, in integers, with
 //
-//     t = 2^16 X + 2^15 + e + d,  X the ideal result, d the error, |d| <= e.
+//     t = 2^16 X + 2^15 + e + d,  X the ideal result, d the error, |d| < e.
 //
-// Then 2^16 X + 2^15 lies in t - 2e .. t, and if the low 16 bits of t are not below 2e, the high bits of t are X rounded.
-// Else the result is undecided.
+// Then 2^16 X + 2^15 lies between t - 2e and t, and if the low 16 bits of t are not below 2e, the high bits of t are X
+// rounded. Else the result is undecided.
 //
-// The bound e. Let r = 2^-23, no less than the relative error of one rounding in any mode; constants are rounded to the
-// nearest when they are compiled, by r / 2. Follow one input value f to one result: it is multiplied by basis values and
-// goes through n roundings, so its part of the error is at most |f| |B| ((1 + r)^n - 1), B the basis value.
+// The bound e. Let r be the greatest relative error of one rounding: 2^-24 to the nearest, 2^-23 in the other modes.
+// Constants are rounded when they are compiled: K(1) is off by less than 0.67 * 2^-24, the others by less than 0.83 *
+// 2^-24 (asserted below); the scale is a power of two. An input value f with the basis value B in a result passes
+// through n roundings, constants counted with their share of r, and adds at most |f| |B| ((1 + r)^n - 1) to the error.
 //
-// - Inverse. One pass takes a value of odd frequency through its constant (1/2), a product, three sums of the chain
-//   and the last butterfly: 5 1/2; frequencies 2 and 6 through less; 0 through the sums e0, E0 and the butterfly, of
-//   which e0 is exact in the first pass, where it is a sum of two 16-bit integers, and takes another one for the bias
-//   in the second: 2 and 4. So n <= 11 for all but F(0, 0), for which it is 6.
-// - Forward. The first pass has exact sums (in 16 bits), so odd frequencies take a constant (1/2), a product and
-//   three sums: 4 1/2; 2 and 6 take less, 0 and 4 none. In the second, odd ones take a difference, a constant, a
-//   product and four sums (the bias is in the chain): 6 1/2. So n <= 11. Where both frequencies are 0 or 4 nothing is
-//   ever rounded: these results are exact, with a bias of 2^15.
+// - Inverse. In one pass a value of odd frequency takes its constant, a product, three sums of the chain and the last
+//   butterfly: 5 and the constant. Frequencies 2 and 6 take less. 0 takes the sums e0, E0 and the butterfly; e0 is
+//   exact in the first pass, as a sum of two 16-bit integers, and the second has one more sum, the bias: 2 and 4.
+// - Forward. The first pass has exact sums (in 16 bits): odd frequencies take the constant, a product and three sums, 2
+//   and 6 less, 0 and 4 nothing. In the second, odd ones take a difference, the constant, a product and four sums, of
+//   which the first adds the bias. Together 10 and two constants again. Where both frequencies are 0 or 4 nothing is
+//   rounded at all: these results are exact, with a bias of 2^15, and always decided.
 //
-// Scaled, |B| is at most 2 cos(pi / 16)^2 < 1.924, and 1 for F(0, 0). With S the sum of the magnitudes (in the inverse
-// without F(0, 0)), the error of 2^16 X is at most
+// So n |B| is at most (10 + 2 * 0.67) * K(1)^2 < 21.82. Elsewhere it is below 20: two odd frequencies have 11.7 *
+// K(1) K(3), 2 or 6 with an odd one 10.6 * K(1) K(2); for F(0, 0) it is 6. With S the sum of the magnitudes (in the
+// inverse without F(0, 0)), the
+// error of 2^16 X is at most 2^13 r (21.82 S + 6 |F(0, 0)|): in the other modes (10.91 S + 3 |F(0, 0)|) / 512, to the
+// nearest half of that. Terms in r^2 make it at most 1 + 2^-19 times as large. To this add less than 2^16 * 4 r = 1/32
+// for the four roundings of the bias, less than 1 for the conversion, which truncates in every mode, and 2^-14 for the
+// exact integer sum that defines the result, which differs from X by at most 2^-45 S. So floor((w + 1100) / 512) is
+// more than the error, w being 11 S + 3 |F(0, 0)|, halved where roundings are to the nearest: 1100 / 512 leaves more
+// than 0.1 for the terms in r^2.
 //
-//     2^13 r (11 * 1.924 S + 6 |F(0, 0)|) = (10.59 S + 3 |F(0, 0)|) / 512
+// All of it holds while the magnitudes add up to at most kMostMagnitude: t fits 32 bits, as 2^13 * 1.93 * 32766 < 2^30,
+// and the sums of the forward transform's first pass fit 16 bits. Else all results are made from exact sums.
 //
-// but for terms in r^2, which the rounding up of 10.59 to 11 covers (for F(0, 0) they stay below 2^-20 * 32768 / 512).
-// The bias itself passes four roundings, together less than 4 * 2^16 r = 1/32; the conversion to an integer, by
-// truncation in every mode, less than 1; and the exact integer sum that defines the result differs from X by at most
-// 2^-45 S, here less than 2^-13. So e = floor((11 S + 3 |F(0, 0)| + 1100) / 512) is more than the error, since
-// 1100 / 512 > 1 + 1 + 1/32 + 2^-13 + 2^-20 * 64.
-//
-// All of it holds while the magnitudes add up to at most kMostMagnitude: t fits 32 bits since 2^13 * 1.924 * 32766 <
-// 2^31, and the sums of the forward transform's first pass fit 16 bits. Else all 64 results are undecided.
-//
-// No value is subnormal: inputs are integers, constants multiples of 2^-25, the second pass's of 2^-12; so all values,
-// which are sums of products rounded to 24 digits, are multiples of 2^-37 or 0.
+// No value is subnormal: inputs are integers, constants multiples of 2^-25, in the second pass of 2^-12; so every sum of
+// products, rounded or not, is a multiple of 2^-37.
 #ifndef VEKVC_COMMON_DCT_SIMD_H
 #define VEKVC_COMMON_DCT_SIMD_H
 
@@ -192,15 +191,23 @@ VEKVC_SIMD_INLINE void decideAll(DctSpill& sums, const i16x8 (&values)[8], const
 
 // ---- what both directions share
 
-// e for a sum of weighted magnitudes.
+// e for w in the modes that are not to the nearest.
 VEKVC_SIMD_INLINE Vek32s errorBound(Vek32s weighted) { return ((weighted >> (roundsToNearest() ? 1 : 0)) + 1100) >> 9; }
+
+inline constexpr double kDctFactors[8] = {1, 1.3870398453221474618,  1.3065629648763765279,  1.1758756024193587170,
+                                          1, 0.78569495838710218128, 0.54119610014619698440, 0.27589937928294301234};
+// The distance of the compiled constant, in units of 2^-24 of its value.
+constexpr double distanceOfFactor(int k) {
+    const double distance = (static_cast<double>(static_cast<float>(kDctFactors[k])) / kDctFactors[k] - 1) * 16777216;
+    return distance < 0 ? -distance : distance;
+}
+static_assert(distanceOfFactor(1) < 0.67 && distanceOfFactor(2) < 0.83 && distanceOfFactor(3) < 0.83 &&
+              distanceOfFactor(5) < 0.83 && distanceOfFactor(6) < 0.83 && distanceOfFactor(7) < 0.83);
 
 // K(k), scaled.
 template <class V, int k, int scale = 1>
 VEKVC_SIMD_INLINE V factor() {
-    constexpr double factors[8] = {1, 1.3870398453221474618,  1.3065629648763765279,  1.1758756024193587170,
-                                   1, 0.78569495838710218128, 0.54119610014619698440, 0.27589937928294301234};
-    return splatFloat<V>(static_cast<float>(factors[k] * scale));
+    return splatFloat<V>(static_cast<float>(kDctFactors[k] * scale));
 }
 
 VEKVC_SIMD_INLINE void transposeParts(DctFloats (&a)[kDctParts][8]) {
