@@ -312,6 +312,22 @@ VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
     }
 }
 
+// The samples of frequency 1.
+inline constexpr float kFirstFrequency[8] = {static_cast<float>(kDctFactors[1]),  static_cast<float>(kDctFactors[3]),
+                                             static_cast<float>(kDctFactors[5]),  static_cast<float>(kDctFactors[7]),
+                                             -static_cast<float>(kDctFactors[7]), -static_cast<float>(kDctFactors[5]),
+                                             -static_cast<float>(kDctFactors[3]), -static_cast<float>(kDctFactors[1])};
+
+template <int i>
+VEKVC_SIMD_INLINE DctFloats splatLane(f32x4 v) {
+    const f32x4 all = shuffle32<i, i, i, i>(v);
+#if VEKVC_VECTOR256
+    return as<DctFloats>(join(as<i32x4>(all), as<i32x4>(all)));
+#else
+    return all;
+#endif
+}
+
 // The first pass: z[p][u] then holds column u of its results.
 template <int corner>
 VEKVC_SIMD_INLINE void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctParts][8]) {
@@ -326,10 +342,17 @@ VEKVC_SIMD_INLINE void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctPart
         }
         for (int p = 0; p < kDctParts; ++p) inversePass<8, false>(z[p], z[p][0]);
         transposeParts(z);
+    } else if constexpr (corner == 2) {
+        const f32x4 values = toFloat(widenLow(loadPair4<i16x8>(src, src + 8)));  // two rows of two
+        for (int p = 0; p < kDctParts; ++p) {
+            const auto first = as<DctFloats>(load<DctInts>(kFirstFrequency + p * 8 / kDctParts));
+            z[p][0] = mulAdd(splatLane<2>(values), first, splatLane<0>(values));
+            z[p][1] = mulAdd(splatLane<3>(values), first, splatLane<1>(values));
+        }
     } else {
         f32x4 rows[8];
-        for (int v = 0; v < corner; ++v) rows[v] = toFloat(widenLow(loadBytes<i16x8, 2 * corner>(src + 8 * v)));
-        inversePass<corner, false>(rows, rows[0]);
+        for (int v = 0; v < 4; ++v) rows[v] = toFloat(widenLow(loadBytes<i16x8, 8>(src + 8 * v)));
+        inversePass<4, false>(rows, rows[0]);
         for (int p = 0; p < kDctParts; ++p) {
             DctInts columns[4];
             for (int i = 0; i < 4; ++i) {
@@ -340,7 +363,7 @@ VEKVC_SIMD_INLINE void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctPart
 #endif
             }
             transpose4x4(columns[0], columns[1], columns[2], columns[3]);
-            for (int i = 0; i < corner; ++i) z[p][i] = as<DctFloats>(columns[i]);
+            for (int i = 0; i < 4; ++i) z[p][i] = as<DctFloats>(columns[i]);
         }
     }
 }
