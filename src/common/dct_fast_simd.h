@@ -6,7 +6,8 @@
 
 namespace vekvc::simd {
 
-// Pairs of frequencies (0, 4), (2, 6), (1, 3), (5, 7), one of each of eight lines in 32-bit lanes: 4 or 8 lines a vector.
+// Pairs of frequencies (0, 4), (2, 6), (1, 3), (5, 7), one of each of eight lines in 32-bit lanes: 4 or 8 lines a
+// vector.
 #if VEKVC_VECTOR256
 using FastPairs = i16x16;
 using FastSums = i32x8;

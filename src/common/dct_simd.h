@@ -2,8 +2,8 @@
 // that this does not decide are made anew from exact sums.
 //
 // Scaled by 8, the transform of ISO 13818-2 annex A is the one-dimensional transform with the factors K(0) = K(4) = 1,
-// K(k) = sqrt(2) cos(k pi / 16) along columns, then along rows. The second pass scales by 2^13 and adds a bias, so that
-// it ends, in integers, with
+// K(k) = sqrt(2) cos(k pi / 16) along columns, then along rows. The second pass scales by 2^13 and adds a bias, so
+// that it ends, in integers, with
 //
 //     t = 2^16 X + 2^15 + e + d,  X the ideal result, d the error, |d| < e.
 //
@@ -11,33 +11,36 @@
 // rounded. Else the result is undecided.
 //
 // The bound e. Let r be the greatest relative error of one rounding: 2^-24 to the nearest, 2^-23 in the other modes.
-// Constants are rounded when they are compiled: K(1) is off by less than 0.67 * 2^-24, the others by less than 0.83 *
-// 2^-24 (asserted below); the scale is a power of two. An input value f with the basis value B in a result passes
-// through n roundings, constants counted with their share of r, and adds at most |f| |B| ((1 + r)^n - 1) to the error.
+// Constants are rounded when they are compiled: K(1) is off by less than 0.67 * 2^-24, K(5) by less than 0.04 * 2^-24,
+// the others by less than 0.83 * 2^-24 (asserted below), quotients by at most 2^-24; the scale is a power of two. An
+// input value f with the basis value B in a result passes through n roundings, constants counted with their share of
+// r, and adds at most |f| |B| ((1 + r)^n - 1) to the error.
 //
 // - Inverse. In one pass a value of odd frequency takes its constant, a product, three sums of the chain and the last
-//   butterfly: 5 and the constant. Frequencies 2 and 6 take less. 0 takes the sums e0, E0 and the butterfly; e0 is
-//   exact in the first pass, as a sum of two 16-bit integers, and the second has one more sum, the bias: 2 and 4.
-// - Forward. The first pass has exact sums (in 16 bits): odd frequencies take the constant, a product and three sums, 2
-//   and 6 less, 0 and 4 nothing. In the second, odd ones take a difference, the constant, a product and four sums, of
-//   which the first adds the bias. Together 10 and two constants again. Where both frequencies are 0 or 4 nothing is
-//   rounded at all: these results are exact, with a bias of 2^15, and always decided.
+//   butterfly: 5 and the constant. With fused products, which round with their sums, it takes up to three sums and the
+//   butterfly, a constant and but for the first of the chain a quotient: 4 and these two. Frequencies 2 and 6 take
+//   less. 0 takes the sums e0, E0 and the butterfly; e0 is exact in the first pass, as a sum of two 16-bit integers,
+//   and the second has one more sum, the bias: 2 and 4.
+// - Forward. The first pass has exact sums (in 16 bits): odd frequencies take the constant, a product and three sums,
+//   2 and 6 less, 0 and 4 nothing. In the second, odd ones take a difference, the constant, a product and four sums,
+//   of which the first adds the bias. Together 10 and two constants again. Where both frequencies are 0 or 4 nothing
+//   is rounded at all: these results are exact, with a bias of 2^15, and always decided.
 //
-// So n |B| is at most (10 + 2 * 0.67) * K(1)^2 < 21.82. Elsewhere it is below 20: two odd frequencies have 11.7 *
-// K(1) K(3), 2 or 6 with an odd one 10.6 * K(1) K(2); for F(0, 0) it is 6. With S the sum of the magnitudes (in the
-// inverse without F(0, 0)), the
-// error of 2^16 X is at most 2^13 r (21.82 S + 6 |F(0, 0)|): in the other modes (10.91 S + 3 |F(0, 0)|) / 512, to the
-// nearest half of that. Terms in r^2 make it at most 1 + 2^-19 times as large. To this add less than 2^16 * 4 r = 1/32
-// for the four roundings of the bias, less than 1 for the conversion, which truncates in every mode, and 2^-14 for the
-// exact integer sum that defines the result, which differs from X by at most 2^-45 S. So floor((w + 1100) / 512) is
-// more than the error, w being 11 S + 3 |F(0, 0)|, halved where roundings are to the nearest: 1100 / 512 leaves more
-// than 0.1 for the terms in r^2.
+// So n |B| is at most (10 + 2 * 0.67) * K(1)^2 < 21.82: fused, K(1) is the first of its chain, or has the quotient
+// K(1) / K(5) and then K(5), or stands further back in a shorter chain, and takes 5.04 at most. Elsewhere n |B| is
+// below 20: two odd frequencies have 11.7 * K(1) K(3), 2 or 6 with an odd one 10.6 * K(1) K(2); for F(0, 0) it is 6.
+// With S the sum of the magnitudes (in the inverse without F(0, 0)), the error of 2^16 X is at most 2^13 r (21.82 S +
+// 6 |F(0, 0)|): in the other modes (10.91 S + 3 |F(0, 0)|) / 512, to the nearest half of that. Terms in r^2 make it at
+// most 1 + 2^-19 times as large. To this add less than 2^16 * 4 r = 1/32 for the four roundings of the bias, less than
+// 1 for the conversion, which truncates in every mode, and 2^-14 for the exact integer sum that defines the result,
+// which differs from X by at most 2^-45 S. So floor((w + 1100) / 512) is more than the error, w being 11 S + 3 |F(0,
+// 0)|, halved where roundings are to the nearest: 1100 / 512 leaves more than 0.1 for the terms in r^2.
 //
-// All of it holds while the magnitudes add up to at most kMostMagnitude: t fits 32 bits, as 2^13 * 1.93 * 32766 < 2^30,
-// and the sums of the forward transform's first pass fit 16 bits. Else all results are made from exact sums.
+// All of it holds while the magnitudes add up to at most kMostMagnitude: t fits 32 bits, as 2^13 * 1.93 * 32766 <
+// 2^30, and the sums of the forward transform's first pass fit 16 bits. Else all results are made from exact sums.
 //
-// No value is subnormal: inputs are integers, constants multiples of 2^-25, in the second pass of 2^-12; so every sum of
-// products, rounded or not, is a multiple of 2^-37.
+// No value is subnormal: inputs are integers, constants and quotients multiples of 2^-26, and no value is the product
+// of more than two of them in either pass; so every one, rounded or not, is a multiple of 2^-104.
 #ifndef VEKVC_COMMON_DCT_SIMD_H
 #define VEKVC_COMMON_DCT_SIMD_H
 
@@ -67,10 +70,10 @@ inline constexpr Vek32s kMostMagnitude = 32766;
 
 // ---- results that single precision does not decide: the exact sum
 
-// |cos(angle(u, x) pi / 16)| is cos(m pi / 16) for an m of 1 to 7, its class. D(a, b) changes its sign with the sign of
-// either cosine, so that 7 x 7 values make all sums. Each, below 2^43, is split into digits of 15 bits, the highest one
-// signed: products of digits and 16-bit values are added in 32 bits, exactly while the magnitudes of the values add up
-// to less than 2^15.
+// |cos(angle(u, x) pi / 16)| is cos(m pi / 16) for an m of 1 to 7, its class. D(a, b) changes its sign with the sign
+// of either cosine, so that 7 x 7 values make all sums. Each, below 2^43, is split into digits of 15 bits, the highest
+// one signed: products of digits and 16-bit values are added in 32 bits, exactly while the magnitudes of the values
+// add up to less than 2^15.
 struct ExactLine {
     Vek8u gather[16];  // class of each of the line's 8 columns, as places of bytes in a table row
     Vek16s sign[8];
@@ -171,8 +174,8 @@ VEKVC_SIMD_INLINE void decideAll(DctSpill& sums, const i16x8 (&values)[8], const
         for (int j = 0; j < 8; ++j) sums.at[i][j] = dct::roundSum(exactSumOfAny(values, lines[i], lines[j])) * 65536;
 }
 
-// The inverse transform's sums below the margin, or all of them. With coefficients 0 and 4 alone in both directions 8 X
-// is an integer, and ties are frequent.
+// The inverse transform's sums below the margin, or all of them. With coefficients 0 and 4 alone in both directions 8
+// X is an integer, and ties are frequent.
 [[gnu::noinline]] inline void decideInverse(const i16x8 (&rows)[8], DctSpill& sums, Vek32s margin, bool all) {
     if (all) return decideAll(sums, rows, kExactTables.ofPlace);
     std::uint64_t which = undecided(sums, margin);
@@ -202,7 +205,7 @@ constexpr double distanceOfFactor(int k) {
     return distance < 0 ? -distance : distance;
 }
 static_assert(distanceOfFactor(1) < 0.67 && distanceOfFactor(2) < 0.83 && distanceOfFactor(3) < 0.83 &&
-              distanceOfFactor(5) < 0.83 && distanceOfFactor(6) < 0.83 && distanceOfFactor(7) < 0.83);
+              distanceOfFactor(5) < 0.04 && distanceOfFactor(6) < 0.83 && distanceOfFactor(7) < 0.83);
 
 // K(k), scaled.
 template <class V, int k, int scale = 1>
@@ -264,12 +267,37 @@ VEKVC_SIMD_INLINE DctRows roundedRows(const DctSums& sums) {
 
 // ---- inverse
 
+// A sum of frequencies, each times its factor. With fused products the first one's factor waits for the sum to be
+// added: it costs nothing there, and the others are divided by it.
+template <class V, int first, int scale>
+struct WeightedSum {
+    V sum;
+
+    VEKVC_SIMD_INLINE explicit WeightedSum(V z) : sum(kFused ? z : z * factor<V, first, scale>()) {}
+    template <int k>
+    VEKVC_SIMD_INLINE static V weight() {
+        return splatFloat<V>(static_cast<float>(kFused ? kDctFactors[k] / kDctFactors[first] : kDctFactors[k] * scale));
+    }
+    template <int k>
+    VEKVC_SIMD_INLINE void add(V z) {
+        sum = mulAdd(z, weight<k>(), sum);
+    }
+    template <int k>
+    VEKVC_SIMD_INLINE void subtract(V z) {
+        sum = mulSub(z, weight<k>(), sum);
+    }
+    VEKVC_SIMD_INLINE V addedTo(V even) const {
+        return kFused ? mulAdd(sum, factor<V, first, scale>(), even) : even + sum;
+    }
+    VEKVC_SIMD_INLINE V subtractedFrom(V even) const {
+        return kFused ? mulSub(sum, factor<V, first, scale>(), even) : even - sum;
+    }
+};
+
 // One pass over frequencies 0 to terms - 1, the others being 0; the last pass scales and adds the bias.
 template <int terms, bool last, class V>
 VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
     constexpr int scale = last ? 8192 : 1;
-    const V k1 = factor<V, 1, scale>(), k3 = factor<V, 3, scale>(), k5 = factor<V, 5, scale>(),
-            k7 = factor<V, 7, scale>();
     V even[4];
     if constexpr (last)
         even[0] = mulAdd(z[0], factor<V, 0, scale>(), bias);
@@ -282,34 +310,45 @@ VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
         even[1] = even[2] = last ? mulSub(z[4], factor<V, 4, scale>(), e0) : e0 - z[4];
     }
     if constexpr (terms > 2) {
-        const V k2 = factor<V, 2, scale>(), k6 = factor<V, 6, scale>();
-        V outer = z[2] * k2, inner = z[2] * k6;
+        WeightedSum<V, 2, scale> outer(z[2]);
+        WeightedSum<V, 6, scale> inner(z[2]);
         if constexpr (terms > 4) {
-            outer = mulAdd(z[6], k6, outer);
-            inner = mulSub(z[6], k2, inner);
+            outer.template add<6>(z[6]);
+            inner.template subtract<2>(z[6]);
         }
-        even[3] = even[0] - outer;
-        even[0] = even[0] + outer;
-        even[2] = even[1] - inner;
-        even[1] = even[1] + inner;
+        even[0] = outer.addedTo(even[0]);
+        even[1] = inner.addedTo(even[1]);
+        even[2] = inner.subtractedFrom(even[2]);
+        even[3] = outer.subtractedFrom(even[3]);
     }
-    V odd[4] = {z[1] * k1, z[1] * k3, z[1] * k5, z[1] * k7};
+    WeightedSum<V, 1, scale> odd0(z[1]);
+    WeightedSum<V, 3, scale> odd1(z[1]);
+    WeightedSum<V, 5, scale> odd2(z[1]);
+    WeightedSum<V, 7, scale> odd3(z[1]);
     if constexpr (terms > 2) {
-        odd[0] = mulAdd(z[3], k3, odd[0]);
-        odd[1] = mulSub(z[3], k7, odd[1]);
-        odd[2] = mulSub(z[3], k1, odd[2]);
-        odd[3] = mulSub(z[3], k5, odd[3]);
+        odd0.template add<3>(z[3]);
+        odd1.template subtract<7>(z[3]);
+        odd2.template subtract<1>(z[3]);
+        odd3.template subtract<5>(z[3]);
     }
     if constexpr (terms > 4) {
-        odd[0] = mulAdd(z[7], k7, mulAdd(z[5], k5, odd[0]));
-        odd[1] = mulSub(z[7], k5, mulSub(z[5], k1, odd[1]));
-        odd[2] = mulAdd(z[7], k3, mulAdd(z[5], k7, odd[2]));
-        odd[3] = mulSub(z[7], k1, mulAdd(z[5], k3, odd[3]));
+        odd0.template add<5>(z[5]);
+        odd1.template subtract<1>(z[5]);
+        odd2.template add<7>(z[5]);
+        odd3.template add<3>(z[5]);
+        odd0.template add<7>(z[7]);
+        odd1.template subtract<5>(z[7]);
+        odd2.template add<3>(z[7]);
+        odd3.template subtract<1>(z[7]);
     }
-    for (int i = 0; i < 4; ++i) {
-        z[i] = even[i] + odd[i];
-        z[7 - i] = even[i] - odd[i];
-    }
+    z[0] = odd0.addedTo(even[0]);
+    z[1] = odd1.addedTo(even[1]);
+    z[2] = odd2.addedTo(even[2]);
+    z[3] = odd3.addedTo(even[3]);
+    z[4] = odd3.subtractedFrom(even[3]);
+    z[5] = odd2.subtractedFrom(even[2]);
+    z[6] = odd1.subtractedFrom(even[1]);
+    z[7] = odd0.subtractedFrom(even[0]);
 }
 
 // The samples of frequency 1.
@@ -384,21 +423,22 @@ VEKVC_SIMD_INLINE Vek32s magnitudesOfCorner(const Vek16s* src) {
     }
 }
 
+// The results where F(0, 0) alone is not 0.
+VEKVC_SIMD_INLINE DctRows rowsOfOne(Vek32s first) {
+    using W = Vec<std::int16_t, DctInts::kBytes / 2>;
+    const W value = splat<W>((first + 4) >> 3);
+#if VEKVC_VECTOR256
+    return {{value, value, value, value}};
+#else
+    return {{value, value, value, value, value, value, value, value}};
+#endif
+}
+
 template <int corner, class Destination>
 void dctInverse(const Vek16s* src, Destination dst) {
     const Vek32s all = magnitudesOfCorner<corner>(src);
     const Vek32s first = load<Vek16s>(src), magnitudeOfFirst = first < 0 ? -first : first;
-    DctRows rows;
-    if (all == magnitudeOfFirst) {
-        using W = Vec<std::int16_t, DctInts::kBytes / 2>;
-        const W value = splat<W>((first + 4) >> 3);
-#if VEKVC_VECTOR256
-        for (W& pair : rows.pair) pair = value;
-#else
-        for (W& row : rows.row) row = value;
-#endif
-        return storeRows(dst, rows);
-    }
+    if (all == magnitudeOfFirst) return storeRows(dst, rowsOfOne(first));
     const Vek32s e = errorBound(11 * all - 8 * magnitudeOfFirst);
     const DctFloats bias = toFloat(splat<DctInts>(32768 + e));
     DctFloats z[kDctParts][8];
@@ -421,9 +461,9 @@ void dctInverse(const Vek16s* src, Destination dst) {
 
 // ---- forward
 
-// The forward transform's sums below the margin, but for the exact ones, or all of them. Where values are large but near
-// to each other, the bound e of the error is too, and counts anew from their mean: to inexact coefficients a constant
-// adds nothing.
+// The forward transform's sums below the margin, but for the exact ones, or all of them. Where values are large but
+// near to each other, the bound e of the error is too, and counts anew from their mean: to inexact coefficients a
+// constant adds nothing.
 [[gnu::noinline]] inline void decideForward(const i16x8 (&rows)[8], DctSpill& sums, Vek32s e, bool all) {
     if (all) return decideAll(sums, rows, kExactTables.ofFrequency);
     i32x4 total = zero<i32x4>();

@@ -170,7 +170,8 @@ TEST(Dct, FirstCoefficientAloneRoundsUpward) {
     }
 }
 
-// Ties by cancellation of irrational parts, on a diagonal and around it: two passes in double precision fall below some.
+// Ties by cancellation of irrational parts, on a diagonal and around it: two passes in double precision fall below
+// some.
 TEST(Dct, IrrationalTies) {
     Values b = {};
     b[0] = -4;
