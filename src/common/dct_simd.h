@@ -197,11 +197,21 @@ VEKVC_SIMD_INLINE void decideAll(DctSpill& sums, const i16x8 (&values)[8], const
 // e for w in the modes that are not to the nearest.
 VEKVC_SIMD_INLINE Vek32s errorBound(Vek32s weighted) { return ((weighted >> (roundsToNearest() ? 1 : 0)) + 1100) >> 9; }
 
-inline constexpr double kDctFactors[8] = {1, 1.3870398453221474618,  1.3065629648763765279,  1.1758756024193587170,
-                                          1, 0.78569495838710218128, 0.54119610014619698440, 0.27589937928294301234};
+// K(k) = cos(k pi / 16) / cos(4 pi / 16), and K(0) = 1; right to 2^-41.
+struct DctFactors {
+    double k[8];
+};
+constexpr DctFactors dctFactors() {
+    DctFactors f = {{1}};
+    for (int k = 1; k < 8; ++k) f.k[k] = static_cast<double>(dct::cosine(k)) / static_cast<double>(dct::cosine(4));
+    return f;
+}
+inline constexpr DctFactors kDctFactors = dctFactors();
+
 // The distance of the compiled constant, in units of 2^-24 of its value.
 constexpr double distanceOfFactor(int k) {
-    const double distance = (static_cast<double>(static_cast<float>(kDctFactors[k])) / kDctFactors[k] - 1) * 16777216;
+    const double distance =
+        (static_cast<double>(static_cast<float>(kDctFactors.k[k])) / kDctFactors.k[k] - 1) * 16777216;
     return distance < 0 ? -distance : distance;
 }
 static_assert(distanceOfFactor(1) < 0.67 && distanceOfFactor(2) < 0.83 && distanceOfFactor(3) < 0.83 &&
@@ -210,7 +220,7 @@ static_assert(distanceOfFactor(1) < 0.67 && distanceOfFactor(2) < 0.83 && distan
 // K(k), scaled.
 template <class V, int k, int scale = 1>
 VEKVC_SIMD_INLINE V factor() {
-    return splatFloat<V>(static_cast<float>(kDctFactors[k] * scale));
+    return splatFloat<V>(static_cast<float>(kDctFactors.k[k] * scale));
 }
 
 VEKVC_SIMD_INLINE void transposeParts(DctFloats (&a)[kDctParts][8]) {
@@ -276,7 +286,8 @@ struct WeightedSum {
     VEKVC_SIMD_INLINE explicit WeightedSum(V z) : sum(kFused ? z : z * factor<V, first, scale>()) {}
     template <int k>
     VEKVC_SIMD_INLINE static V weight() {
-        return splatFloat<V>(static_cast<float>(kFused ? kDctFactors[k] / kDctFactors[first] : kDctFactors[k] * scale));
+        return splatFloat<V>(
+            static_cast<float>(kFused ? kDctFactors.k[k] / kDctFactors.k[first] : kDctFactors.k[k] * scale));
     }
     template <int k>
     VEKVC_SIMD_INLINE void add(V z) {
@@ -352,10 +363,10 @@ VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
 }
 
 // The samples of frequency 1.
-inline constexpr float kFirstFrequency[8] = {static_cast<float>(kDctFactors[1]),  static_cast<float>(kDctFactors[3]),
-                                             static_cast<float>(kDctFactors[5]),  static_cast<float>(kDctFactors[7]),
-                                             -static_cast<float>(kDctFactors[7]), -static_cast<float>(kDctFactors[5]),
-                                             -static_cast<float>(kDctFactors[3]), -static_cast<float>(kDctFactors[1])};
+inline constexpr float kFirstFrequency[8] = {
+    static_cast<float>(kDctFactors.k[1]),  static_cast<float>(kDctFactors.k[3]),  static_cast<float>(kDctFactors.k[5]),
+    static_cast<float>(kDctFactors.k[7]),  -static_cast<float>(kDctFactors.k[7]), -static_cast<float>(kDctFactors.k[5]),
+    -static_cast<float>(kDctFactors.k[3]), -static_cast<float>(kDctFactors.k[1])};
 
 template <int i>
 VEKVC_SIMD_INLINE DctFloats splatLane(f32x4 v) {

@@ -208,7 +208,7 @@ TEST(Dct, OneAndTwoValues) {
                 }
 }
 
-// Blocks of four kinds: a few values, many small ones, residuals, extremes.
+// Blocks of all kinds: a few values, many small ones, residuals, picture samples, extremes.
 Values drawBlock(std::mt19937_64& random) {
     const auto within = [&](int most) {
         return static_cast<Vek16s>(static_cast<int>(random() % static_cast<unsigned>(2 * most + 1)) - most);
@@ -221,8 +221,9 @@ Values drawBlock(std::mt19937_64& random) {
             b[8 * v + u] = within(kind == 0 ? 12 : 300);
         }
     } else {
-        const int most = kind == 3 ? 5 : kind < 6 ? 255 : kind == 6 ? 2047 : 32767;
-        for (Vek16s& v : b) v = within(most);
+        const int most = kind == 3 ? 5 : kind == 4 ? 255 : kind == 5 ? 40 : kind == 6 ? 2047 : 32767;
+        const int from = kind == 5 ? static_cast<int>(random() % 460) : 0;
+        for (Vek16s& v : b) v = static_cast<Vek16s>(from + within(most));
     }
     return b;
 }
