@@ -23,8 +23,9 @@
 //   and the second has one more sum, the bias: 2 and 4.
 // - Forward. The first pass has exact sums (in 16 bits): odd frequencies take the constant, a product and three sums,
 //   2 and 6 less, 0 and 4 nothing. In the second, odd ones take a difference, the constant, a product and four sums,
-//   of which the first adds the bias. Together 10 and two constants again. Where both frequencies are 0 or 4 nothing
-//   is rounded at all: these results are exact, with a bias of 2^15, and always decided.
+//   of which the first adds the bias. Together 10 and two constants again; fused, 8 and a quotient, and for both
+//   constants one that is their product, rounded once. Where both frequencies are 0 or 4 nothing is rounded at all:
+//   these results are exact, with a bias of 2^15, and always decided.
 //
 // So n |B| is at most (10 + 2 * 0.67) * K(1)^2 < 21.82: fused, K(1) is the first of its chain, or has the quotient
 // K(1) / K(5) and then K(5), or stands further back in a shorter chain, and takes 5.04 at most. Elsewhere n |B| is
@@ -223,6 +224,63 @@ VEKVC_SIMD_INLINE V factor() {
     return splatFloat<V>(static_cast<float>(kDctFactors.k[k] * scale));
 }
 
+// A sum of values times factors. With fused products the first factor waits for a later product, where it costs nothing,
+// and the others are divided by it.
+template <class V, int first, int scale>
+struct WeightedSum {
+    V sum;
+
+    VEKVC_SIMD_INLINE explicit WeightedSum(V z) : sum(kFused ? z : z * factor<V, first, scale>()) {}
+    template <int k>
+    VEKVC_SIMD_INLINE static V weight() {
+        return splatFloat<V>(
+            static_cast<float>(kFused ? kDctFactors.k[k] / kDctFactors.k[first] : kDctFactors.k[k] * scale));
+    }
+    template <int k>
+    VEKVC_SIMD_INLINE void add(V z) {
+        sum = mulAdd(z, weight<k>(), sum);
+    }
+    template <int k>
+    VEKVC_SIMD_INLINE void subtract(V z) {
+        sum = mulSub(z, weight<k>(), sum);
+    }
+    VEKVC_SIMD_INLINE V addedTo(V even) const {
+        return kFused ? mulAdd(sum, factor<V, first, scale>(), even) : even + sum;
+    }
+    VEKVC_SIMD_INLINE V subtractedFrom(V even) const {
+        return kFused ? mulSub(sum, factor<V, first, scale>(), even) : even - sum;
+    }
+};
+
+// What odd frequencies give to samples 0 to 3, and differences of samples to odd frequencies: the same sums, named after
+// their first factor.
+template <class V, int scale, int terms>
+struct OddPart {
+    WeightedSum<V, 1, scale> s1;
+    WeightedSum<V, 3, scale> s3;
+    WeightedSum<V, 5, scale> s5;
+    WeightedSum<V, 7, scale> s7;
+
+    VEKVC_SIMD_INLINE OddPart(V a, V b, V c, V d) : s1(a), s3(a), s5(a), s7(a) {
+        if constexpr (terms > 2) {
+            s1.template add<3>(b);
+            s3.template subtract<7>(b);
+            s5.template subtract<1>(b);
+            s7.template subtract<5>(b);
+        }
+        if constexpr (terms > 4) {
+            s1.template add<5>(c);
+            s3.template subtract<1>(c);
+            s5.template add<7>(c);
+            s7.template add<3>(c);
+            s1.template add<7>(d);
+            s3.template subtract<5>(d);
+            s5.template add<3>(d);
+            s7.template subtract<1>(d);
+        }
+    }
+};
+
 VEKVC_SIMD_INLINE void transposeParts(DctFloats (&a)[kDctParts][8]) {
     DctInts bits[kDctParts][8];
     for (int p = 0; p < kDctParts; ++p)
@@ -277,34 +335,6 @@ VEKVC_SIMD_INLINE DctRows roundedRows(const DctSums& sums) {
 
 // ---- inverse
 
-// A sum of frequencies, each times its factor. With fused products the first one's factor waits for the sum to be
-// added: it costs nothing there, and the others are divided by it.
-template <class V, int first, int scale>
-struct WeightedSum {
-    V sum;
-
-    VEKVC_SIMD_INLINE explicit WeightedSum(V z) : sum(kFused ? z : z * factor<V, first, scale>()) {}
-    template <int k>
-    VEKVC_SIMD_INLINE static V weight() {
-        return splatFloat<V>(
-            static_cast<float>(kFused ? kDctFactors.k[k] / kDctFactors.k[first] : kDctFactors.k[k] * scale));
-    }
-    template <int k>
-    VEKVC_SIMD_INLINE void add(V z) {
-        sum = mulAdd(z, weight<k>(), sum);
-    }
-    template <int k>
-    VEKVC_SIMD_INLINE void subtract(V z) {
-        sum = mulSub(z, weight<k>(), sum);
-    }
-    VEKVC_SIMD_INLINE V addedTo(V even) const {
-        return kFused ? mulAdd(sum, factor<V, first, scale>(), even) : even + sum;
-    }
-    VEKVC_SIMD_INLINE V subtractedFrom(V even) const {
-        return kFused ? mulSub(sum, factor<V, first, scale>(), even) : even - sum;
-    }
-};
-
 // One pass over frequencies 0 to terms - 1, the others being 0; the last pass scales and adds the bias.
 template <int terms, bool last, class V>
 VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
@@ -332,34 +362,15 @@ VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
         even[2] = inner.subtractedFrom(even[2]);
         even[3] = outer.subtractedFrom(even[3]);
     }
-    WeightedSum<V, 1, scale> odd0(z[1]);
-    WeightedSum<V, 3, scale> odd1(z[1]);
-    WeightedSum<V, 5, scale> odd2(z[1]);
-    WeightedSum<V, 7, scale> odd3(z[1]);
-    if constexpr (terms > 2) {
-        odd0.template add<3>(z[3]);
-        odd1.template subtract<7>(z[3]);
-        odd2.template subtract<1>(z[3]);
-        odd3.template subtract<5>(z[3]);
-    }
-    if constexpr (terms > 4) {
-        odd0.template add<5>(z[5]);
-        odd1.template subtract<1>(z[5]);
-        odd2.template add<7>(z[5]);
-        odd3.template add<3>(z[5]);
-        odd0.template add<7>(z[7]);
-        odd1.template subtract<5>(z[7]);
-        odd2.template add<3>(z[7]);
-        odd3.template subtract<1>(z[7]);
-    }
-    z[0] = odd0.addedTo(even[0]);
-    z[1] = odd1.addedTo(even[1]);
-    z[2] = odd2.addedTo(even[2]);
-    z[3] = odd3.addedTo(even[3]);
-    z[4] = odd3.subtractedFrom(even[3]);
-    z[5] = odd2.subtractedFrom(even[2]);
-    z[6] = odd1.subtractedFrom(even[1]);
-    z[7] = odd0.subtractedFrom(even[0]);
+    const OddPart<V, scale, terms> odd(z[1], z[3], z[5], z[7]);
+    z[0] = odd.s1.addedTo(even[0]);
+    z[1] = odd.s3.addedTo(even[1]);
+    z[2] = odd.s5.addedTo(even[2]);
+    z[3] = odd.s7.addedTo(even[3]);
+    z[4] = odd.s7.subtractedFrom(even[3]);
+    z[5] = odd.s5.subtractedFrom(even[2]);
+    z[6] = odd.s3.subtractedFrom(even[1]);
+    z[7] = odd.s1.subtractedFrom(even[0]);
 }
 
 // The samples of frequency 1.
@@ -493,17 +504,6 @@ void dctInverse(const Vek16s* src, Destination dst) {
             for (const int v : {0, 4}) sums.at[u][v] += e - least;
 }
 
-// The odd coefficients of the differences d, each added to a bias.
-template <int scale, class V, class First>
-VEKVC_SIMD_INLINE void forwardOdd(const V (&d)[4], V (&y)[8], First first) {
-    const V k1 = factor<V, 1, scale>(), k3 = factor<V, 3, scale>(), k5 = factor<V, 5, scale>(),
-            k7 = factor<V, 7, scale>();
-    y[1] = mulAdd(d[3], k7, mulAdd(d[2], k5, mulAdd(d[1], k3, first(d[0], k1))));
-    y[3] = mulSub(d[3], k5, mulSub(d[2], k1, mulSub(d[1], k7, first(d[0], k3))));
-    y[5] = mulAdd(d[3], k3, mulAdd(d[2], k7, mulSub(d[1], k1, first(d[0], k5))));
-    y[7] = mulSub(d[3], k1, mulAdd(d[2], k3, mulSub(d[1], k5, first(d[0], k7))));
-}
-
 template <int part>
 VEKVC_SIMD_INLINE DctFloats floatsOf(i16x8 row) {
 #if VEKVC_VECTOR256
@@ -527,26 +527,50 @@ VEKVC_SIMD_INLINE void forwardColumns(const i16x8 (&row)[8], DctFloats (&y)[8]) 
     const V p = floatsOf<part>(s[0] - s[3]), q = floatsOf<part>(s[1] - s[2]);
     y[0] = floatsOf<part>(outer + inner);
     y[4] = floatsOf<part>(outer - inner);
-    y[2] = mulAdd(p, factor<V, 2>(), q * factor<V, 6>());
-    y[6] = mulSub(q, factor<V, 2>(), p * factor<V, 6>());
-    forwardOdd<1>(d, y, [](V a, V k) { return a * k; });
+    WeightedSum<V, 2, 1> y2(p);
+    WeightedSum<V, 6, 1> y6(p);
+    y2.template add<6>(q);
+    y6.template subtract<2>(q);
+    y[2] = y2.sum;
+    y[6] = y6.sum;
+    const OddPart<V, 1, 8> odd(d[0], d[1], d[2], d[3]);
+    y[1] = odd.s1.sum;
+    y[3] = odd.s3.sum;
+    y[5] = odd.s5.sum;
+    y[7] = odd.s7.sum;
 }
 
+// Factors of the second pass, for each v with the one that waits since the first.
+struct RowFactors {
+    float at[8][8];
+};
+constexpr RowFactors rowFactors() {
+    RowFactors t = {};
+    for (int k = 0; k < 8; ++k)
+        for (int v = 0; v < 8; ++v)
+            t.at[k][v] = static_cast<float>(8192 * kDctFactors.k[k] * (kFused ? kDctFactors.k[v] : 1));
+    return t;
+}
+alignas(32) inline constexpr RowFactors kRowFactors = rowFactors();
+
 // Along rows, with a bias of their own for coefficients 0 and 4.
-template <class V>
+template <int part, class V>
 VEKVC_SIMD_INLINE void forwardRows(V (&y)[8], V bias, V biasOf04) {
-    constexpr int scale = 8192;
-    V s[4], d[4];
+    V s[4], d[4], k[8];
+    for (int i = 0; i < 8; ++i) k[i] = as<V>(load<DctInts>(kRowFactors.at[i] + 4 * part));
     for (int i = 0; i < 4; ++i) {
         s[i] = y[i] + y[7 - i];
         d[i] = y[i] - y[7 - i];
     }
     const V outer = s[0] + s[3], inner = s[1] + s[2], p = s[0] - s[3], q = s[1] - s[2];
-    y[0] = mulAdd(outer + inner, factor<V, 0, scale>(), biasOf04);
-    y[4] = mulAdd(outer - inner, factor<V, 4, scale>(), biasOf04);
-    y[2] = mulAdd(p, factor<V, 2, scale>(), mulAdd(q, factor<V, 6, scale>(), bias));
-    y[6] = mulSub(q, factor<V, 2, scale>(), mulAdd(p, factor<V, 6, scale>(), bias));
-    forwardOdd<scale>(d, y, [&](V a, V k) { return mulAdd(a, k, bias); });
+    y[0] = mulAdd(outer + inner, k[0], biasOf04);
+    y[4] = mulAdd(outer - inner, k[4], biasOf04);
+    y[2] = mulAdd(q, k[6], mulAdd(p, k[2], bias));
+    y[6] = mulSub(q, k[2], mulAdd(p, k[6], bias));
+    y[1] = mulAdd(d[3], k[7], mulAdd(d[2], k[5], mulAdd(d[1], k[3], mulAdd(d[0], k[1], bias))));
+    y[3] = mulSub(d[3], k[5], mulSub(d[2], k[1], mulSub(d[1], k[7], mulAdd(d[0], k[3], bias))));
+    y[5] = mulAdd(d[3], k[3], mulAdd(d[2], k[7], mulSub(d[1], k[1], mulAdd(d[0], k[5], bias))));
+    y[7] = mulSub(d[3], k[1], mulAdd(d[2], k[3], mulSub(d[1], k[5], mulAdd(d[0], k[7], bias))));
 }
 
 template <class T>
@@ -582,10 +606,11 @@ void dctForward(Block<T> src, Vek16s* dst) {
     if constexpr (kDctParts == 2) forwardColumns<1>(row, y[kDctParts - 1]);
     transposeParts(y);
     DctSums sums;
-    for (int p = 0; p < kDctParts; ++p) {
-        forwardRows(y[p], toFloat(bias + error), toFloat(bias + (error & inexact)));
+    const DctFloats usual = toFloat(bias + error), of04 = toFloat(bias + (error & inexact));
+    forwardRows<0>(y[0], usual, of04);
+    if constexpr (kDctParts == 2) forwardRows<1>(y[kDctParts - 1], usual, of04);
+    for (int p = 0; p < kDctParts; ++p)
         for (int i = 0; i < 8; ++i) sums.at[p][i] = truncate(y[p][i]);
-    }
     DctSums tested = sums;
     for (int p = 0; p < kDctParts; ++p)
         for (const int i : {0, 4}) tested.at[p][i] = andNot(inexact, splat<DctInts>(-1)) | sums.at[p][i];
