@@ -187,6 +187,11 @@ TEST(Dct, IrrationalTies) {
 
 // ---- against the exact sum
 
+int rounds(int normally) {
+    const char* text = std::getenv("VEKVC_ROUNDS");
+    return text == nullptr ? normally : std::atoi(text);
+}
+
 void expectLaw(const Values& b, const std::string& what) {
     ASSERT_EQ(inverse(b), law(b, true)) << "inverse, " << what;
     ASSERT_EQ(forward(b), law(b, false)) << "forward, " << what;
@@ -194,8 +199,9 @@ void expectLaw(const Values& b, const std::string& what) {
 
 TEST(Dct, OneAndTwoValues) {
     const Vek16s grid[] = {-32768, -2047, -5, 1, 12, 1000};
+    const std::size_t every = rounds(20000) < 1000 ? 7 : 1;
     for (std::size_t i = 0; i < 64; ++i)
-        for (std::size_t k = i; k < 64; ++k)
+        for (std::size_t k = i; k < 64; k += every)
             for (const Vek16s first : grid)
                 for (const Vek16s second : grid) {
                     if (i == k && first != second) continue;
@@ -226,11 +232,6 @@ Values drawBlock(std::mt19937_64& random) {
         for (Vek16s& v : b) v = static_cast<Vek16s>(from + within(most));
     }
     return b;
-}
-
-int rounds(int normally) {
-    const char* text = std::getenv("VEKVC_ROUNDS");
-    return text == nullptr ? normally : std::atoi(text);
 }
 
 TEST(Dct, RandomBlocks) {
@@ -281,12 +282,12 @@ std::vector<Values> blocksNearTies(bool inv) {
                 best[k] = static_cast<Vek16s>(best[k] + c);
             }
         found.push_back(best);
-        for (const std::size_t m : {0, 4, 32, 36}) best[m] = static_cast<Vek16s>(best[m] + 8);
+        for (const std::size_t m : {0u, 4u, 32u, 36u}) best[m] = static_cast<Vek16s>(best[m] + 8);
         found.push_back(best);
     }
     for (int n = 0; n < 200; ++n) {
         Values b = {};
-        for (const std::size_t m : {0, 4, 32, 36}) b[m] = static_cast<Vek16s>(static_cast<int>(random() % 41) - 20);
+        for (const std::size_t m : {0u, 4u, 32u, 36u}) b[m] = static_cast<Vek16s>(static_cast<int>(random() % 41) - 20);
         found.push_back(b);
     }
     return found;
