@@ -98,28 +98,35 @@ VEKVC_API VekStatus vekiDCT8x8Inv_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst, Vek
 VEKVC_API VekStatus vekiDCT8x8InvAdd_16s8u_C1IR(const Vek16s* pSrc, Vek8u* pSrcDst, Vek32s srcDstStep);
 /** @} */
 
-/** @name Inverse of a corner, correctly rounded
- *  The same for blocks of which only the 4x4 (NZ4x4) or 2x2 (NZ2x2) coefficients of lowest frequency may differ from 0.
- *  The others are taken as 0 and not read. Beware of MPEG-2: mismatch control may have set F(7, 7).
+/** @name Inverse of a corner, correctly rounded, in place
  *  @{ */
 
-/** Inverse DCT of a corner, in place.
+/** Inverse DCT, in place, of a block of which only the 4x4 or 2x2 coefficients of lowest frequency may differ from 0. The
+ *  others are taken as 0 and not read. Beware of MPEG-2: mismatch control may have set F(7, 7).
  *  @param pSrcDst the block of coefficients, of which the corner alone is read; all 64 values are written
  *  @retval vekStsErrNullPtr the pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8InvNZ4x4_16s_C1I(Vek16s* pSrcDst);
 VEKVC_API VekStatus vekiDCT8x8InvNZ2x2_16s_C1I(Vek16s* pSrcDst);
+/** @} */
 
-/** Inverse DCT of a corner to picture samples, each limited to 0..255.
- *  @param pSrc the block of coefficients, of which the corner alone is read
+/** @name Inverse of a corner, correctly rounded, to picture samples
+ *  @{ */
+
+/** The same to picture samples, each result limited to 0..255.
+ *  @param pSrc the block of coefficients, of which the 4x4 or 2x2 corner alone is read
  *  @param pDst, dstStep the samples
  *  @retval vekStsErrNullPtr a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8InvNZ4x4_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
 VEKVC_API VekStatus vekiDCT8x8InvNZ2x2_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
+/** @} */
 
-/** Inverse DCT of a corner added to the prediction, each sum limited to 0..255.
- *  @param pSrc the block of coefficients, of which the corner alone is read
+/** @name Inverse of a corner, correctly rounded, added to the prediction
+ *  @{ */
+
+/** The same added to the prediction, each sum limited to 0..255.
+ *  @param pSrc the block of coefficients, of which the 4x4 or 2x2 corner alone is read
  *  @param pSrcDst, srcDstStep the prediction, replaced by the samples
  *  @retval vekStsErrNullPtr a pointer is null
  */

@@ -6,7 +6,8 @@
 
 namespace vekvc::simd {
 
-// Pairs of frequencies (0, 4), (2, 6), (1, 3), (5, 7), one of each of eight lines in 32-bit lanes: 4 or 8 lines a vector.
+// Pairs of frequencies (0, 4), (2, 6), (1, 3), (5, 7), one of each of eight lines in 32-bit lanes: 4 or 8 lines a
+// vector.
 #if VEKVC_VECTOR256
 using FastPairs = i16x16;
 using FastSums = i32x8;
@@ -85,7 +86,7 @@ VEKVC_SIMD_INLINE DctRows fastInverse(const Vek16s* src) {
     transpose4x4(r[0], r[1], r[2], r[3]);
     for (int i = 0; i < 2; ++i) {
         lines.at[i][0] = as<FastPairs>(join(lowHalf(r[i]), lowHalf(r[i + 2])));
-        lines.at[i + 2][0] = as<FastPairs>(join(highHalf(r[i]), highHalf(r[i + 2])));
+        lines.at[i + 2][0] = as<FastPairs>(highHalves(r[i], r[i + 2]));
     }
 #else
     for (int p = 0; p < 2; ++p) {

@@ -20,7 +20,8 @@ constexpr std::int64_t cosine(int m) {
     if (m > 16) m = 32 - m;
     return m > 8 ? -quarter[16 - m] : quarter[m];
 }
-// The angle of frequency u at place x in units of pi / 16; a frequency of 0 has the factor 1 / sqrt(2) = cos(4 pi / 16).
+// The angle of frequency u at place x in units of pi / 16; a frequency of 0 has the factor 1 / sqrt(2) = cos(4 pi /
+// 16).
 constexpr int angle(int u, int x) { return u == 0 ? 4 : (2 * x + 1) * u; }
 
 // The product of two cosines is half the sum of two.

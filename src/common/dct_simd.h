@@ -1,207 +1,146 @@
-// Fast forms of the correctly rounded DCTs: two passes in single precision with a proven bound of their error, whose
-// undecided results are made anew.
+// Fast forms of the correctly rounded DCTs: two passes in single precision with a proven bound of their error; results
+// that this does not decide are made anew from exact sums.
 //
 // Scaled by 8, the transform of ISO 13818-2 annex A is the one-dimensional transform with the factors K(0) = K(4) = 1,
-// K(k) = sqrt(2) cos(k pi / 16) along columns, then along rows. The second pass scales by 2^13 and adds a bias, so that
-// it ends with
+// K(k) = sqrt(2) cos(k pi / 16) along columns, then along rows. The second pass scales by 2^13 and adds a bias, so
+// that it ends, in integers, with
 //
-//     t = 2^16 X + 2^15 + e + d,  X the ideal result, d the error, |d| <= e.
+//     t = 2^16 X + 2^15 + e + d,  X the ideal result, d the error, |d| < e.
 //
-// Then 2^16 X + 2^15 lies in t - 2e .. t, and if the low 16 bits of t are not below 2e, the high bits of t are X rounded.
-// Else the result is undecided.
+// Then 2^16 X + 2^15 lies between t - 2e and t, and if the low 16 bits of t are not below 2e, the high bits of t are X
+// rounded. Else the result is undecided.
 //
-// The bound e. Let r = 2^-23, no less than the relative error of one rounding in any mode; constants are rounded to the
-// nearest when they are compiled, by r / 2. Follow one input value f to one result: it is multiplied by basis values and
-// goes through n roundings, so its part of the error is at most |f| |B| ((1 + r)^n - 1), B the basis value.
+// The bound e. Let r be the greatest relative error of one rounding: 2^-24 to the nearest, 2^-23 in the other modes.
+// Constants are rounded when they are compiled: K(1) is off by less than 0.67 * 2^-24, K(5) by less than 0.04 * 2^-24,
+// the others by less than 0.83 * 2^-24 (asserted below), quotients by at most 2^-24; the scale is a power of two. An
+// input value f with the basis value B in a result passes through n roundings, constants counted with their share of
+// r, and adds at most |f| |B| ((1 + r)^n - 1) to the error.
 //
-// - Inverse. One pass takes a value of odd frequency through its constant (1/2), a product, three sums of the chain
-//   and the last butterfly: 5 1/2; frequencies 2 and 6 through less; 0 through the sums e0, E0 and the butterfly, of
-//   which e0 is exact in the first pass, where it is a sum of two 16-bit integers, and takes another one for the bias
-//   in the second: 2 and 4. So n <= 11 for all but F(0, 0), for which it is 6.
-// - Forward. The first pass has exact sums (in 16 bits), so odd frequencies take a constant (1/2), a product and
-//   three sums: 4 1/2; 2 and 6 take less, 0 and 4 none. In the second, odd ones take a difference, a constant, a
-//   product and four sums (the bias is in the chain): 6 1/2. So n <= 11. Where both frequencies are 0 or 4 nothing is
-//   ever rounded: these results are exact, with a bias of 2^15.
+// - Inverse. In one pass a value of odd frequency takes its constant, a product, three sums of the chain and the last
+//   butterfly: 5 and the constant. With fused products, which round with their sums, it takes up to three sums and the
+//   butterfly, a constant and but for the first of the chain a quotient: 4 and these two. Frequencies 2 and 6 take
+//   less. 0 takes the sums e0, E0 and the butterfly; e0 is exact in the first pass, as a sum of two 16-bit integers,
+//   and the second has one more sum, the bias: 2 and 4.
+// - Forward. The first pass has exact sums (in 16 bits): odd frequencies take the constant, a product and three sums,
+//   2 and 6 less, 0 and 4 nothing. In the second, odd ones take a difference, the constant, a product and four sums,
+//   of which the first adds the bias. Together 10 and two constants again; fused, 8 and a quotient, and for both
+//   constants one that is their product, rounded once. Where both frequencies are 0 or 4 nothing is rounded at all:
+//   these results are exact, with a bias of 2^15, and always decided.
 //
-// Scaled, |B| is at most 2 cos(pi / 16)^2 < 1.924, and 1 for F(0, 0). With S the sum of the magnitudes (in the inverse
-// without F(0, 0)), the error of 2^16 X is at most
+// So n |B| is at most (10 + 2 * 0.67) * K(1)^2 < 21.82: fused, K(1) is the first of its chain, or has the quotient
+// K(1) / K(5) and then K(5), or stands further back in a shorter chain, and takes 5.04 at most. Elsewhere n |B| is
+// below 20: two odd frequencies have 11.7 * K(1) K(3), 2 or 6 with an odd one 10.6 * K(1) K(2); for F(0, 0) it is 6.
+// With S the sum of the magnitudes (in the inverse without F(0, 0)), the error of 2^16 X is at most 2^13 r (21.82 S +
+// 6 |F(0, 0)|): in the other modes (10.91 S + 3 |F(0, 0)|) / 512, to the nearest half of that. Terms in r^2 make it at
+// most 1 + 2^-19 times as large. To this add less than 2^16 * 4 r = 1/32 for the four roundings of the bias, less than
+// 1 for the conversion, which truncates in every mode, and 2^-14 for the exact integer sum that defines the result,
+// which differs from X by at most 2^-45 S. So floor((w + 1100) / 512) is more than the error, w being 11 S + 3 |F(0,
+// 0)|, halved where roundings are to the nearest: 1100 / 512 leaves more than 0.1 for the terms in r^2.
 //
-//     2^13 r (11 * 1.924 S + 6 |F(0, 0)|) = (10.59 S + 3 |F(0, 0)|) / 512
+// All of it holds while the magnitudes add up to at most kMostMagnitude: t fits 32 bits, as 2^13 * 1.93 * 32766 <
+// 2^30, and the sums of the forward transform's first pass fit 16 bits. Else all results are made from exact sums.
 //
-// but for terms in r^2, which the rounding up of 10.59 to 11 covers (for F(0, 0) they stay below 2^-20 * 32768 / 512).
-// The bias itself passes four roundings, together less than 4 * 2^16 r = 1/32; the conversion to an integer, by
-// truncation in every mode, less than 1; and the exact integer sum that defines the result differs from X by at most
-// 2^-45 S, here less than 2^-13. So e = floor((11 S + 3 |F(0, 0)| + 1100) / 512) is more than the error, since
-// 1100 / 512 > 1 + 1 + 1/32 + 2^-13 + 2^-20 * 64.
-//
-// All of it holds while the magnitudes add up to at most kMostMagnitude: t fits 32 bits since 2^13 * 1.924 * 32766 <
-// 2^31, and the sums of the forward transform's first pass fit 16 bits. Else all 64 results are undecided.
-//
-// No value is subnormal: inputs are integers, constants multiples of 2^-25, the second pass's of 2^-12; so all values,
-// which are sums of products rounded to 24 digits, are multiples of 2^-37 or 0.
+// No value is subnormal: inputs are integers, constants and quotients multiples of 2^-26, and no value is the product
+// of more than two of them in either pass; so every one, rounded or not, is a multiple of 2^-104.
 #ifndef VEKVC_COMMON_DCT_SIMD_H
 #define VEKVC_COMMON_DCT_SIMD_H
 
 #include <algorithm>
-#include <bit>
 
+#include "common/dct_exact_simd.h"
 #include "common/dct_rows_simd.h"
 
 namespace vekvc::simd {
 
-// The values of an 8x8 block in `parts`: columns (or rows) 4p to 4p + 3 or all 8 in the lanes of part[p].
-#if VEKVC_VECTOR256
-using DctFloats = f32x8;
-using DctInts = i32x8;
-#else
-using DctFloats = f32x4;
-using DctInts = i32x4;
-#endif
-inline constexpr int kDctParts = 8 * sizeof(float) / DctFloats::kBytes;
-
-// Results with 16 fraction bits. In the inverse, lanes are rows and at[p][x] is column x.
-struct DctSums {
-    DctInts at[kDctParts][8];
-};
-
 inline constexpr Vek32s kMostMagnitude = 32766;
-
-// ---- results that single precision does not decide: the exact sum
-
-// |cos(angle(u, x) pi / 16)| is cos(m pi / 16) for an m of 1 to 7, its class. D(a, b) changes its sign with the sign of
-// either cosine, so that 7 x 7 values make all sums. Each, below 2^43, is split into digits of 15 bits, the highest one
-// signed: products of digits and 16-bit values are added in 32 bits, exactly while the magnitudes of the values add up
-// to less than 2^15.
-struct ExactLine {
-    Vek8u gather[16];  // class of each of the line's 8 columns, as places of bytes in a table row
-    Vek16s sign[8];
-    Vek8u row[8];  // the same for the block's 8 rows: class, plus 8 if negative
-};
-struct ExactTables {
-    Vek16s digit[16][3][8];  // of D(row's class, column's class), negated in rows from 8 on
-    ExactLine ofPlace[8];    // one place, the 8 frequencies
-    ExactLine ofFrequency[8];
-};
-constexpr ExactTables exactTables() {
-    ExactTables t = {};
-    for (int row = 1; row < 8; ++row)
-        for (int column = 1; column < 8; ++column)
-            for (const int sign : {1, -1}) {
-                const std::int64_t d = sign * dct::basis(row, column);
-                auto& digit = t.digit[sign > 0 ? row : row + 8];
-                digit[0][column] = static_cast<Vek16s>(d & 32767);
-                digit[1][column] = static_cast<Vek16s>(d >> 15 & 32767);
-                digit[2][column] = static_cast<Vek16s>(d >> 30);
-            }
-    for (int u = 0; u < 8; ++u)
-        for (int x = 0; x < 8; ++x) {
-            const int turn = dct::angle(u, x) & 31, half = turn > 16 ? 32 - turn : turn;
-            const bool negative = half > 8;
-            const int m = negative ? 16 - half : half;
-            const auto enter = [&](ExactLine& line, int i) {
-                line.gather[2 * i] = static_cast<Vek8u>(2 * m);
-                line.gather[2 * i + 1] = static_cast<Vek8u>(2 * m + 1);
-                line.sign[i] = negative ? -1 : 1;
-                line.row[i] = static_cast<Vek8u>(negative ? m + 8 : m);
-            };
-            enter(t.ofPlace[x], u);
-            enter(t.ofFrequency[u], x);
-        }
-    return t;
-}
-inline constexpr ExactTables kExactTables = exactTables();
-
-// The sum over 8 rows of 8 values whose magnitudes add up to less than 2^15.
-VEKVC_SIMD_INLINE std::int64_t exactSum(const i16x8 (&values)[8], const ExactLine& columns, const ExactLine& rows) {
-    const u8x16 gather = load<u8x16>(columns.gather);
-    const i16x8 sign = load<i16x8>(columns.sign);
-    i32x4 sum[3] = {zero<i32x4>(), zero<i32x4>(), zero<i32x4>()};
-    for (int i = 0; i < 8; ++i) {
-        const i16x8 signedValues = withSign(values[i], sign);
-        for (int k = 0; k < 3; ++k)
-            sum[k] += mulAddPairs(signedValues, shuffleBytes(load<i16x8>(kExactTables.digit[rows.row[i]][k]), gather));
-    }
-    return (std::int64_t{sumLanes(sum[2])} << 30) + (std::int64_t{sumLanes(sum[1])} << 15) + sumLanes(sum[0]);
-}
-// The same for all values, by their low and high 8 bits.
-VEKVC_SIMD_INLINE std::int64_t exactSumOfAny(const i16x8 (&values)[8], const ExactLine& columns,
-                                             const ExactLine& rows) {
-    i16x8 low[8], high[8];
-    for (int i = 0; i < 8; ++i) {
-        low[i] = values[i] & splat<i16x8>(255);
-        high[i] = values[i] >> 8;
-    }
-    return exactSum(low, columns, rows) + (exactSum(high, columns, rows) << 8);
-}
-
-// The sums in memory: at[x][y] of the inverse, at[u][v] of the forward transform.
-struct DctSpill {
-    alignas(32) Vek32s at[8][8];
-
-    VEKVC_SIMD_INLINE explicit DctSpill(const DctSums& sums) {
-        for (int i = 0; i < 8; ++i)
-            for (int p = 0; p < kDctParts; ++p) store(&at[i][p * 8 / kDctParts], sums.at[p][i]);
-    }
-    VEKVC_SIMD_INLINE void fetch(DctSums& sums) const {
-        for (int i = 0; i < 8; ++i)
-            for (int p = 0; p < kDctParts; ++p) sums.at[p][i] = load<DctInts>(&at[i][p * 8 / kDctParts]);
-    }
-};
-// Which sums have low 16 bits below the margin: bit 8 i + j for at[i][j].
-inline std::uint64_t undecided(const DctSpill& sums, Vek32s margin) {
-    const i32x4 limit = splat<i32x4>(margin), fraction = splat<i32x4>(0xFFFF);
-    std::uint64_t found = 0;
-    for (int i = 6; i >= 0; i -= 2) {
-        const auto below = [&](int row, int column) { return (load<i32x4>(&sums.at[row][column]) & fraction) < limit; };
-        const i16x8 first = narrowI16(below(i, 0), below(i, 4)), second = narrowI16(below(i + 1, 0), below(i + 1, 4));
-        found = found << 16 | byteMask(narrowI8(first, second));
-    }
-    return found;
-}
-
-// Makes sums anew: those with a bit in `which`, or all of a block with any values.
-VEKVC_SIMD_INLINE void decide(DctSpill& sums, std::uint64_t which, const i16x8 (&values)[8],
-                              const ExactLine (&lines)[8]) {
-    for (; which != 0; which &= which - 1) {
-        const int n = std::countr_zero(which), i = n >> 3, j = n & 7;
-        sums.at[i][j] = dct::roundSum(exactSum(values, lines[i], lines[j])) * 65536;
-    }
-}
-VEKVC_SIMD_INLINE void decideAll(DctSpill& sums, const i16x8 (&values)[8], const ExactLine (&lines)[8]) {
-    for (int i = 0; i < 8; ++i)
-        for (int j = 0; j < 8; ++j) sums.at[i][j] = dct::roundSum(exactSumOfAny(values, lines[i], lines[j])) * 65536;
-}
-
-// The inverse transform's sums below the margin, or all of them. With coefficients 0 and 4 alone in both directions 8 X
-// is an integer, and ties are frequent.
-[[gnu::noinline]] inline void decideInverse(const i16x8 (&rows)[8], DctSpill& sums, Vek32s margin, bool all) {
-    if (all) return decideAll(sums, rows, kExactTables.ofPlace);
-    std::uint64_t which = undecided(sums, margin);
-    const i16x8 not04 = lanes<i16x8>(0, -1, -1, -1, 0, -1, -1, -1);
-    i16x8 others = (rows[0] | rows[4]) & not04;
-    for (const int v : {1, 2, 3, 5, 6, 7}) others = others | rows[v];
-    if (!allZero(others)) return decide(sums, which, rows, kExactTables.ofPlace);
-    const auto sign = [](int i) { return ((i + 1) & 2) != 0 ? -1 : 1; };  // of cos((2i + 1) pi / 4)
-    for (; which != 0; which &= which - 1) {
-        const int n = std::countr_zero(which), x = n >> 3, y = n & 7;
-        const int even = lane<0>(rows[0]) + sign(x) * lane<4>(rows[0]);
-        const int odd = lane<0>(rows[4]) + sign(x) * lane<4>(rows[4]);
-        sums.at[x][y] = ((even + sign(y) * odd + 4) >> 3) * 65536;
-    }
-}
 
 // ---- what both directions share
 
-// e for a sum of weighted magnitudes.
+// e for w in the modes that are not to the nearest.
 VEKVC_SIMD_INLINE Vek32s errorBound(Vek32s weighted) { return ((weighted >> (roundsToNearest() ? 1 : 0)) + 1100) >> 9; }
+
+// K(k) = cos(k pi / 16) / cos(4 pi / 16), and K(0) = 1; right to 2^-41.
+struct DctFactors {
+    double k[8];
+};
+constexpr DctFactors dctFactors() {
+    DctFactors f = {{1}};
+    for (int k = 1; k < 8; ++k) f.k[k] = static_cast<double>(dct::cosine(k)) / static_cast<double>(dct::cosine(4));
+    return f;
+}
+inline constexpr DctFactors kDctFactors = dctFactors();
+
+// The distance of the compiled constant, in units of 2^-24 of its value.
+constexpr double distanceOfFactor(int k) {
+    const double distance =
+        (static_cast<double>(static_cast<float>(kDctFactors.k[k])) / kDctFactors.k[k] - 1) * 16777216;
+    return distance < 0 ? -distance : distance;
+}
+static_assert(distanceOfFactor(1) < 0.67 && distanceOfFactor(2) < 0.83 && distanceOfFactor(3) < 0.83 &&
+              distanceOfFactor(5) < 0.04 && distanceOfFactor(6) < 0.83 && distanceOfFactor(7) < 0.83);
 
 // K(k), scaled.
 template <class V, int k, int scale = 1>
 VEKVC_SIMD_INLINE V factor() {
-    constexpr double factors[8] = {1, 1.3870398453221474618,  1.3065629648763765279,  1.1758756024193587170,
-                                   1, 0.78569495838710218128, 0.54119610014619698440, 0.27589937928294301234};
-    return splatFloat<V>(static_cast<float>(factors[k] * scale));
+    return splatFloat<V>(static_cast<float>(kDctFactors.k[k] * scale));
 }
+
+// A sum of values times factors. With fused products the first factor waits for a later product, where it costs nothing,
+// and the others are divided by it.
+template <class V, int first, int scale>
+struct WeightedSum {
+    V sum;
+
+    VEKVC_SIMD_INLINE explicit WeightedSum(V z) : sum(kFused ? z : z * factor<V, first, scale>()) {}
+    template <int k>
+    VEKVC_SIMD_INLINE static V weight() {
+        return splatFloat<V>(
+            static_cast<float>(kFused ? kDctFactors.k[k] / kDctFactors.k[first] : kDctFactors.k[k] * scale));
+    }
+    template <int k>
+    VEKVC_SIMD_INLINE void add(V z) {
+        sum = mulAdd(z, weight<k>(), sum);
+    }
+    template <int k>
+    VEKVC_SIMD_INLINE void subtract(V z) {
+        sum = mulSub(z, weight<k>(), sum);
+    }
+    VEKVC_SIMD_INLINE V addedTo(V even) const {
+        return kFused ? mulAdd(sum, factor<V, first, scale>(), even) : even + sum;
+    }
+    VEKVC_SIMD_INLINE V subtractedFrom(V even) const {
+        return kFused ? mulSub(sum, factor<V, first, scale>(), even) : even - sum;
+    }
+};
+
+// What odd frequencies give to samples 0 to 3, and differences of samples to odd frequencies: the same sums, named after
+// their first factor.
+template <class V, int scale, int terms>
+struct OddPart {
+    WeightedSum<V, 1, scale> s1;
+    WeightedSum<V, 3, scale> s3;
+    WeightedSum<V, 5, scale> s5;
+    WeightedSum<V, 7, scale> s7;
+
+    VEKVC_SIMD_INLINE OddPart(V a, V b, V c, V d) : s1(a), s3(a), s5(a), s7(a) {
+        if constexpr (terms > 2) {
+            s1.template add<3>(b);
+            s3.template subtract<7>(b);
+            s5.template subtract<1>(b);
+            s7.template subtract<5>(b);
+        }
+        if constexpr (terms > 4) {
+            s1.template add<5>(c);
+            s3.template subtract<1>(c);
+            s5.template add<7>(c);
+            s7.template add<3>(c);
+            s1.template add<7>(d);
+            s3.template subtract<5>(d);
+            s5.template add<3>(d);
+            s7.template subtract<1>(d);
+        }
+    }
+};
 
 VEKVC_SIMD_INLINE void transposeParts(DctFloats (&a)[kDctParts][8]) {
     DctInts bits[kDctParts][8];
@@ -261,8 +200,6 @@ VEKVC_SIMD_INLINE DctRows roundedRows(const DctSums& sums) {
 template <int terms, bool last, class V>
 VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
     constexpr int scale = last ? 8192 : 1;
-    const V k1 = factor<V, 1, scale>(), k3 = factor<V, 3, scale>(), k5 = factor<V, 5, scale>(),
-            k7 = factor<V, 7, scale>();
     V even[4];
     if constexpr (last)
         even[0] = mulAdd(z[0], factor<V, 0, scale>(), bias);
@@ -275,34 +212,42 @@ VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
         even[1] = even[2] = last ? mulSub(z[4], factor<V, 4, scale>(), e0) : e0 - z[4];
     }
     if constexpr (terms > 2) {
-        const V k2 = factor<V, 2, scale>(), k6 = factor<V, 6, scale>();
-        V outer = z[2] * k2, inner = z[2] * k6;
+        WeightedSum<V, 2, scale> outer(z[2]);
+        WeightedSum<V, 6, scale> inner(z[2]);
         if constexpr (terms > 4) {
-            outer = mulAdd(z[6], k6, outer);
-            inner = mulSub(z[6], k2, inner);
+            outer.template add<6>(z[6]);
+            inner.template subtract<2>(z[6]);
         }
-        even[3] = even[0] - outer;
-        even[0] = even[0] + outer;
-        even[2] = even[1] - inner;
-        even[1] = even[1] + inner;
+        even[0] = outer.addedTo(even[0]);
+        even[1] = inner.addedTo(even[1]);
+        even[2] = inner.subtractedFrom(even[2]);
+        even[3] = outer.subtractedFrom(even[3]);
     }
-    V odd[4] = {z[1] * k1, z[1] * k3, z[1] * k5, z[1] * k7};
-    if constexpr (terms > 2) {
-        odd[0] = mulAdd(z[3], k3, odd[0]);
-        odd[1] = mulSub(z[3], k7, odd[1]);
-        odd[2] = mulSub(z[3], k1, odd[2]);
-        odd[3] = mulSub(z[3], k5, odd[3]);
-    }
-    if constexpr (terms > 4) {
-        odd[0] = mulAdd(z[7], k7, mulAdd(z[5], k5, odd[0]));
-        odd[1] = mulSub(z[7], k5, mulSub(z[5], k1, odd[1]));
-        odd[2] = mulAdd(z[7], k3, mulAdd(z[5], k7, odd[2]));
-        odd[3] = mulSub(z[7], k1, mulAdd(z[5], k3, odd[3]));
-    }
-    for (int i = 0; i < 4; ++i) {
-        z[i] = even[i] + odd[i];
-        z[7 - i] = even[i] - odd[i];
-    }
+    const OddPart<V, scale, terms> odd(z[1], z[3], z[5], z[7]);
+    z[0] = odd.s1.addedTo(even[0]);
+    z[1] = odd.s3.addedTo(even[1]);
+    z[2] = odd.s5.addedTo(even[2]);
+    z[3] = odd.s7.addedTo(even[3]);
+    z[4] = odd.s7.subtractedFrom(even[3]);
+    z[5] = odd.s5.subtractedFrom(even[2]);
+    z[6] = odd.s3.subtractedFrom(even[1]);
+    z[7] = odd.s1.subtractedFrom(even[0]);
+}
+
+// The samples of frequency 1.
+inline constexpr float kFirstFrequency[8] = {
+    static_cast<float>(kDctFactors.k[1]),  static_cast<float>(kDctFactors.k[3]),  static_cast<float>(kDctFactors.k[5]),
+    static_cast<float>(kDctFactors.k[7]),  -static_cast<float>(kDctFactors.k[7]), -static_cast<float>(kDctFactors.k[5]),
+    -static_cast<float>(kDctFactors.k[3]), -static_cast<float>(kDctFactors.k[1])};
+
+template <int i>
+VEKVC_SIMD_INLINE DctFloats splatLane(f32x4 v) {
+    const f32x4 all = shuffle32<i, i, i, i>(v);
+#if VEKVC_VECTOR256
+    return as<DctFloats>(join(as<i32x4>(all), as<i32x4>(all)));
+#else
+    return all;
+#endif
 }
 
 // The first pass: z[p][u] then holds column u of its results.
@@ -319,10 +264,17 @@ VEKVC_SIMD_INLINE void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctPart
         }
         for (int p = 0; p < kDctParts; ++p) inversePass<8, false>(z[p], z[p][0]);
         transposeParts(z);
+    } else if constexpr (corner == 2) {
+        const f32x4 values = toFloat(widenLow(loadPair4<i16x8>(src, src + 8)));  // two rows of two
+        for (int p = 0; p < kDctParts; ++p) {
+            const auto first = as<DctFloats>(load<DctInts>(kFirstFrequency + p * 8 / kDctParts));
+            z[p][0] = mulAdd(splatLane<2>(values), first, splatLane<0>(values));
+            z[p][1] = mulAdd(splatLane<3>(values), first, splatLane<1>(values));
+        }
     } else {
         f32x4 rows[8];
-        for (int v = 0; v < corner; ++v) rows[v] = toFloat(widenLow(loadBytes<i16x8, 2 * corner>(src + 8 * v)));
-        inversePass<corner, false>(rows, rows[0]);
+        for (int v = 0; v < 4; ++v) rows[v] = toFloat(widenLow(loadBytes<i16x8, 8>(src + 8 * v)));
+        inversePass<4, false>(rows, rows[0]);
         for (int p = 0; p < kDctParts; ++p) {
             DctInts columns[4];
             for (int i = 0; i < 4; ++i) {
@@ -333,7 +285,7 @@ VEKVC_SIMD_INLINE void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctPart
 #endif
             }
             transpose4x4(columns[0], columns[1], columns[2], columns[3]);
-            for (int i = 0; i < corner; ++i) z[p][i] = as<DctFloats>(columns[i]);
+            for (int i = 0; i < 4; ++i) z[p][i] = as<DctFloats>(columns[i]);
         }
     }
 }
@@ -354,21 +306,22 @@ VEKVC_SIMD_INLINE Vek32s magnitudesOfCorner(const Vek16s* src) {
     }
 }
 
+// The results where F(0, 0) alone is not 0.
+VEKVC_SIMD_INLINE DctRows rowsOfOne(Vek32s first) {
+    using W = Vec<std::int16_t, DctInts::kBytes / 2>;
+    const W value = splat<W>((first + 4) >> 3);
+#if VEKVC_VECTOR256
+    return {{value, value, value, value}};
+#else
+    return {{value, value, value, value, value, value, value, value}};
+#endif
+}
+
 template <int corner, class Destination>
 void dctInverse(const Vek16s* src, Destination dst) {
     const Vek32s all = magnitudesOfCorner<corner>(src);
     const Vek32s first = load<Vek16s>(src), magnitudeOfFirst = first < 0 ? -first : first;
-    DctRows rows;
-    if (all == magnitudeOfFirst) {
-        using W = Vec<std::int16_t, DctInts::kBytes / 2>;
-        const W value = splat<W>((first + 4) >> 3);
-#if VEKVC_VECTOR256
-        for (W& pair : rows.pair) pair = value;
-#else
-        for (W& row : rows.row) row = value;
-#endif
-        return storeRows(dst, rows);
-    }
+    if (all == magnitudeOfFirst) return storeRows(dst, rowsOfOne(first));
     const Vek32s e = errorBound(11 * all - 8 * magnitudeOfFirst);
     const DctFloats bias = toFloat(splat<DctInts>(32768 + e));
     DctFloats z[kDctParts][8];
@@ -391,9 +344,9 @@ void dctInverse(const Vek16s* src, Destination dst) {
 
 // ---- forward
 
-// The forward transform's sums below the margin, but for the exact ones, or all of them. Where values are large but near
-// to each other, the bound e of the error is too, and counts anew from their mean: to inexact coefficients a constant
-// adds nothing.
+// The forward transform's sums below the margin, but for the exact ones, or all of them. Where values are large but
+// near to each other, the bound e of the error is too, and counts anew from their mean: to inexact coefficients a
+// constant adds nothing.
 [[gnu::noinline]] inline void decideForward(const i16x8 (&rows)[8], DctSpill& sums, Vek32s e, bool all) {
     if (all) return decideAll(sums, rows, kExactTables.ofFrequency);
     i32x4 total = zero<i32x4>();
@@ -410,17 +363,6 @@ void dctInverse(const Vek16s* src, Destination dst) {
     if (least < e)
         for (const int u : {0, 4})
             for (const int v : {0, 4}) sums.at[u][v] += e - least;
-}
-
-// The odd coefficients of the differences d, each added to a bias.
-template <int scale, class V, class First>
-VEKVC_SIMD_INLINE void forwardOdd(const V (&d)[4], V (&y)[8], First first) {
-    const V k1 = factor<V, 1, scale>(), k3 = factor<V, 3, scale>(), k5 = factor<V, 5, scale>(),
-            k7 = factor<V, 7, scale>();
-    y[1] = mulAdd(d[3], k7, mulAdd(d[2], k5, mulAdd(d[1], k3, first(d[0], k1))));
-    y[3] = mulSub(d[3], k5, mulSub(d[2], k1, mulSub(d[1], k7, first(d[0], k3))));
-    y[5] = mulAdd(d[3], k3, mulAdd(d[2], k7, mulSub(d[1], k1, first(d[0], k5))));
-    y[7] = mulSub(d[3], k1, mulAdd(d[2], k3, mulSub(d[1], k5, first(d[0], k7))));
 }
 
 template <int part>
@@ -446,26 +388,50 @@ VEKVC_SIMD_INLINE void forwardColumns(const i16x8 (&row)[8], DctFloats (&y)[8]) 
     const V p = floatsOf<part>(s[0] - s[3]), q = floatsOf<part>(s[1] - s[2]);
     y[0] = floatsOf<part>(outer + inner);
     y[4] = floatsOf<part>(outer - inner);
-    y[2] = mulAdd(p, factor<V, 2>(), q * factor<V, 6>());
-    y[6] = mulSub(q, factor<V, 2>(), p * factor<V, 6>());
-    forwardOdd<1>(d, y, [](V a, V k) { return a * k; });
+    WeightedSum<V, 2, 1> y2(p);
+    WeightedSum<V, 6, 1> y6(p);
+    y2.template add<6>(q);
+    y6.template subtract<2>(q);
+    y[2] = y2.sum;
+    y[6] = y6.sum;
+    const OddPart<V, 1, 8> odd(d[0], d[1], d[2], d[3]);
+    y[1] = odd.s1.sum;
+    y[3] = odd.s3.sum;
+    y[5] = odd.s5.sum;
+    y[7] = odd.s7.sum;
 }
 
+// Factors of the second pass, for each v with the one that waits since the first.
+struct RowFactors {
+    float at[8][8];
+};
+constexpr RowFactors rowFactors() {
+    RowFactors t = {};
+    for (int k = 0; k < 8; ++k)
+        for (int v = 0; v < 8; ++v)
+            t.at[k][v] = static_cast<float>(8192 * kDctFactors.k[k] * (kFused ? kDctFactors.k[v] : 1));
+    return t;
+}
+alignas(32) inline constexpr RowFactors kRowFactors = rowFactors();
+
 // Along rows, with a bias of their own for coefficients 0 and 4.
-template <class V>
+template <int part, class V>
 VEKVC_SIMD_INLINE void forwardRows(V (&y)[8], V bias, V biasOf04) {
-    constexpr int scale = 8192;
-    V s[4], d[4];
+    V s[4], d[4], k[8];
+    for (int i = 0; i < 8; ++i) k[i] = as<V>(load<DctInts>(kRowFactors.at[i] + 4 * part));
     for (int i = 0; i < 4; ++i) {
         s[i] = y[i] + y[7 - i];
         d[i] = y[i] - y[7 - i];
     }
     const V outer = s[0] + s[3], inner = s[1] + s[2], p = s[0] - s[3], q = s[1] - s[2];
-    y[0] = mulAdd(outer + inner, factor<V, 0, scale>(), biasOf04);
-    y[4] = mulAdd(outer - inner, factor<V, 4, scale>(), biasOf04);
-    y[2] = mulAdd(p, factor<V, 2, scale>(), mulAdd(q, factor<V, 6, scale>(), bias));
-    y[6] = mulSub(q, factor<V, 2, scale>(), mulAdd(p, factor<V, 6, scale>(), bias));
-    forwardOdd<scale>(d, y, [&](V a, V k) { return mulAdd(a, k, bias); });
+    y[0] = mulAdd(outer + inner, k[0], biasOf04);
+    y[4] = mulAdd(outer - inner, k[4], biasOf04);
+    y[2] = mulAdd(q, k[6], mulAdd(p, k[2], bias));
+    y[6] = mulSub(q, k[2], mulAdd(p, k[6], bias));
+    y[1] = mulAdd(d[3], k[7], mulAdd(d[2], k[5], mulAdd(d[1], k[3], mulAdd(d[0], k[1], bias))));
+    y[3] = mulSub(d[3], k[5], mulSub(d[2], k[1], mulSub(d[1], k[7], mulAdd(d[0], k[3], bias))));
+    y[5] = mulAdd(d[3], k[3], mulAdd(d[2], k[7], mulSub(d[1], k[1], mulAdd(d[0], k[5], bias))));
+    y[7] = mulSub(d[3], k[1], mulAdd(d[2], k[3], mulSub(d[1], k[5], mulAdd(d[0], k[7], bias))));
 }
 
 template <class T>
@@ -501,10 +467,11 @@ void dctForward(Block<T> src, Vek16s* dst) {
     if constexpr (kDctParts == 2) forwardColumns<1>(row, y[kDctParts - 1]);
     transposeParts(y);
     DctSums sums;
-    for (int p = 0; p < kDctParts; ++p) {
-        forwardRows(y[p], toFloat(bias + error), toFloat(bias + (error & inexact)));
+    const DctFloats usual = toFloat(bias + error), of04 = toFloat(bias + (error & inexact));
+    forwardRows<0>(y[0], usual, of04);
+    if constexpr (kDctParts == 2) forwardRows<1>(y[kDctParts - 1], usual, of04);
+    for (int p = 0; p < kDctParts; ++p)
         for (int i = 0; i < 8; ++i) sums.at[p][i] = truncate(y[p][i]);
-    }
     DctSums tested = sums;
     for (int p = 0; p < kDctParts; ++p)
         for (const int i : {0, 4}) tested.at[p][i] = andNot(inexact, splat<DctInts>(-1)) | sums.at[p][i];

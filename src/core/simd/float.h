@@ -41,6 +41,11 @@ VEKVC_SIMD_INLINE f32x4 min(f32x4 a, f32x4 b) {
 VEKVC_SIMD_INLINE f32x4 max(f32x4 a, f32x4 b) {
     return {_mm_castps_si128(_mm_max_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw)))};
 }
+#if defined(__FMA__)
+inline constexpr bool kFused = true;
+#else
+inline constexpr bool kFused = false;
+#endif
 // a * b + c and c - a * b, rounded once or, where the processor level has no such instruction, twice: for kernels whose
 // results do not depend on it.
 VEKVC_SIMD_INLINE f32x4 mulAdd(f32x4 a, f32x4 b, f32x4 c) {

@@ -241,6 +241,10 @@ VEKVC_SIMD_FN auto highHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_extra
 VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
     return {_mm256_permute2x128_si256(a.raw, b.raw, 0x21)};
 }
+// The high halves of both.
+VEKVC_SIMD_FN Vec<T, N> highHalves(Vec<T, N> a, Vec<T, N> b) {
+    return {_mm256_permute2x128_si256(a.raw, b.raw, 0x31)};
+}
 // 64-bit quarters in the order i0 i1 i2 i3.
 template <int i0, int i1, int i2, int i3, class T, int N>
 VEKVC_SIMD_INLINE Vec<T, N> shuffle64(Vec<T, N> a) {
