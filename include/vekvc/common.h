@@ -8,6 +8,7 @@
 #ifndef VEKVC_COMMON_H
 #define VEKVC_COMMON_H
 
+#include "vekvc/common_difference.h"
 #include "vekvc/common_metrics.h"
 #include "vekvc/common_predict.h"
 #include "vekvc/common_scan.h"

@@ -1,5 +1,5 @@
 /** @file common_statistics.h
- *  Statistics of a block: variance and sum.
+ *  Statistics of a block: variance and sum, deviation from the mean, edges.
  */
 #ifndef VEKVC_COMMON_STATISTICS_H
 #define VEKVC_COMMON_STATISTICS_H
@@ -50,6 +50,54 @@ VEKVC_API VekStatus vekiVarSum8x8_16s32s_C1R(const Vek16s* pSrc, Vek32s srcStep,
  *  @retval vekStsErrNullPtr a pointer is null
  */
 VEKVC_API VekStatus vekiVariance16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar);
+/** @} */
+
+/** @name Absolute deviations from the mean
+ *  @{ */
+
+/** The sum of |pSrc - m| over a block, m being the mean with the fraction dropped. It is not divided, so that it
+ *  compares with a sum of absolute differences.
+ *  @param pSrc, srcStep the block
+ *  @param[out] pDev the sum
+ *  @retval vekStsErrNullPtr a pointer is null
+ */
+VEKVC_API VekStatus vekiMeanAbsDev8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pDev);
+VEKVC_API VekStatus vekiMeanAbsDev16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pDev);
+/** @} */
+
+/** @name Variance and sum of a difference
+ *  @{ */
+
+/** With d = pSrc - p over the N samples of a block, p being the reference at a full- or half-sample position (see
+ *  common_predict.h), S the sum of d and Q that of d * d: S, and Q - floor(S * S / N), which is N times the variance;
+ *  exact.
+ *  @param pSrc, srcStep the source block
+ *  @param pRef, refStep the reference block; one more column and/or row is read where the case needs it
+ *  @param[out] pVar Q - floor(S * S / N)
+ *  @param[out] pMean S: the sum of the differences, not divided by N
+ *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
+ *  with rounding 0; other bits are ignored
+ *  @retval vekStsErrNullPtr a pointer is null
+ */
+VEKVC_API VekStatus vekiVarMeanDiff16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
+                                                   Vek32s* pVar, Vek32s* pMean, Vek32s mcType);
+VEKVC_API VekStatus vekiVarMeanDiff16x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
+                                                  Vek32s* pVar, Vek32s* pMean, Vek32s mcType);
+/** @} */
+
+/** @name Edge detection
+ *  @{ */
+
+/** Counts the pairs of neighbouring samples inside a block, 240 side by side and 240 one above the other, whose
+ *  difference is larger than edgeLevel in magnitude.
+ *  @param pSrc, srcStep the block
+ *  @param edgeLevel the difference that is no edge yet; any value
+ *  @param edgeCount the number of pairs that make an edge; any value
+ *  @param[out] pIsEdge 1 if at least edgeCount pairs were counted, else 0
+ *  @retval vekStsErrNullPtr a pointer is null
+ */
+VEKVC_API VekStatus vekiEdgeDetect16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s edgeLevel, Vek32s edgeCount,
+                                                  Vek32s* pIsEdge);
 /** @} */
 
 #ifdef __cplusplus

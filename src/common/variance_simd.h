@@ -8,6 +8,8 @@
 namespace vekvc::simd {
 
 using plain::Moments;
+using plain::momentsOfDifference;
+using plain::sumOfDeviations;
 
 // Rows of 8 or 16 samples, widened while they are loaded. Each lane takes at most 16 * 2 samples: 32 * 255 fits 16
 // bits.

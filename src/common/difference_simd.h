@@ -1,0 +1,8 @@
+#ifndef VEKVC_COMMON_DIFFERENCE_SIMD_H
+#define VEKVC_COMMON_DIFFERENCE_SIMD_H
+#include "common/difference_plain.h"
+namespace vekvc::simd {
+using plain::subtractPrediction;
+using plain::subtractBlock;
+}
+#endif
