@@ -4,5 +4,5 @@
 namespace vekvc::simd {
 using plain::activityFrameField;
 using plain::countEdges;
-}
+}  // namespace vekvc::simd
 #endif

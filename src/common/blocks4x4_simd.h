@@ -4,5 +4,5 @@
 namespace vekvc::simd {
 using plain::sadBlocks4x4;
 using plain::sumsDiffBlocks4x4;
-}
+}  // namespace vekvc::simd
 #endif

@@ -2,7 +2,7 @@
 #define VEKVC_COMMON_DIFFERENCE_SIMD_H
 #include "common/difference_plain.h"
 namespace vekvc::simd {
-using plain::subtractPrediction;
 using plain::subtractBlock;
-}
+using plain::subtractPrediction;
+}  // namespace vekvc::simd
 #endif

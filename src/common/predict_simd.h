@@ -31,6 +31,37 @@ void averageBlock(const Reference& src, int rounding, const Vek8u* pA, Vek32s aS
     });
 }
 
+// A position's samples as a block of its own. One function for each case, width and distance to the horizontal neighbour,
+// whoever calls it.
+template <int W, int next, Half half, int rounding>
+[[gnu::noinline]] void copyPosition(const Vek8u* p, std::ptrdiff_t step, int rows, Vek8u* pDst) {
+    Predictor<W, 1, half, rounding, next> source(p, step);
+#pragma GCC unroll 4
+    for (; rows > 0; --rows, pDst += W) Tile<W, 1>::store(pDst, W, source.rows());
+}
+
+// A prediction for kernels that do not interpolate while they read: the reference itself at a full-sample position, else
+// a copy. So a kernel with two predictions, or with much work on one, need not exist once for each (pair of) case(s).
+template <int W, int H, int next = 1>
+class PredictedBlock {
+  public:
+    PredictedBlock(const Reference& ref, int rounding) : pixels_(ref.pixels), step_(ref.step) {
+        if (ref.half == Half::none) return;
+        withCase(ref.half, rounding, [&]<Half half, int round>() {
+            if constexpr (half != Half::none) copyPosition<W, next, half, round>(ref.pixels, ref.step, H, copy_);
+        });
+        pixels_ = copy_;
+        step_ = W;
+    }
+    PredictedBlock(const PredictedBlock&) = delete;
+    Block<Vek8u> block() const { return {pixels_, step_}; }
+
+  private:
+    const Vek8u* pixels_;
+    Vek32s step_;
+    alignas(32) Vek8u copy_[W * H];
+};
+
 // R rows of residuals at a time, laid out as widenLow and widenHigh widen a tile's samples.
 struct WideTile {
     i16x8 low, high;
