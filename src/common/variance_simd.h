@@ -1,15 +1,13 @@
-// Variance, sum and squared deviations of a block. The fast form of variance_plain.h.
+// Variance, sum and deviations of a block. The fast form of variance_plain.h.
 #ifndef VEKVC_COMMON_VARIANCE_SIMD_H
 #define VEKVC_COMMON_VARIANCE_SIMD_H
 
+#include "common/predict_simd.h"
 #include "common/variance_plain.h"
-#include "core/simd.h"
 
 namespace vekvc::simd {
 
 using plain::Moments;
-using plain::momentsOfDifference;
-using plain::sumOfDeviations;
 
 // Rows of 8 or 16 samples, widened while they are loaded. Each lane takes at most 16 * 2 samples: 32 * 255 fits 16
 // bits.
@@ -54,6 +52,73 @@ inline Moments moments8x8(Block<Vek16s> s) {
         squares += mulAddPairs(row, row);
     }
     return {sumLanes(mulAddPairs(columns, splat<i16x8>(1))), sumLanes(squares)};
+}
+
+// Differences of 8 bits come from the bytes of both blocks in turn. Each lane takes at most 16 * 2 differences: 32 * 255
+// fits 16 bits.
+template <int W, int H>
+[[gnu::always_inline]] inline Moments momentsOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+    static_assert(W == 16);
+#if VEKVC_VECTOR256
+    using V = u8x32;
+    constexpr int R = 2;
+    const auto rows = [](Block<Vek8u> b) { return loadPair16<V>(b.at(0, 0), b.at(0, 1)); };
+#else
+    using V = u8x16;
+    constexpr int R = 1;
+    const auto rows = [](Block<Vek8u> b) { return load<V>(b.base); };
+#endif
+    using Wide = Vec<Vek16s, V::kBytes / 2>;
+    using Sum = Vec<Vek32s, V::kBytes / 4>;
+    const PredictedBlock<W, H> prediction({ref.base, static_cast<Vek32s>(ref.step), half}, 0);
+    Block<Vek8u> p = prediction.block();
+    const auto plusMinus = as<Vec<std::int8_t, V::kBytes>>(constant<Wide, -255>());  // the bytes 1, -1
+    Wide sum = zero<Wide>();
+    Sum squares = zero<Sum>();
+#pragma GCC unroll 4
+    for (int y = 0; y < H; y += R, s.base += R * s.step, p.base += R * p.step) {
+        const V a = rows(s), b = rows(p);
+        const Wide low = mulAddPairs(interleaveLow(a, b), plusMinus),
+                   high = mulAddPairs(interleaveHigh(a, b), plusMinus);
+        sum += low + high;
+        squares += mulAddPairs(low, low) + mulAddPairs(high, high);
+    }
+    return {sumLanes(mulAddPairs(sum, constant<Wide, 1>())), sumLanes(squares)};
+}
+
+template <int W, int H>
+[[gnu::always_inline]] inline Vek32s sumOfDeviations(Block<Vek8u> s) {
+#if VEKVC_VECTOR256
+    using V = u8x32;
+    constexpr int kVectors = W * H / 32;
+    const auto vector = [&](int i) {
+        if constexpr (W == 16)
+            return loadPair16<V>(s.at(0, 2 * i), s.at(0, 2 * i + 1));
+        else
+            return loadFour8<V>(s.at(0, 4 * i), s.at(0, 4 * i + 1), s.at(0, 4 * i + 2), s.at(0, 4 * i + 3));
+    };
+#else
+    using V = u8x16;
+    constexpr int kVectors = W * H / 16;
+    const auto vector = [&](int i) {
+        if constexpr (W == 16)
+            return load<V>(s.at(0, i));
+        else
+            return loadPair8<V>(s.at(0, 2 * i), s.at(0, 2 * i + 1));
+    };
+#endif
+    using Sum = Vec<std::uint64_t, V::kBytes / 8>;
+    V block[kVectors];
+    Sum sum = zero<Sum>(), deviations = zero<Sum>();
+#pragma GCC unroll 16
+    for (int i = 0; i < kVectors; ++i) {
+        block[i] = vector(i);
+        sum += sumAbsDiff(block[i], zero<V>());
+    }
+    const V mean = splat<V>(sumLanes(sum) / (W * H));
+#pragma GCC unroll 16
+    for (int i = 0; i < kVectors; ++i) deviations += sumAbsDiff(block[i], mean);
+    return sumLanes(deviations);
 }
 
 }  // namespace vekvc::simd
