@@ -10,26 +10,24 @@ namespace vekvc::simd {
 using plain::Difference;
 using plain::DifferencePlanes;
 
-// R rows of W samples a at a time, less b, to where they go.
-template <int W, int R>
+// Rows of W samples a less those of b, to where they go.
+template <int W>
 class DifferenceWriter {
   public:
     explicit DifferenceWriter(const Difference& d) : p_(d.values), step_(ownStep(d.step)) {}
 
-    [[gnu::always_inline]] void rows(u8x16 a, u8x16 b) {
-        static_assert(W == 16 || (W == 8 && R == 2));
-        const i16x8 low = differenceLow(a, b), high = differenceHigh(a, b);
-        vekvc::store(p_, low);
-        vekvc::store(W == 16 ? p_ + 8 : offsetBytes(p_, step_), high);
-        p_ = offsetBytes(p_, R * step_);
+    [[gnu::always_inline]] void row(u8x16 a, u8x16 b) {
+        if constexpr (W == 8) {
+            vekvc::store(p_, widenLow(a) - widenLow(b));
+        } else {  // from the bytes of both in turn: no more instructions than to widen one
+            const i8x16 plusMinus = as<i8x16>(constant<i16x8, -255>());  // the bytes 1, -1
+            vekvc::store(p_, mulAddPairs(interleaveLow(a, b), plusMinus));
+            vekvc::store(p_ + 8, mulAddPairs(interleaveHigh(a, b), plusMinus));
+        }
+        p_ = offsetBytes(p_, step_);
     }
 
   private:
-    // a - b from the bytes of a and b in turn: one instruction more than widening either, but none for the other.
-    static i16x8 differenceLow(u8x16 a, u8x16 b) { return mulAddPairs(interleaveLow(a, b), plusMinus()); }
-    static i16x8 differenceHigh(u8x16 a, u8x16 b) { return mulAddPairs(interleaveHigh(a, b), plusMinus()); }
-    static i8x16 plusMinus() { return as<i8x16>(splat<i16x8>(-255)); }  // the bytes 1, -1
-
     Vek16s* p_;
     std::ptrdiff_t step_;
 };
@@ -39,7 +37,7 @@ class DifferencePlanesWriter {
   public:
     explicit DifferencePlanesWriter(const DifferencePlanes& d) : u_(d.u), v_(d.v), step_(ownStep(d.step)) {}
 
-    [[gnu::always_inline]] void rows(u8x16 a, u8x16 b) {
+    [[gnu::always_inline]] void row(u8x16 a, u8x16 b) {
         const u16x8 x = as<u16x8>(a), y = as<u16x8>(b), even = splat<u16x8>(0xff);
         vekvc::store(u_, (x & even) - (y & even));
         vekvc::store(v_, (x >> 8) - (y >> 8));
@@ -52,13 +50,13 @@ class DifferencePlanesWriter {
     std::ptrdiff_t step_;
 };
 
-template <int W, int R>
-DifferenceWriter<W, R> writerOf(const Difference& d) {
-    return DifferenceWriter<W, R>(d);
+template <int W>
+DifferenceWriter<W> writerOf(const Difference& d) {
+    return DifferenceWriter<W>(d);
 }
-template <int W, int R>
+template <int W>
 DifferencePlanesWriter writerOf(const DifferencePlanes& d) {
-    static_assert(W == 16 && R == 1);
+    static_assert(W == 16);
     return DifferencePlanesWriter(d);
 }
 
@@ -66,28 +64,53 @@ DifferencePlanesWriter writerOf(const DifferencePlanes& d) {
 template <int W, int next, Half half, int rounding, class Destination>
 [[gnu::noinline]] void subtractCase(Block<Vek8u> s, const Vek8u* pRef, std::ptrdiff_t refStep, int height,
                                     Destination dst) {
-    constexpr int R = 16 / W;
-    TileReader<W, R> source(s.base, s.step);
-    Predictor<W, R, half, rounding, next> p(pRef, refStep);
-    auto out = writerOf<W, R>(dst);
-    for (; height > 0; height -= 4) forTileRows<4, R>([&] { out.rows(source.rows(), p.rows()); });
+    TileReader<W, 1> source(s.base, s.step);
+    Predictor<W, 1, half, rounding, next> p(pRef, refStep);
+    auto out = writerOf<W>(dst);
+    do {
+        forTileRows<4, 1>([&] { out.row(source.rows(), p.rows()); });
+    } while ((height -= 4) > 0);
+}
+
+// At full samples.
+template <int W, int H, class Destination>
+[[gnu::always_inline]] inline void subtractFull(Block<Vek8u> s, Block<Vek8u> ref, Destination dst) {
+#if VEKVC_VECTOR256
+    if constexpr (W == 16 && std::is_same_v<Destination, Difference>) {
+        const std::ptrdiff_t step = dst.step;
+#pragma GCC unroll 4
+        for (int y = 0; y < H; ++y, s.base += s.step, ref.base += ref.step) {
+            vekvc::store(dst.values, loadWidened16(s.base) - loadWidened16(ref.base));
+            dst.values = offsetBytes(dst.values, step);
+        }
+        return;
+    }
+#endif
+    auto out = writerOf<W>(dst);
+#pragma GCC unroll 4
+    for (int y = 0; y < H; ++y, s.base += s.step, ref.base += ref.step)
+        out.row(loadBytes<u8x16, W>(s.base), loadBytes<u8x16, W>(ref.base));
 }
 
 template <int W, int H, int next, class Destination>
-void subtractPrediction(Block<Vek8u> s, const Reference& ref, int rounding, Destination dst) {
-    withCase(ref.half, rounding,
-             [&]<Half half, int round>() { subtractCase<W, next, half, round>(s, ref.pixels, ref.step, H, dst); });
+[[gnu::always_inline]] inline void subtractPrediction(Block<Vek8u> s, const Reference& ref, int rounding,
+                                                      Destination dst) {
+    if (ref.half == Half::none) return subtractFull<W, H>(s, {ref.pixels, ref.step}, dst);
+    withCase(ref.half, rounding, [&]<Half half, int round>() {
+        if constexpr (half != Half::none) subtractCase<W, next, half, round>(s, ref.pixels, ref.step, H, dst);
+    });
 }
 
 // The average with a prediction that stands in memory already.
 template <int W, int next, Half half, int rounding, class Destination>
 [[gnu::noinline]] void subtractAverageCase(Block<Vek8u> s, Block<Vek8u> other, const Vek8u* pRef,
                                            std::ptrdiff_t refStep, int height, Destination dst) {
-    constexpr int R = 16 / W;
-    TileReader<W, R> source(s.base, s.step), a(other.base, other.step);
-    Predictor<W, R, half, rounding, next> p(pRef, refStep);
-    auto out = writerOf<W, R>(dst);
-    for (; height > 0; height -= 4) forTileRows<4, R>([&] { out.rows(source.rows(), average(a.rows(), p.rows())); });
+    TileReader<W, 1> source(s.base, s.step), a(other.base, other.step);
+    Predictor<W, 1, half, rounding, next> p(pRef, refStep);
+    auto out = writerOf<W>(dst);
+    do {
+        forTileRows<4, 1>([&] { out.row(source.rows(), average(a.rows(), p.rows())); });
+    } while ((height -= 4) > 0);
 }
 
 template <int W, int H, int next, class Destination>
@@ -95,9 +118,10 @@ void subtractPrediction(Block<Vek8u> s, const Reference& f, const Reference& b, 
     // The average does not mind the order: a full-sample reference serves as the one in memory.
     const bool swapped = b.half == Half::none;
     const Reference &memory = swapped ? b : f, &other = swapped ? f : b;
-    const PredictedBlock<W, H, next> p(memory, rounding);
+    alignas(16) Vek8u copy[W * H];
+    const Block<Vek8u> a = predictedBlock<W, H, next>(memory, rounding, copy);
     withCase(other.half, rounding, [&]<Half half, int round>() {
-        subtractAverageCase<W, next, half, round>(s, p.block(), other.pixels, other.step, H, dst);
+        subtractAverageCase<W, next, half, round>(s, a, other.pixels, other.step, H, dst);
     });
 }
 

@@ -43,24 +43,13 @@ template <int W, int next, Half half, int rounding>
 // A prediction for kernels that do not interpolate while they read: the reference itself at a full-sample position, else
 // a copy. So a kernel with two predictions, or with much work on one, need not exist once for each (pair of) case(s).
 template <int W, int H, int next = 1>
-class PredictedBlock {
-  public:
-    PredictedBlock(const Reference& ref, int rounding) : pixels_(ref.pixels), step_(ref.step) {
-        if (ref.half == Half::none) return;
-        withCase(ref.half, rounding, [&]<Half half, int round>() {
-            if constexpr (half != Half::none) copyPosition<W, next, half, round>(ref.pixels, ref.step, H, copy_);
-        });
-        pixels_ = copy_;
-        step_ = W;
-    }
-    PredictedBlock(const PredictedBlock&) = delete;
-    Block<Vek8u> block() const { return {pixels_, step_}; }
-
-  private:
-    const Vek8u* pixels_;
-    Vek32s step_;
-    alignas(32) Vek8u copy_[W * H];
-};
+inline Block<Vek8u> predictedBlock(const Reference& ref, int rounding, Vek8u (&copy)[W * H]) {
+    if (ref.half == Half::none) return {ref.pixels, ref.step};
+    withCase(ref.half, rounding, [&]<Half half, int round>() {
+        if constexpr (half != Half::none) copyPosition<W, next, half, round>(ref.pixels, ref.step, H, copy);
+    });
+    return {copy, W};
+}
 
 // R rows of residuals at a time, laid out as widenLow and widenHigh widen a tile's samples.
 struct WideTile {

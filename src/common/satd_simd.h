@@ -83,9 +83,16 @@ template <int W, int H>
 }
 
 template <int W, int H>
-[[gnu::always_inline]] inline Vek32s satd8x8(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
-    const PredictedBlock<W, H> p({ref.base, static_cast<Vek32s>(ref.step), half}, 0);
-    return (halfSumOfTransforms8x8<W, H>(s, p.block()) + 1) >> 1;  // (2 * sum + 2) >> 2
+[[gnu::noinline]] Vek32s halfSumAtHalfSample(Block<Vek8u> s, const Reference& ref) {
+    alignas(16) Vek8u copy[W * H];
+    return halfSumOfTransforms8x8<W, H>(s, predictedBlock<W, H>(ref, 0, copy));
+}
+
+template <int W, int H>
+[[gnu::always_inline]] inline Vek32s satd8x8(Block<Vek8u> s, const Reference& ref) {
+    const Vek32s halfSum = ref.half == Half::none ? halfSumOfTransforms8x8<W, H>(s, {ref.pixels, ref.step})
+                                                  : halfSumAtHalfSample<W, H>(s, ref);
+    return (halfSum + 1) >> 1;  // (2 * halfSum + 2) >> 2
 }
 
 // ---- 16-bit samples, 4x4 transforms

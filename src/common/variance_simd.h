@@ -54,36 +54,47 @@ inline Moments moments8x8(Block<Vek16s> s) {
     return {sumLanes(mulAddPairs(columns, splat<i16x8>(1))), sumLanes(squares)};
 }
 
-// Differences of 8 bits come from the bytes of both blocks in turn. Each lane takes at most 16 * 2 differences: 32 * 255
-// fits 16 bits.
-template <int W, int H>
-[[gnu::always_inline]] inline Moments momentsOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
-    static_assert(W == 16);
+// Each lane takes at most 16 * 2 differences: 32 * 255 fits 16 bits.
+template <int H>
+[[gnu::always_inline]] inline Moments momentsOfDifference16(Block<Vek8u> s, Block<Vek8u> p) {
 #if VEKVC_VECTOR256
-    using V = u8x32;
-    constexpr int R = 2;
-    const auto rows = [](Block<Vek8u> b) { return loadPair16<V>(b.at(0, 0), b.at(0, 1)); };
-#else
-    using V = u8x16;
-    constexpr int R = 1;
-    const auto rows = [](Block<Vek8u> b) { return load<V>(b.base); };
-#endif
-    using Wide = Vec<Vek16s, V::kBytes / 2>;
-    using Sum = Vec<Vek32s, V::kBytes / 4>;
-    const PredictedBlock<W, H> prediction({ref.base, static_cast<Vek32s>(ref.step), half}, 0);
-    Block<Vek8u> p = prediction.block();
-    const auto plusMinus = as<Vec<std::int8_t, V::kBytes>>(constant<Wide, -255>());  // the bytes 1, -1
-    Wide sum = zero<Wide>();
-    Sum squares = zero<Sum>();
+    i16x16 sum = zero<i16x16>();
+    i32x8 squares = zero<i32x8>();
 #pragma GCC unroll 4
-    for (int y = 0; y < H; y += R, s.base += R * s.step, p.base += R * p.step) {
-        const V a = rows(s), b = rows(p);
-        const Wide low = mulAddPairs(interleaveLow(a, b), plusMinus),
-                   high = mulAddPairs(interleaveHigh(a, b), plusMinus);
+    for (int y = 0; y < H; ++y, s.base += s.step, p.base += p.step) {
+        const i16x16 difference = loadWidened16(s.base) - loadWidened16(p.base);
+        sum += difference;
+        squares += mulAddPairs(difference, difference);
+    }
+    return {sumLanes(mulAddPairs(sum, constant<i16x16, 1>())), sumLanes(squares)};
+#else
+    // From the bytes of both in turn, less than to widen each.
+    const i8x16 plusMinus = as<i8x16>(constant<i16x8, -255>());  // the bytes 1, -1
+    i16x8 sum = zero<i16x8>();
+    i32x4 squares = zero<i32x4>();
+#pragma GCC unroll 4
+    for (int y = 0; y < H; ++y, s.base += s.step, p.base += p.step) {
+        const u8x16 a = load<u8x16>(s.base), b = load<u8x16>(p.base);
+        const i16x8 low = mulAddPairs(interleaveLow(a, b), plusMinus);
+        const i16x8 high = mulAddPairs(interleaveHigh(a, b), plusMinus);
         sum += low + high;
         squares += mulAddPairs(low, low) + mulAddPairs(high, high);
     }
-    return {sumLanes(mulAddPairs(sum, constant<Wide, 1>())), sumLanes(squares)};
+    return {sumLanes(mulAddPairs(sum, constant<i16x8, 1>())), sumLanes(squares)};
+#endif
+}
+
+template <int H>
+[[gnu::noinline]] Moments momentsAtHalfSample(Block<Vek8u> s, const Reference& ref) {
+    alignas(16) Vek8u copy[16 * H];
+    return momentsOfDifference16<H>(s, predictedBlock<16, H>(ref, 0, copy));
+}
+
+template <int W, int H>
+[[gnu::always_inline]] inline Moments momentsOfDifference(Block<Vek8u> s, const Reference& ref) {
+    static_assert(W == 16);
+    if (ref.half == Half::none) return momentsOfDifference16<H>(s, {ref.pixels, ref.step});
+    return momentsAtHalfSample<H>(s, ref);
 }
 
 template <int W, int H>

@@ -265,6 +265,11 @@ VEKVC_SIMD_INLINE V loadFour8(const void* a, const void* b, const void* c, const
     return join(loadPair8<Vec<typename V::Lane, 16 / laneBytes<V>>>(a, b),
                 loadPair8<Vec<typename V::Lane, 16 / laneBytes<V>>>(c, d));
 }
+// 16 bytes of memory in both halves.
+template <class V>
+VEKVC_SIMD_INLINE V loadTwice16(const void* p) {
+    return {_mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p)))};
+}
 // Two runs of 8 bytes, each in both quarters of its half.
 template <class V>
 VEKVC_SIMD_INLINE V loadPairTwice8(const void* low, const void* high) {
