@@ -87,7 +87,7 @@ template <int W, int H, class Destination>
     }
 #endif
     auto out = writerOf<W>(dst);
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (int y = 0; y < H; ++y, s.base += s.step, ref.base += ref.step)
         out.row(loadBytes<u8x16, W>(s.base), loadBytes<u8x16, W>(ref.base));
 }
@@ -115,14 +115,15 @@ template <int W, int next, Half half, int rounding, class Destination>
 
 template <int W, int H, int next, class Destination>
 void subtractPrediction(Block<Vek8u> s, const Reference& f, const Reference& b, int rounding, Destination dst) {
+    const auto averageWith = [&](Block<Vek8u> a, const Reference& ref) {
+        withCase(ref.half, rounding, [&]<Half half, int round>() {
+            subtractAverageCase<W, next, half, round>(s, a, ref.pixels, ref.step, H, dst);
+        });
+    };
     // The average does not mind the order: a full-sample reference serves as the one in memory.
-    const bool swapped = b.half == Half::none;
-    const Reference &memory = swapped ? b : f, &other = swapped ? f : b;
+    if (b.half == Half::none) return averageWith({b.pixels, b.step}, f);
     alignas(16) Vek8u copy[W * H];
-    const Block<Vek8u> a = predictedBlock<W, H, next>(memory, rounding, copy);
-    withCase(other.half, rounding, [&]<Half half, int round>() {
-        subtractAverageCase<W, next, half, round>(s, a, other.pixels, other.step, H, dst);
-    });
+    averageWith(predictedBlock<W, H, next>(f, rounding, copy), b);
 }
 
 // ---- full samples
