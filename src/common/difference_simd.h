@@ -80,7 +80,7 @@ template <int W, int H, class Destination>
         const std::ptrdiff_t step = dst.step;
 #pragma GCC unroll 4
         for (int y = 0; y < H; ++y, s.base += s.step, ref.base += ref.step) {
-            vekvc::store(dst.values, loadWidened16(s.base) - loadWidened16(ref.base));
+            vekvc::store(dst.values, widen(load<u8x16>(s.base)) - widen(load<u8x16>(ref.base)));
             dst.values = offsetBytes(dst.values, step);
         }
         return;

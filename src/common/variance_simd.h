@@ -62,7 +62,7 @@ template <int H>
     i32x8 squares = zero<i32x8>();
 #pragma GCC unroll 4
     for (int y = 0; y < H; ++y, s.base += s.step, p.base += p.step) {
-        const i16x16 difference = loadWidened16(s.base) - loadWidened16(p.base);
+        const i16x16 difference = widen(load<u8x16>(s.base)) - widen(load<u8x16>(p.base));
         sum += difference;
         squares += mulAddPairs(difference, difference);
     }

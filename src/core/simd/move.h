@@ -190,15 +190,6 @@ VEKVC_SIMD_FN Wider<T, N> widen(Vec<T, N> a) {
     }
 }
 #endif
-#if VEKVC_VECTOR256
-// 16 bytes of memory, widened. The shuffle has more places to run than the widening instruction.
-VEKVC_SIMD_INLINE i16x16 loadWidened16(const void* p) {
-    constexpr int z = 0x80;
-    return as<i16x16>(
-        shuffleBytes(loadTwice16<u8x32>(p), lanes<u8x32>(0, z, 1, z, 2, z, 3, z, 4, z, 5, z, 6, z, 7, z,  //
-                                                         8, z, 9, z, 10, z, 11, z, 12, z, 13, z, 14, z, 15, z)));
-}
-#endif
 // a's lanes, then b's (half by half in 256 bits), limited to the narrower range.
 template <int N>
 VEKVC_SIMD_INLINE Vec<std::uint8_t, 2 * N> narrowU8(Vec<std::int16_t, N> a, Vec<std::int16_t, N> b) {
