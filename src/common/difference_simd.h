@@ -101,29 +101,25 @@ template <int W, int H, int next, class Destination>
     });
 }
 
-// The average with a prediction that stands in memory already.
-template <int W, int next, Half half, int rounding, class Destination>
-[[gnu::noinline]] void subtractAverageCase(Block<Vek8u> s, Block<Vek8u> other, const Vek8u* pRef,
-                                           std::ptrdiff_t refStep, int height, Destination dst) {
-    TileReader<W, 1> source(s.base, s.step), a(other.base, other.step);
-    Predictor<W, 1, half, rounding, next> p(pRef, refStep);
+// Two references: one function for each pair of kinds of position.
+template <int W, int next, Mean meanA, Mean meanB, int rounding, class Destination>
+[[gnu::noinline]] void subtractAverageCase(Block<Vek8u> s, Reference refA, Reference refB, int height,
+                                           Destination dst) {
+    TileReader<W, 1> source(s.base, s.step);
+    Position<W, 1, meanA, rounding, next> a(refA);
+    Position<W, 1, meanB, rounding, next> b(refB);
     auto out = writerOf<W>(dst);
     do {
-        forTileRows<4, 1>([&] { out.row(source.rows(), average(a.rows(), p.rows())); });
+        forTileRows<4, 1>([&] { out.row(source.rows(), average(a.rows(), b.rows())); });
     } while ((height -= 4) > 0);
 }
 
 template <int W, int H, int next, class Destination>
 void subtractPrediction(Block<Vek8u> s, const Reference& f, const Reference& b, int rounding, Destination dst) {
-    const auto averageWith = [&](Block<Vek8u> a, const Reference& ref) {
-        withCase(ref.half, rounding, [&]<Half half, int round>() {
-            subtractAverageCase<W, next, half, round>(s, a, ref.pixels, ref.step, H, dst);
-        });
-    };
-    // The average does not mind the order: a full-sample reference serves as the one in memory.
-    if (b.half == Half::none) return averageWith({b.pixels, b.step}, f);
-    alignas(16) Vek8u copy[W * H];
-    averageWith(predictedBlock<W, H, next>(f, rounding, copy), b);
+    withPositions<true>(f, b, rounding,
+                        [&]<Mean meanA, Mean meanB, int round>(const Reference& one, const Reference& other) {
+                            subtractAverageCase<W, next, meanA, meanB, round>(s, one, other, H, dst);
+                        });
 }
 
 // ---- full samples

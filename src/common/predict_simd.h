@@ -140,27 +140,25 @@ void predictAndAdd(const Reference& ref, int rounding, ResidualBlock residual, V
     });
 }
 
-template <int W, int H, int next, Half halfF, Half halfB, int rounding, class ResidualBlock>
-[[gnu::noinline]] void predictAndAddCase(const Vek8u* pF, std::ptrdiff_t stepF, const Vek8u* pB, std::ptrdiff_t stepB,
-                                         ResidualBlock residualBlock, Vek8u* pDst, std::ptrdiff_t dstStep) {
+// Two references: a function for each pair of kinds of position.
+template <int W, int H, int next, Mean meanA, Mean meanB, int rounding, class ResidualBlock>
+[[gnu::noinline]] void averageAndAddCase(Reference refA, Reference refB, ResidualBlock residualBlock, Vek8u* pDst,
+                                         std::ptrdiff_t dstStep) {
     constexpr int R = kWideTileRows<W, H>;
-    Predictor<W, R, halfF, rounding, next> f(pF, stepF);
-    Predictor<W, R, halfB, rounding, next> b(pB, stepB);
+    Position<W, R, meanA, rounding, next> a(refA);
+    Position<W, R, meanB, rounding, next> b(refB);
     auto residual = readerOf<W, R>(residualBlock);
     TileWriter<W, R> dst(pDst, dstStep);
-    forTileRows<H, R>([&] { dst.rows(residual.rows().addTo(average(f.rows(), b.rows()))); });
+    forTileRows<H, R>([&] { dst.rows(residual.rows().addTo(average(a.rows(), b.rows()))); });
 }
 
 template <int W, int H, int next, class ResidualBlock>
 void predictAndAdd(const Reference& f, const Reference& b, int rounding, ResidualBlock residual, Vek8u* pDst,
                    Vek32s dstStep) {
-    withCase(f.half, rounding, [&]<Half halfF, int roundF>() {
-        withCase(b.half, rounding, [&]<Half halfB, int roundB>() {
-            constexpr int round = roundF | roundB;  // a full-sample case has no rounding of its own
-            predictAndAddCase<W, H, next, halfF, halfB, round>(f.pixels, f.step, b.pixels, b.step, residual, pDst,
-                                                               dstStep);
-        });
-    });
+    const auto use = [&]<Mean meanA, Mean meanB, int round>(const Reference& one, const Reference& other) {
+        averageAndAddCase<W, H, next, meanA, meanB, round>(one, other, residual, pDst, dstStep);
+    };
+    withPositions<kWideTileRows<W, H> == 1>(f, b, rounding, use);
 }
 
 inline void addConstant8x8(Vek16s value, Vek8u* pSrcDst, Vek32s srcDstStep) {
