@@ -120,8 +120,8 @@ template <class Row>
     return (rest(a, b) + rest(c, d)) + (rest(e, f) + rest(g, h));
 }
 #if VEKVC_VECTOR256
-// Four registers that hold rows 0 to 3 of an 8x8 block in their low and rows 4 to 7 in their high halves: in lanes of at
-// most 2 * 32 * 255.
+// Four registers that hold rows 0 to 3 of an 8x8 block in their low and rows 4 to 7 in their high halves: in lanes of
+// at most 2 * 32 * 255.
 template <class Row>
 [[gnu::always_inline]] inline i16x16 halfSumOf8RowsIn4(Row row) {
     i16x16 a = row(0), b = row(1), c = row(2), d = row(3);

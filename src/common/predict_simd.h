@@ -31,8 +31,8 @@ void averageBlock(const Reference& src, int rounding, const Vek8u* pA, Vek32s aS
     });
 }
 
-// A position's samples as a block of its own. One function for each case, width and distance to the horizontal neighbour,
-// whoever calls it.
+// A position's samples as a block of its own. One function for each case, width and distance to the horizontal
+// neighbour, whoever calls it.
 template <int W, int next, Half half, int rounding>
 [[gnu::noinline]] void copyPosition(const Vek8u* p, std::ptrdiff_t step, int rows, Vek8u* pDst) {
     Predictor<W, 1, half, rounding, next> source(p, step);
@@ -40,8 +40,9 @@ template <int W, int next, Half half, int rounding>
     for (; rows > 0; --rows, pDst += W) Tile<W, 1>::store(pDst, W, source.rows());
 }
 
-// A prediction for kernels that do not interpolate while they read: the reference itself at a full-sample position, else
-// a copy. So a kernel with two predictions, or with much work on one, need not exist once for each (pair of) case(s).
+// A prediction for kernels that do not interpolate while they read: the reference itself at a full-sample position,
+// else a copy. So a kernel with two predictions, or with much work on one, need not exist once for each (pair of)
+// case(s).
 template <int W, int H, int next = 1>
 inline Block<Vek8u> predictedBlock(const Reference& ref, int rounding, Vek8u (&copy)[W * H]) {
     if (ref.half == Half::none) return {ref.pixels, ref.step};

@@ -122,8 +122,8 @@ template <int W, int H>
 #else
     using V = i16x8;
 #endif
-    // A vector is a row of a 16-wide block (or half of it), two rows of an 8-wide one that lie 4 apart, two neighbouring
-    // rows of a 4-wide one.
+    // A vector is a row of a 16-wide block (or half of it), two rows of an 8-wide one that lie 4 apart, two
+    // neighbouring rows of a 4-wide one.
     constexpr int kRowsBetween = W == 4 ? 1 : 4;
     constexpr int kRowsInOne = W == 4 || (W == 8 && V::kBytes == 32) ? 2 : 1;
     const auto row = [&](Block<Vek16u> b, int x, int y) {

@@ -204,8 +204,8 @@ class Position<W, R, Mean::ofTwo, rounding, next> {
     std::ptrdiff_t step_, distance_;
 };
 
-// Calls use<mean of one, mean of the other, rounding>(one, other) for two references in any order. Apart tells whether a
-// vertical position beside a mean of two is worth a kernel of its own.
+// Calls use<mean of one, mean of the other, rounding>(one, other) for two references in any order. Apart tells whether
+// a vertical position beside a mean of two is worth a kernel of its own.
 template <bool apart, class Use>
 [[gnu::always_inline]] inline void withPositions(const Reference& f, const Reference& b, int rounding, Use&& use) {
     if (f.half == Half::none && b.half == Half::none) return use.template operator()<Mean::ofOne, Mean::ofOne, 0>(f, b);
