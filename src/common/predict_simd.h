@@ -31,23 +31,22 @@ void averageBlock(const Reference& src, int rounding, const Vek8u* pA, Vek32s aS
     });
 }
 
-// A position's samples as a block of its own. One function for each case, width and distance to the horizontal
-// neighbour, whoever calls it.
-template <int W, int next, Half half, int rounding>
+// A half-sample position's samples (with rounding 0) as a block of its own, W bytes to a row. One function for each
+// case and width, whoever calls it.
+template <int W, Half half>
 [[gnu::noinline]] void copyPosition(const Vek8u* p, std::ptrdiff_t step, int rows, Vek8u* pDst) {
-    Predictor<W, 1, half, rounding, next> source(p, step);
+    Predictor<W, 1, half, 0> source(p, step);
 #pragma GCC unroll 4
     for (; rows > 0; --rows, pDst += W) Tile<W, 1>::store(pDst, W, source.rows());
 }
 
 // A prediction for kernels that do not interpolate while they read: the reference itself at a full-sample position,
-// else a copy. So a kernel with two predictions, or with much work on one, need not exist once for each (pair of)
-// case(s).
-template <int W, int H, int next = 1>
-inline Block<Vek8u> predictedBlock(const Reference& ref, int rounding, Vek8u (&copy)[W * H]) {
+// else a copy. So a kernel with much work on it need not exist once for each case.
+template <int W, int H>
+Block<Vek8u> predictedBlock(const Reference& ref, Vek8u (&copy)[W * H]) {
     if (ref.half == Half::none) return {ref.pixels, ref.step};
-    withCase(ref.half, rounding, [&]<Half half, int round>() {
-        if constexpr (half != Half::none) copyPosition<W, next, half, round>(ref.pixels, ref.step, H, copy);
+    withCase(ref.half, 0, [&]<Half half, int>() {
+        if constexpr (half != Half::none) copyPosition<W, half>(ref.pixels, ref.step, H, copy);
     });
     return {copy, W};
 }

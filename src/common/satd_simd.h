@@ -85,7 +85,7 @@ template <int W, int H>
 template <int W, int H>
 [[gnu::noinline]] Vek32s halfSumAtHalfSample(Block<Vek8u> s, const Reference& ref) {
     alignas(16) Vek8u copy[W * H];
-    return halfSumOfTransforms8x8<W, H>(s, predictedBlock<W, H>(ref, 0, copy));
+    return halfSumOfTransforms8x8<W, H>(s, predictedBlock<W, H>(ref, copy));
 }
 
 template <int W, int H>

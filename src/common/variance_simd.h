@@ -87,7 +87,7 @@ template <int H>
 template <int H>
 [[gnu::noinline]] Moments momentsAtHalfSample(Block<Vek8u> s, const Reference& ref) {
     alignas(16) Vek8u copy[16 * H];
-    return momentsOfDifference16<H>(s, predictedBlock<16, H>(ref, 0, copy));
+    return momentsOfDifference16<H>(s, predictedBlock<16, H>(ref, copy));
 }
 
 template <int W, int H>
