@@ -92,6 +92,19 @@ template <int N>
                                      1, 1, 1, 1, 1, 1, 1, 1, 1, -1, 1, -1, 1, -1, 1, -1);
     return mulAddPairs(loadPairTwice8<u8x32>(low, high), signs);
 }
+// Of 8 rows of 8 samples, rows y and y + 4 in one vector.
+class EightRows {
+  public:
+    explicit EightRows(Block<Vek8u> b) : step_(b.step), even_{b.base} {
+        for (int i = 1; i < 4; ++i) even_[i] = twoRowsOn(even_[i - 1], step_);
+    }
+    [[gnu::always_inline]] i16x16 firstStage(int y) const { return firstStageOf8(row(y), row(y + 4)); }
+
+  private:
+    const Vek8u* row(int y) const { return even_[y / 2] + (y % 2 == 0 ? 0 : step_); }
+    std::ptrdiff_t step_;
+    const Vek8u* even_[4];
+};
 [[gnu::always_inline]] inline i16x16 firstStageOf16(const Vek8u* p) {
     const i8x32 signs = lanes<i8x32>(1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1,  //
                                      1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1);

@@ -40,13 +40,11 @@ template <int W, Half half>
     for (; rows > 0; --rows, pDst += W) Tile<W, 1>::store(pDst, W, source.rows());
 }
 
-// A prediction for kernels that do not interpolate while they read: the reference itself at a full-sample position,
-// else a copy. So a kernel with much work on it need not exist once for each case.
+// For kernels with so much work on a prediction that they need not exist once for each case: its samples in `copy`.
 template <int W, int H>
-Block<Vek8u> predictedBlock(const Reference& ref, Vek8u (&copy)[W * H]) {
-    if (ref.half == Half::none) return {ref.pixels, ref.step};
-    withCase(ref.half, 0, [&]<Half half, int>() {
-        if constexpr (half != Half::none) copyPosition<W, half>(ref.pixels, ref.step, H, copy);
+Block<Vek8u> halfSampleBlock(Block<Vek8u> ref, Half position, Vek8u (&copy)[W * H]) {
+    withCase(position, 0, [&]<Half half, int>() {
+        if constexpr (half != Half::none) copyPosition<W, half>(ref.base, ref.step, H, copy);
     });
     return {copy, W};
 }

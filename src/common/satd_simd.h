@@ -29,9 +29,8 @@ template <int W, int H>
 #if VEKVC_VECTOR256
         if constexpr (W == 8) {
             static_assert(H == 8);
-            return sumOfLanes(halfSumOf4Rows([&](int y) {
-                return firstStageOf8(s.at(0, y), s.at(0, y + 4)) - firstStageOf8(ref.at(0, y), ref.at(0, y + 4));
-            }));
+            const EightRows a(s), b(ref);
+            return sumOfLanes(halfSumOf4Rows([&](int y) { return a.firstStage(y) - b.firstStage(y); }));
         } else {
             i16x16 sum = zero<i16x16>();
 #pragma GCC unroll 2
@@ -57,9 +56,8 @@ template <int W, int H>
 #if VEKVC_VECTOR256
     if constexpr (W == 8) {
         static_assert(H == 8);
-        return sumOfLanes(halfSumOf8RowsIn4([&](int y) {
-            return firstStageOf8(s.at(0, y), s.at(0, y + 4)) - firstStageOf8(ref.at(0, y), ref.at(0, y + 4));
-        }));
+        const EightRows a(s), b(ref);
+        return sumOfLanes(halfSumOf8RowsIn4([&](int y) { return a.firstStage(y) - b.firstStage(y); }));
     } else {
         i32x8 sum = zero<i32x8>();
 #pragma GCC unroll 1
@@ -83,15 +81,15 @@ template <int W, int H>
 }
 
 template <int W, int H>
-[[gnu::noinline]] Vek32s halfSumAtHalfSample(Block<Vek8u> s, const Reference& ref) {
+[[gnu::noinline]] Vek32s halfSumAtHalfSample(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
     alignas(16) Vek8u copy[W * H];
-    return halfSumOfTransforms8x8<W, H>(s, predictedBlock<W, H>(ref, copy));
+    return halfSumOfTransforms8x8<W, H>(s, halfSampleBlock<W, H>(ref, half, copy));
 }
 
 template <int W, int H>
-[[gnu::always_inline]] inline Vek32s satd8x8(Block<Vek8u> s, const Reference& ref) {
-    const Vek32s halfSum = ref.half == Half::none ? halfSumOfTransforms8x8<W, H>(s, {ref.pixels, ref.step})
-                                                  : halfSumAtHalfSample<W, H>(s, ref);
+[[gnu::always_inline]] inline Vek32s satd8x8(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+    const Vek32s halfSum =
+        half == Half::none ? halfSumOfTransforms8x8<W, H>(s, ref) : halfSumAtHalfSample<W, H>(s, ref, half);
     return (halfSum + 1) >> 1;  // (2 * halfSum + 2) >> 2
 }
 

@@ -38,8 +38,8 @@ template <int W, int H>
 VekStatus varMeanDiff(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek32s* pVar, Vek32s* pMean,
                       Vek32s mcType) {
     if (anyNull(pSrc, pRef, pVar, pMean)) return vekStsErrNullPtr;
-    const auto m =
-        kernel::momentsOfDifference<W, H>(Block<Vek8u>(pSrc, srcStep), {pRef, refStep, halfOfMcType(mcType)});
+    const auto m = kernel::momentsOfDifference<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep),
+                                                     halfOfMcType(mcType));
     // The square takes all 32 bits without sign: 256 * 255 squared is 4261478400.
     const Vek32u squareOfSum = magnitude(m.sum) * magnitude(m.sum);
     store(pVar, m.squares - static_cast<Vek32s>(squareOfSum / (W * H)));

@@ -37,11 +37,11 @@ inline Moments moments8x8(Block<Vek16s> s) {
 
 // The same of s - p, p being the reference at its position with rounding 0: 256 * 255 * 255 fits 32 bits.
 template <int W, int H>
-Moments momentsOfDifference(Block<Vek8u> s, const Reference& ref) {
+Moments momentsOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
     Moments m = {0, 0};
     for (int y = 0; y < H; ++y)
         for (int x = 0; x < W; ++x) {
-            const int difference = s(x, y) - samplePosition(ref, 0, x, y);
+            const int difference = s(x, y) - samplePosition(ref, half, 0, 1, x, y);
             m.sum += difference;
             m.squares += difference * difference;
         }

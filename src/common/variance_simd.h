@@ -85,16 +85,15 @@ template <int H>
 }
 
 template <int H>
-[[gnu::noinline]] Moments momentsAtHalfSample(Block<Vek8u> s, const Reference& ref) {
+[[gnu::noinline]] Moments momentsAtHalfSample(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
     alignas(16) Vek8u copy[16 * H];
-    return momentsOfDifference16<H>(s, predictedBlock<16, H>(ref, copy));
+    return momentsOfDifference16<H>(s, halfSampleBlock<16, H>(ref, half, copy));
 }
 
 template <int W, int H>
-[[gnu::always_inline]] inline Moments momentsOfDifference(Block<Vek8u> s, const Reference& ref) {
+[[gnu::always_inline]] inline Moments momentsOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
     static_assert(W == 16);
-    if (ref.half == Half::none) return momentsOfDifference16<H>(s, {ref.pixels, ref.step});
-    return momentsAtHalfSample<H>(s, ref);
+    return half == Half::none ? momentsOfDifference16<H>(s, ref) : momentsAtHalfSample<H>(s, ref, half);
 }
 
 template <int W, int H>

@@ -10,7 +10,8 @@ namespace vekvc::simd {
     u64x2 samples = zero<u64x2>();  // their sum is the first C
     for (int y = 0; y < 8; y += 2) samples += sumAbsDiff(loadPair8<u8x16>(p.at(0, y), p.at(0, y + 1)), zero<u8x16>());
 #if VEKVC_VECTOR256
-    const auto halfSums = halfSumOf8RowsIn4([&](int y) { return firstStageOf8(p.at(0, y), p.at(0, y + 4)); });
+    const EightRows rows(p);
+    const auto halfSums = halfSumOf8RowsIn4([&](int y) { return rows.firstStage(y); });
 #else
     const auto halfSums = halfSumOf8Rows([&](int y) { return firstStageOf8(p.at(0, y)); });
 #endif
