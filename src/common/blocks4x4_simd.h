@@ -20,47 +20,30 @@ template <class V>
     return narrowI16(mulAddPairs(a, ones), mulAddPairs(b, ones));
 }
 
+// A row of a macroblock; with 256 bits, the row 8 below it in the high half.
 #if VEKVC_VECTOR256
-
-// The four rows of blocks, as sum(row) adds up the rows of samples row and row + 8: of the first and third row of
-// blocks, then of the second and fourth.
-template <class PairSums>
-[[gnu::always_inline]] inline void sumMacroblock(void* pSums, PairSums pairs) {
-    const auto fourRows = [&](int y) { return (pairs(y) + pairs(y + 1)) + (pairs(y + 2) + pairs(y + 3)); };
-    store(pSums, sumsOfPairs(fourRows(0), fourRows(4)));
-}
-inline void sadBlocks4x4(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad) {
-    sumMacroblock(pSad, [&](int y) {
-        const auto rows = [&](Block<Vek8u> b) { return loadPair16<u8x32>(b.at(0, y), b.at(0, y + 8)); };
-        return pairSums(absDiff(rows(s), rows(ref)));
-    });
-}
-
+inline u8x32 macroblockRow(Block<Vek8u> b, int y) { return loadPair16<u8x32>(b.at(0, y), b.at(0, y + 8)); }
 #else
-
-// The four rows of blocks, one after the other.
-template <class PairSums>
-[[gnu::always_inline]] inline void sumMacroblock(void* pSums, PairSums pairs) {
-    const auto fourRows = [&](int y) { return (pairs(y) + pairs(y + 1)) + (pairs(y + 2) + pairs(y + 3)); };
-    for (int y = 0; y < 16; y += 8) store(static_cast<Vek16s*>(pSums) + y, sumsOfPairs(fourRows(y), fourRows(y + 4)));
-}
-inline void sadBlocks4x4(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad) {
-    sumMacroblock(pSad, [&](int y) { return pairSums(absDiff(load<u8x16>(s.at(0, y)), load<u8x16>(ref.at(0, y)))); });
-}
-
+inline u8x16 macroblockRow(Block<Vek8u> b, int y) { return load<u8x16>(b.at(0, y)); }
 #endif
+
+// The 16 sums of a macroblock; pairs(y) are the pair sums of its row y.
+template <class Pairs>
+[[gnu::always_inline]] inline void sumMacroblock(void* pSums, Pairs pairs) {
+    constexpr int kRows = VEKVC_VECTOR256 ? 16 : 8;  // that are done at once
+    const auto fourRows = [&](int y) { return (pairs(y) + pairs(y + 1)) + (pairs(y + 2) + pairs(y + 3)); };
+    for (int y = 0; y < 16; y += kRows)
+        store(static_cast<Vek16s*>(pSums) + y, sumsOfPairs(fourRows(y), fourRows(y + 4)));
+}
+
+inline void sadBlocks4x4(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad) {
+    sumMacroblock(pSad, [&](int y) { return pairSums(absDiff(macroblockRow(s, y), macroblockRow(ref, y))); });
+}
 
 template <int W, int H>
 void sumsDiffBlocks4x4(Block<Vek8u> s, Block<Vek8u> ref, Vek16s* pSums) {
     if constexpr (W == 16) {
-        sumMacroblock(pSums, [&](int y) {
-#if VEKVC_VECTOR256
-            const auto rows = [&](Block<Vek8u> b) { return loadPair16<u8x32>(b.at(0, y), b.at(0, y + 8)); };
-#else
-            const auto rows = [&](Block<Vek8u> b) { return load<u8x16>(b.at(0, y)); };
-#endif
-            return pairSums(rows(s)) - pairSums(rows(ref));
-        });
+        sumMacroblock(pSums, [&](int y) { return pairSums(macroblockRow(s, y)) - pairSums(macroblockRow(ref, y)); });
     } else {
         static_assert(W == 8 && H == 8);
         // Rows y and y + 4 in one vector: the blocks in raster order.
