@@ -195,7 +195,8 @@ VEKVC_SIMD_FN void storePair8(void* low, void* high, Vec<T, N> v) {
 template <class V>
 VEKVC_SIMD_INLINE V loadTwice8(const void* p) {
     static_assert(is128<V>);
-    return {_mm_castpd_si128(_mm_loaddup_pd(static_cast<const double*>(p)))};
+    const __m128i low = _mm_loadl_epi64(static_cast<const __m128i*>(p));
+    return {_mm_castpd_si128(_mm_movedup_pd(_mm_castsi128_pd(low)))};
 }
 template <class V>
 VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
