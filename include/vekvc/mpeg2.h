@@ -1,5 +1,6 @@
 /** @file mpeg2.h
- *  MPEG-1 and MPEG-2 video: block decoders and writers, quantization. Streams, code lists and tables are those of vlc.h.
+ *  MPEG-1 and MPEG-2 video: block decoders and writers, quantization. Streams, code lists and tables are those of
+ *  vlc.h.
  */
 #ifndef VEKVC_MPEG2_H
 #define VEKVC_MPEG2_H

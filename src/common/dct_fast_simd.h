@@ -86,7 +86,7 @@ VEKVC_SIMD_INLINE DctRows fastInverse(const Vek16s* src) {
     transpose4x4(r[0], r[1], r[2], r[3]);
     for (int i = 0; i < 2; ++i) {
         lines.at[i][0] = as<FastPairs>(join(lowHalf(r[i]), lowHalf(r[i + 2])));
-        lines.at[i + 2][0] = as<FastPairs>(highHalves(r[i], r[i + 2]));
+        lines.at[i + 2][0] = as<FastPairs>(joinHighHalves(r[i], r[i + 2]));
     }
 #else
     for (int p = 0; p < 2; ++p) {
