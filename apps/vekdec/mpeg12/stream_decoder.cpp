@@ -133,6 +133,8 @@ bool StreamDecoder::beginPicture() {
     if (!haveSequence_) throw BadSyntax("a picture without a sequence header before it");
     if (sequence_.mpeg2 && !newPictureExtended_) throw BadSyntax("a picture without its coding extension");
     if (!sequence_.mpeg2) header_.structure = kFrame;
+    if (sequence_.progressive && header_.structure != kFrame)
+        throw BadSyntax("a field picture in a progressive sequence");  // 6.3.5; its frame may have an odd number of rows
     const bool secondField = current_ != nullptr && header_.structure == kFrame - decodedFields_;
     if (!secondField) finishFrame();
     const PictureType type = header_.type;
