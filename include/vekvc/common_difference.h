@@ -22,7 +22,7 @@ extern "C" {
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half; other
  *  bits are ignored
  *  @param roundControl the rounding, in bit 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDiff16x16_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                             Vek16s* pDst, Vek32s dstStep, Vek32s mcType, Vek32s roundControl);
@@ -41,7 +41,7 @@ VEKVC_API VekStatus vekiDiff8x4_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, con
  *  @param pSrc, srcStep the source block
  *  @param pRef, refStep the reference block
  *  @param pDst, dstStep the difference; the step counts bytes
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDiff4x4_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                           Vek16s* pDst, Vek32s dstStep);
@@ -63,7 +63,7 @@ VEKVC_API VekStatus vekiDiff8x8_16u16s_C1R(const Vek16u* pSrc, Vek32s srcStep, c
  *  @param pRefB, refStepB, mcTypeB the backward reference and its case, likewise
  *  @param pDst, dstStep the difference; the step counts bytes
  *  @param roundControl the rounding of both predictions, in bit 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDiff16x16B_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRefF, Vek32s refStepF,
                                              Vek32s mcTypeF, const Vek8u* pRefB, Vek32s refStepB, Vek32s mcTypeB,
@@ -91,7 +91,7 @@ VEKVC_API VekStatus vekiDiff8x4B_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, co
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half; other
  *  bits are ignored
  *  @param roundControl the rounding, in bit 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDiff8x8_8u16s_C2P2R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                             Vek16s* pDstU, Vek16s* pDstV, Vek32s dstStep, Vek32s mcType,
@@ -112,7 +112,7 @@ VEKVC_API VekStatus vekiDiff8x8_8u16s_C2P2R(const Vek8u* pSrc, Vek32s srcStep, c
  *  @param pDstU, pDstV the differences of the samples in the even and odd bytes, 8 values a row each
  *  @param dstStep the step of both, in bytes
  *  @param roundControl the rounding of both predictions, in bit 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDiff8x8B_8u16s_C2P2R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRefF, Vek32s refStepF,
                                              Vek32s mcTypeF, const Vek8u* pRefB, Vek32s refStepB, Vek32s mcTypeB,

@@ -20,7 +20,7 @@ extern "C" {
  *  @param[out] pResult the sum
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
  *  with rounding 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSAD16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                        Vek32s* pResult, Vek32s mcType);
@@ -43,7 +43,7 @@ VEKVC_API VekStatus vekiSAD4x4_16u32s_C1R(const Vek16u* pSrc, Vek32s srcStep, co
  *  @param pSrc, srcStep the source block
  *  @param pRef, refStep the reference block
  *  @param[out] pResult the sum
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSAD4x4_8u32s(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                      Vek32s* pResult);
@@ -67,8 +67,7 @@ VEKVC_API VekStatus vekiSAD8x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, con
  *  @param[out] pResultV the sum of the odd bytes
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
  *  with rounding 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrStep a step is below 1
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrStep if a step is below 1
  */
 VEKVC_API VekStatus vekiSAD8x8_8u32s_C2R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                          Vek32s* pResultU, Vek32s* pResultV, Vek32s mcType);
@@ -83,7 +82,7 @@ VEKVC_API VekStatus vekiSAD8x8_8u32s_C2R(const Vek8u* pSrc, Vek32s srcStep, cons
  *  @param[out] pResult the sum
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
  *  with rounding 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSSD8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                          Vek32s* pResult, Vek32s mcType);
@@ -100,8 +99,7 @@ VEKVC_API VekStatus vekiSSD4x4_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, cons
  *  count rounded down to a multiple of 8
  *  @param[out] pDstSAD pDstSAD[i] receives the sum at pRef + i, for i below the rounded count
  *  @param count the number of positions, at least 8; rounded down to a multiple of 8
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrSize count is below 8
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrSize if count is below 8
  */
 VEKVC_API VekStatus vekiSAD4x4xN_8u16u_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                            Vek16u* pDstSAD, Vek32s count);
@@ -121,8 +119,7 @@ VEKVC_API VekStatus vekiSAD16x16xN_8u16u_C1R(const Vek8u* pSrc, Vek32s srcStep, 
  *  @param[out] pDstSAD pDstSAD[i] receives the sum at pRef + i, for i below the rounded count
  *  @param count the number of positions, at least 8; rounded down to a multiple of 8
  *  @param[out] pMinIndex the index of the smallest sum, the lowest one among equals
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrSize count is below 8
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrSize if count is below 8
  */
 VEKVC_API VekStatus vekiSAD4x4xNI_8u16u_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                             Vek16u* pDstSAD, Vek32s count, Vek32u* pMinIndex);
@@ -140,7 +137,7 @@ VEKVC_API VekStatus vekiSAD16x16xNI_8u16u_C1R(const Vek8u* pSrc, Vek32s srcStep,
  *  @param pSrc, srcStep the source block, 16x16
  *  @param pRef, refStep the reference block, 16x16
  *  @param[out] pSAD 16 sums: entry 4 * row + column of the 4x4 block
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSAD16x16Blocks4x4_8u16u_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef,
                                                     Vek32s refStep, Vek16u* pSAD);
@@ -154,7 +151,7 @@ VEKVC_API VekStatus vekiSAD16x16Blocks4x4_8u16u_C1R(const Vek8u* pSrc, Vek32s sr
  *  @param pSrc, srcStep the source block
  *  @param pRef, refStep the reference block
  *  @param[out] pSums one sum per 4x4 block, in raster order: 4 of 8x8 samples, 16 of 16x16
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSumsDiff8x8Blocks4x4_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef,
                                                        Vek32s refStep, Vek16s* pSums);
@@ -170,7 +167,7 @@ VEKVC_API VekStatus vekiSumsDiff16x16Blocks4x4_8u16s_C1R(const Vek8u* pSrc, Vek3
  *  @param pSrc, srcStep the source block
  *  @param pRef, refStep the reference block
  *  @param[out] pResult the sum
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSATD4x4_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                           Vek32s* pResult);
@@ -197,7 +194,7 @@ VEKVC_API VekStatus vekiSATD16x16_16u32s_C1R(const Vek16u* pSrc, Vek32s srcStep,
  *  @param[out] pResult the sum
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
  *  with rounding 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSATD8x8T8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                             Vek32s* pResult, Vek32s mcType);
@@ -216,7 +213,7 @@ VEKVC_API VekStatus vekiSATD16x16T8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep,
  *  @param pSrc, srcStep the macroblock, of the picture or of the residual; the step counts bytes
  *  @param[out] pFrame the sum in frame order
  *  @param[out] pField the sum in field order
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSADFrameField16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pFrame, Vek32s* pField);
 VEKVC_API VekStatus vekiSADFrameField16x16_16s32s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek32s* pFrame,

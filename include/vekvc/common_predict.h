@@ -29,7 +29,7 @@ extern "C" {
 /** Copies a block.
  *  @param pSrc, srcStep the block to copy
  *  @param pDst, dstStep the copy
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiCopy8x8_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep);
 VEKVC_API VekStatus vekiCopy16x16_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep);
@@ -44,7 +44,7 @@ VEKVC_API VekStatus vekiCopy16x16_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8
  *  @param acc the case, in bits 0 and 1: 0 full sample, 1 horizontal half, 2 vertical half, 3 diagonal half. (mcType of
  *  the other functions orders the cases differently.) Other bits are ignored.
  *  @param rounding the rounding, in bit 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiCopy16x16HP_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s acc,
                                            Vek32s rounding);
@@ -63,7 +63,7 @@ VEKVC_API VekStatus vekiCopy8x4HP_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8
  *  @param pSrc1, src1Step the first block
  *  @param pSrc2, src2Step the second block
  *  @param pDst, dstStep the result
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiAverage8x8_8u_C1R(const Vek8u* pSrc1, Vek32s src1Step, const Vek8u* pSrc2, Vek32s src2Step,
                                           Vek8u* pDst, Vek32s dstStep);
@@ -77,7 +77,7 @@ VEKVC_API VekStatus vekiAverage16x16_8u_C1R(const Vek8u* pSrc1, Vek32s src1Step,
 /** Averages a block into another: pSrcDst = (pSrcDst + pSrc + 1) >> 1.
  *  @param pSrc, srcStep the block to average in
  *  @param pSrcDst, srcDstStep the other block, and the result
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiAverage8x8_8u_C1IR(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pSrcDst, Vek32s srcDstStep);
 VEKVC_API VekStatus vekiAverage16x16_8u_C1IR(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pSrcDst, Vek32s srcDstStep);
@@ -92,7 +92,7 @@ VEKVC_API VekStatus vekiAverage16x16_8u_C1IR(const Vek8u* pSrc, Vek32s srcStep, 
  *  @param pSrcDst, srcDstStep the other block, and the result
  *  @param acc the case, in bits 0 and 1: 0 full sample, 1 horizontal half, 2 vertical half, 3 diagonal half
  *  @param rounding the rounding of p, in bit 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiInterpolateAverage16x16_8u_C1IR(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pSrcDst,
                                                         Vek32s srcDstStep, Vek32s acc, Vek32s rounding);
@@ -117,7 +117,7 @@ VEKVC_API VekStatus vekiInterpolateAverage8x4_8u_C1IR(const Vek8u* pSrc, Vek32s 
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half; other
  *  bits are ignored
  *  @param roundControl the rounding, in bit 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiMC16x16_8u_C1(const Vek8u* pSrcRef, Vek32s srcStep, const Vek16s* pSrcYData,
                                       Vek32s srcYDataStep, Vek8u* pDst, Vek32s dstStep, Vek32s mcType,
@@ -162,7 +162,7 @@ VEKVC_API VekStatus vekiMC16x8UV_8u_C1(const Vek8u* pSrcRef, Vek32s srcStep, con
  *  @param pSrcYData, srcYDataStep the residual
  *  @param pDst, dstStep the result
  *  @param roundControl the rounding of both predictions, in bit 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiMC16x16B_8u_C1(const Vek8u* pSrcRefF, Vek32s srcStepF, Vek32s mcTypeF, const Vek8u* pSrcRefB,
                                        Vek32s srcStepB, Vek32s mcTypeB, const Vek16s* pSrcYData, Vek32s srcYDataStep,
@@ -215,7 +215,7 @@ VEKVC_API VekStatus vekiMC16x8BUV_8u_C1(const Vek8u* pSrcRefF, Vek32s srcStepF, 
  *  @param pDst, dstStep the result
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half
  *  @param roundControl the rounding, in bit 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiMC8x8_16s8u_P2C2R(const Vek8u* pSrcRef, Vek32s srcStep, const Vek16s* pSrcU,
                                           const Vek16s* pSrcV, Vek32s srcUVStep, Vek8u* pDst, Vek32s dstStep,
@@ -239,7 +239,7 @@ VEKVC_API VekStatus vekiMC8x4_16s8u_P2C2R(const Vek8u* pSrcRef, Vek32s srcStep, 
  *  @param srcUVStep the step of both residuals
  *  @param pDst, dstStep the result
  *  @param roundControl the rounding of both predictions, in bit 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiMC8x8B_16s8u_P2C2R(const Vek8u* pSrcRefF, Vek32s srcStepF, Vek32s mcTypeF,
                                            const Vek8u* pSrcRefB, Vek32s srcStepB, Vek32s mcTypeB, const Vek16s* pSrcU,
@@ -258,7 +258,7 @@ VEKVC_API VekStatus vekiMC8x4B_16s8u_P2C2R(const Vek8u* pSrcRefF, Vek32s srcStep
  *  clipped.
  *  @param pSrc, srcStep the residual
  *  @param pSrcDst, srcDstStep the block
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiAdd8x8_16s8u_C1IRS(const Vek16s* pSrc, Vek32s srcStep, Vek8u* pSrcDst, Vek32s srcDstStep);
 /** @} */
@@ -273,7 +273,7 @@ VEKVC_API VekStatus vekiAdd8x8_16s8u_C1IRS(const Vek16s* pSrc, Vek32s srcStep, V
  *  @param pDst, dstStep the result
  *  @param acc the case, in bits 0 and 1: 0 full sample, 1 horizontal half, 2 vertical half, 3 diagonal half
  *  @param rounding the rounding, in bit 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiAdd8x8HP_16s8u_C1RS(const Vek16s* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                             Vek8u* pDst, Vek32s dstStep, Vek32s acc, Vek32s rounding);
@@ -286,7 +286,7 @@ VEKVC_API VekStatus vekiAdd8x8HP_16s8u_C1RS(const Vek16s* pSrc, Vek32s srcStep, 
  *  0..255: 100 plus 32700 stores 0.
  *  @param value the constant
  *  @param pSrcDst, srcDstStep the block
- *  @retval vekStsErrNullPtr the pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if the pointer is null
  */
 VEKVC_API VekStatus vekiAddC8x8_16s8u_C1IR(Vek16s value, Vek8u* pSrcDst, Vek32s srcDstStep);
 /** @} */

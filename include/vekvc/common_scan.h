@@ -21,8 +21,7 @@ extern "C" {
  *  @param countNonZero the number of non-zero coefficients, 1 to 64
  *  @param scan the scan: 1 the alternate scan (ISO 13818-2 figure 7-3), 2 the alternate horizontal scan (ISO 14496-2),
  *  any other value the zigzag scan (ISO 13818-2 figure 7-2)
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrOutOfRange countNonZero is outside 1..64
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrOutOfRange if countNonZero is outside 1..64
  */
 VEKVC_API VekStatus vekiScanFwd_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s countNonZero, Vek32s scan);
 /** @} */
@@ -37,8 +36,7 @@ VEKVC_API VekStatus vekiScanFwd_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s 
  *  @param indxLastNonZero the scan position of the last coefficient, 0 to 63
  *  @param scan the scan: 1 the alternate scan (ISO 13818-2 figure 7-3), 2 the alternate horizontal scan (ISO 14496-2),
  *  any other value the zigzag scan (ISO 13818-2 figure 7-2)
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrOutOfRange indxLastNonZero is outside 0..63
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrOutOfRange if indxLastNonZero is outside 0..63
  */
 VEKVC_API VekStatus vekiScanInv_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s indxLastNonZero, Vek32s scan);
 /** @} */
@@ -49,7 +47,7 @@ VEKVC_API VekStatus vekiScanInv_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s 
 /** Counts the zeros of an 8x8 block.
  *  @param pSrc 64 coefficients
  *  @param[out] pCount the number of coefficients that are 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiCountZeros8x8_16s_C1(const Vek16s* pSrc, Vek32u* pCount);
 /** @} */

@@ -18,11 +18,9 @@ extern "C" {
  *  @param pSrc, srcStep the source region; the step must be at least the width
  *  @param pDst, dstStep the result; the step must be at least the width; must not overlap the source
  *  @param roiSize the region, width and height at least 1
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrStep a step is below the width
- *  @retval vekStsErrSize width or height is below 1
- *  @retval vekStsErrUnsupported the region has fewer than 3 rows
- *  @retval vekStsErrMemAlloc there is no memory for the intermediate rows; nothing is written
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrStep if a step is below the width;
+ *          vekStsErrSize if width or height is below 1; vekStsErrUnsupported if the region has fewer than 3 rows;
+ *          vekStsErrMemAlloc if there is no memory for the intermediate rows; nothing is written
  */
 VEKVC_API VekStatus vekiFilterDenoiseSmooth_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                    VekiSize roiSize);

@@ -18,7 +18,7 @@ extern "C" {
  *  @param pSrc, srcStep the block
  *  @param[out] pVar v, the fraction dropped
  *  @param[out] pMean S: the sum of the samples, not divided by 64
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiVarMean8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean);
 VEKVC_API VekStatus vekiVarSum8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean);
@@ -33,7 +33,7 @@ VEKVC_API VekStatus vekiVarSum8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, V
  *  @param pSrc, srcStep the block; the step counts bytes
  *  @param[out] pVar v, the fraction dropped
  *  @param[out] pMean S: the sum of the samples, not divided by 64
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiVarMean8x8_16s32s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean);
 VEKVC_API VekStatus vekiVarSum8x8_16s32s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean);
@@ -47,7 +47,7 @@ VEKVC_API VekStatus vekiVarSum8x8_16s32s_C1R(const Vek16s* pSrc, Vek32s srcStep,
  *  above 46340 it is wrong in a fixed way that callers rely on.
  *  @param pSrc, srcStep the block
  *  @param[out] pVar Q - T
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiVariance16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar);
 /** @} */
@@ -59,7 +59,7 @@ VEKVC_API VekStatus vekiVariance16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, V
  *  compares with a sum of absolute differences.
  *  @param pSrc, srcStep the block
  *  @param[out] pDev the sum
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiMeanAbsDev8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pDev);
 VEKVC_API VekStatus vekiMeanAbsDev16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pDev);
@@ -77,7 +77,7 @@ VEKVC_API VekStatus vekiMeanAbsDev16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcS
  *  @param[out] pMean S: the sum of the differences, not divided by N
  *  @param mcType the case, in bits 3 and 2: 0 full sample, 4 vertical half, 8 horizontal half, 12 diagonal half, always
  *  with rounding 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiVarMeanDiff16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                                    Vek32s* pVar, Vek32s* pMean, Vek32s mcType);
@@ -94,7 +94,7 @@ VEKVC_API VekStatus vekiVarMeanDiff16x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcS
  *  @param edgeLevel the difference that is no edge yet; any value
  *  @param edgeCount the number of pairs that make an edge; any value
  *  @param[out] pIsEdge 1 if at least edgeCount pairs were counted, else 0
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiEdgeDetect16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s edgeLevel, Vek32s edgeCount,
                                                   Vek32s* pIsEdge);

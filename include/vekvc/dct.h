@@ -34,27 +34,27 @@ extern "C" {
 /** Forward DCT of 64 contiguous values.
  *  @param pSrc the 8 rows of 8 values
  *  @param pDst receives the 64 coefficients; may be pSrc
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8Fwd_16s_C1(const Vek16s* pSrc, Vek16s* pDst);
 
 /** Forward DCT in place.
  *  @param pSrcDst the 8 rows of 8 values, replaced by the coefficients
- *  @retval vekStsErrNullPtr the pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if the pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8Fwd_16s_C1I(Vek16s* pSrcDst);
 
 /** Forward DCT of a block within a larger residual; twice the residual's step takes the rows of one field.
  *  @param pSrc, srcStep the values
  *  @param pDst receives the 64 coefficients; may be pSrc if srcStep is 16
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8Fwd_16s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pDst);
 
 /** Forward DCT of picture samples, without level shift: the DC coefficient is 8 times the mean.
  *  @param pSrc, srcStep the samples
  *  @param pDst receives the 64 coefficients
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8Fwd_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek16s* pDst);
 /** @} */
@@ -65,27 +65,27 @@ VEKVC_API VekStatus vekiDCT8x8Fwd_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, V
 /** Inverse DCT to 64 contiguous values.
  *  @param pSrc the 64 coefficients
  *  @param pDst receives the 8 rows of 8 values; may be pSrc
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8Inv_16s_C1(const Vek16s* pSrc, Vek16s* pDst);
 
 /** Inverse DCT in place.
  *  @param pSrcDst the 64 coefficients, replaced by the 8 rows of 8 values
- *  @retval vekStsErrNullPtr the pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if the pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8Inv_16s_C1I(Vek16s* pSrcDst);
 
 /** Inverse DCT to a residual with a step of its own, as the vekiMC functions take it.
  *  @param pSrc the 64 coefficients
  *  @param pDst, dstStep the residual; may be pSrc if dstStep is 16
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8Inv_16s_C1R(const Vek16s* pSrc, Vek16s* pDst, Vek32s dstStep);
 
 /** Inverse DCT to picture samples: each result limited to 0..255, an intra block.
  *  @param pSrc the 64 coefficients
  *  @param pDst, dstStep the samples
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8Inv_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
 
@@ -93,7 +93,7 @@ VEKVC_API VekStatus vekiDCT8x8Inv_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst, Vek
  *  not 0, vekiAddC8x8_16s8u_C1IR with (F(0, 0) + 4) >> 3 does the same.
  *  @param pSrc the 64 coefficients
  *  @param pSrcDst, srcDstStep the prediction, replaced by the samples
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8InvAdd_16s8u_C1IR(const Vek16s* pSrc, Vek8u* pSrcDst, Vek32s srcDstStep);
 /** @} */
@@ -104,7 +104,7 @@ VEKVC_API VekStatus vekiDCT8x8InvAdd_16s8u_C1IR(const Vek16s* pSrc, Vek8u* pSrcD
 /** Inverse DCT, in place, of a block of which only the 4x4 or 2x2 coefficients of lowest frequency may differ from 0. The
  *  others are taken as 0 and not read. Beware of MPEG-2: mismatch control may have set F(7, 7).
  *  @param pSrcDst the block of coefficients, of which the corner alone is read; all 64 values are written
- *  @retval vekStsErrNullPtr the pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if the pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8InvNZ4x4_16s_C1I(Vek16s* pSrcDst);
 VEKVC_API VekStatus vekiDCT8x8InvNZ2x2_16s_C1I(Vek16s* pSrcDst);
@@ -116,7 +116,7 @@ VEKVC_API VekStatus vekiDCT8x8InvNZ2x2_16s_C1I(Vek16s* pSrcDst);
 /** The same to picture samples, each result limited to 0..255.
  *  @param pSrc the block of coefficients, of which the 4x4 or 2x2 corner alone is read
  *  @param pDst, dstStep the samples
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8InvNZ4x4_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
 VEKVC_API VekStatus vekiDCT8x8InvNZ2x2_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
@@ -128,7 +128,7 @@ VEKVC_API VekStatus vekiDCT8x8InvNZ2x2_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst
 /** The same added to the prediction, each sum limited to 0..255.
  *  @param pSrc the block of coefficients, of which the 4x4 or 2x2 corner alone is read
  *  @param pSrcDst, srcDstStep the prediction, replaced by the samples
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiDCT8x8InvAddNZ4x4_16s8u_C1IR(const Vek16s* pSrc, Vek8u* pSrcDst, Vek32s srcDstStep);
 VEKVC_API VekStatus vekiDCT8x8InvAddNZ2x2_16s8u_C1IR(const Vek16s* pSrc, Vek8u* pSrcDst, Vek32s srcDstStep);
@@ -144,16 +144,14 @@ VEKVC_API VekStatus vekiDCT8x8InvAddNZ2x2_16s8u_C1IR(const Vek16s* pSrc, Vek8u* 
 /** Fast inverse DCT to a residual.
  *  @param pSrc the 64 coefficients, transposed: F(v, u) at 8 * u + v
  *  @param pDst, dstStep the residual; the step at least 16
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrStep dstStep is less than 16
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrStep if dstStep is less than 16
  */
 VEKVC_API VekStatus vekiDCT8x8Inv_AANTransposed_16s_C1R(const Vek16s* pSrc, Vek16s* pDst, Vek32s dstStep);
 
 /** Fast inverse DCT to picture samples, each limited to 0..255.
  *  @param pSrc the 64 coefficients, transposed: F(v, u) at 8 * u + v
  *  @param pDst, dstStep the samples; the step at least 8
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrStep dstStep is less than 8
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrStep if dstStep is less than 8
  */
 VEKVC_API VekStatus vekiDCT8x8Inv_AANTransposed_16s8u_C1R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
 
@@ -161,8 +159,7 @@ VEKVC_API VekStatus vekiDCT8x8Inv_AANTransposed_16s8u_C1R(const Vek16s* pSrc, Ve
  *  @param pSrcU the 64 coefficients of the even bytes, transposed: F(v, u) at 8 * u + v
  *  @param pSrcV the same of the odd bytes
  *  @param pDst, dstStep 8 rows of 8 pairs of samples; the step at least 16
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrStep dstStep is less than 16
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrStep if dstStep is less than 16
  */
 VEKVC_API VekStatus vekiDCT8x8Inv_AANTransposed_16s8u_P2C2R(const Vek16s* pSrcU, const Vek16s* pSrcV, Vek8u* pDst,
                                                             Vek32s dstStep);

@@ -28,7 +28,7 @@ extern "C" {
  *  @param pSrcDst, srcDstStep the coefficients, replaced by the residual
  *  @param sizeNZ the leading columns (width) and rows (height) outside which all coefficients are 0; any value is
  *         accepted
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiTransform8x8Inv_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize sizeNZ);
 VEKVC_API VekStatus vekiTransform8x4Inv_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize sizeNZ);
@@ -50,7 +50,7 @@ VEKVC_API VekStatus vekiTransform4x4Inv_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s src
  *  @param pDst, dstStep the residual; may be the source, with the same step
  *  @param sizeNZ the leading columns (width) and rows (height) outside which all coefficients are 0; any value is
  *         accepted
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiTransform8x8Inv_VC1_16s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pDst, Vek32s dstStep,
                                                     VekiSize sizeNZ);
@@ -72,7 +72,7 @@ VEKVC_API VekStatus vekiTransform4x4Inv_VC1_16s_C1R(const Vek16s* pSrc, Vek32s s
  *  19 for H = 4. The basis for 8: k0 and k4 21845; k1, k3, k5, k7 29026, 27212, 16327, 7257; k2, k6 28728, 10773; for
  *  4: k0 and k2 15420; k1, k3 19751, 8978; signs and order are the inverse's.
  *  @param pSrcDst, srcDstStep the samples, replaced by the coefficients
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiTransform8x8Fwd_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep);
 VEKVC_API VekStatus vekiTransform8x4Fwd_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep);
@@ -91,7 +91,7 @@ VEKVC_API VekStatus vekiTransform4x4Fwd_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s src
  *  4: k0 and k2 15420; k1, k3 19751, 8978; signs and order are the inverse's.
  *  @param pSrc, srcStep the samples
  *  @param pDst, dstStep the coefficients; may be the source, with the same step
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiTransform8x8Fwd_VC1_16s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pDst, Vek32s dstStep);
 VEKVC_API VekStatus vekiTransform8x4Fwd_VC1_16s_C1R(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pDst, Vek32s dstStep);
@@ -142,7 +142,7 @@ typedef struct {
  *  it lies inside roiSize is written.
  *  One row (column) before the block and two behind it are read, only in directions with a non-zero fraction.
  *  @param pParam the record
- *  @retval vekStsErrNullPtr pParam, its pSrc or its pDst is null
+ *  @return vekStsOk; vekStsErrNullPtr if pParam, its pSrc or its pDst is null
  */
 VEKVC_API VekStatus vekiInterpolateQPBicubic_VC1_8u_C1R(const VekVC1InterpolationParams* pParam);
 /** @} */
@@ -156,7 +156,7 @@ VEKVC_API VekStatus vekiInterpolateQPBicubic_VC1_8u_C1R(const VekVC1Interpolatio
  *  lies inside roiSize is written. One row (column) behind the block is read, only in directions with a non-zero
  *  fraction.
  *  @param pParam the record
- *  @retval vekStsErrNullPtr pParam, its pSrc or its pDst is null
+ *  @return vekStsOk; vekStsErrNullPtr if pParam, its pSrc or its pDst is null
  */
 VEKVC_API VekStatus vekiInterpolateQPBilinear_VC1_8u_C1R(const VekVC1InterpolationParams* pParam);
 /** @} */
@@ -170,7 +170,7 @@ VEKVC_API VekStatus vekiInterpolateQPBilinear_VC1_8u_C1R(const VekVC1Interpolati
  *  8x8 pairs for 8x8, 8x4 for a width of 8 and any other height, else 4x4; what of it lies inside roiSize is written.
  *  One row (pair) behind the block is read, only in directions with a non-zero fraction.
  *  @param pParam the record
- *  @retval vekStsErrNullPtr pParam, its pSrc or its pDst is null
+ *  @return vekStsOk; vekStsErrNullPtr if pParam, its pSrc or its pDst is null
  */
 VEKVC_API VekStatus vekiInterpolateQPBilinear_VC1_8u_C2R(const VekVC1InterpolationParams* pParam);
 /** @} */
@@ -183,7 +183,7 @@ VEKVC_API VekStatus vekiInterpolateQPBilinear_VC1_8u_C2R(const VekVC1Interpolati
  *  row, with isReferInterlaced the nearest one of their own parity; columns take the nearest column. Only samples of
  *  the frame are read; with an empty frame nothing is done. Block sizes as for the function without padding.
  *  @param pParam the record
- *  @retval vekStsErrNullPtr pParam, its pSrc or its pDst is null
+ *  @return vekStsOk; vekStsErrNullPtr if pParam, its pSrc or its pDst is null
  */
 VEKVC_API VekStatus vekiInterpolateICBicubicBlock_VC1_8u_C1R(const VekVC1InterpolationBlockParams* pParam);
 VEKVC_API VekStatus vekiInterpolateICBilinearBlock_VC1_8u_C1R(const VekVC1InterpolationBlockParams* pParam);
@@ -200,7 +200,7 @@ VEKVC_API VekStatus vekiInterpolateICBilinearBlock_VC1_8u_C2R(const VekVC1Interp
  *  @param pQuant PQUANT; compared as it is
  *  @param srcDstStep the step
  *  @param edgeDisableFlag bit k set: pixels 4k to 4k + 3 along the edge are neither read nor written, k = 0 to 3
- *  @retval vekStsErrNullPtr the pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if the pointer is null
  */
 VEKVC_API VekStatus vekiFilterDeblockingLuma_HorEdge_VC1_8u_C1IR(Vek8u* pSrcDst, Vek32s pQuant, Vek32s srcDstStep,
                                                                  Vek32s edgeDisableFlag);
@@ -219,7 +219,7 @@ VEKVC_API VekStatus vekiFilterDeblockingLuma_VerEdge_VC1_8u_C1IR(Vek8u* pSrcDst,
  *  @param srcDstStep the step
  *  @param edgeDisableFlag bit 1 set: pixels 0 to 3 along the edge are neither read nor written; bit 2: pixels 4 to 7.
  *         Bit 0 is ignored, unlike luma's.
- *  @retval vekStsErrNullPtr the pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if the pointer is null
  */
 VEKVC_API VekStatus vekiFilterDeblockingChroma_HorEdge_VC1_8u_C1IR(Vek8u* pSrcDst, Vek32s pQuant, Vek32s srcDstStep,
                                                                    Vek32s edgeDisableFlag);
@@ -238,7 +238,7 @@ VEKVC_API VekStatus vekiFilterDeblockingChroma_VerEdge_VC1_8u_C1IR(Vek8u* pSrcDs
  *  @param srcDstStep the step
  *  @param edgeDisableFlagU bit 1 set: pairs 0 to 3 of the even bytes keep their values; bit 2: pairs 4 to 7
  *  @param edgeDisableFlagV the same for the odd bytes; what is disabled in both is neither read nor written
- *  @retval vekStsErrNullPtr the pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if the pointer is null
  */
 VEKVC_API VekStatus vekiFilterDeblockingChroma_HorEdge_VC1_8u_C2IR(Vek8u* pSrcDst, Vek32s pQuant, Vek32s srcDstStep,
                                                                    Vek32s edgeDisableFlagU, Vek32s edgeDisableFlagV);
@@ -259,7 +259,7 @@ VEKVC_API VekStatus vekiFilterDeblockingChroma_VerEdge_VC1_8u_C2IR(Vek8u* pSrcDs
  *  @param pDst, dstStep the lower block's first row in the picture
  *  @param edgeSmoothFlag bit 0 or 1: columns 0 to 7 are smoothed; bit 2 or 3: columns 8 to 15. What is not smoothed is
  *         neither read nor written.
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSmoothingLuma_HorEdge_VC1_16s8u_C1R(const Vek16s* pSrcUpper, Vek32s srcUpperStep,
                                                             const Vek16s* pSrcBottom, Vek32s srcBottomStep, Vek8u* pDst,
@@ -282,7 +282,7 @@ VEKVC_API VekStatus vekiSmoothingLuma_HorEdge_VC1_16s8u_C1R(const Vek16s* pSrcUp
  *         smoothed, even picture rows with r0 = 4, odd ones with r0 = 3. With other values nothing is done.
  *  @param edgeSmoothFlag 0: nothing is done. With fieldNeighbourFlag 0: bit 0 or 1: rows 0 to 7 are smoothed; bit 2 or
  *         3: rows 8 to 15. What is not smoothed is neither read nor written.
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSmoothingLuma_VerEdge_VC1_16s8u_C1R(const Vek16s* pSrcLeft, Vek32s srcLeftStep,
                                                             const Vek16s* pSrcRight, Vek32s srcRightStep, Vek8u* pDst,
@@ -296,7 +296,7 @@ VEKVC_API VekStatus vekiSmoothingLuma_VerEdge_VC1_16s8u_C1R(const Vek16s* pSrcLe
 /** As luma, along 8 pixels, always smoothed: a horizontal edge by columns, a vertical edge by rows.
  *  The first source is the second-last row (column) before the edge, the second source the first one behind it.
  *  @param pDst, dstStep the first row (column) behind the edge in the picture
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSmoothingChroma_HorEdge_VC1_16s8u_C1R(const Vek16s* pSrcUpper, Vek32s srcUpperStep,
                                                               const Vek16s* pSrcBottom, Vek32s srcBottomStep,
@@ -312,7 +312,7 @@ VEKVC_API VekStatus vekiSmoothingChroma_VerEdge_VC1_16s8u_C1R(const Vek16s* pSrc
 /** As the form of one plane, for two planes of values whose results are interleaved: U in the even bytes, V in the odd
  *  ones.
  *  @param pDst, dstStep the first row (pair) behind the edge in the picture
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSmoothingChroma_HorEdge_VC1_16s8u_P2C2R(const Vek16s* pSrcUpperU, Vek32s srcUpperUStep,
                                                                 const Vek16s* pSrcBottomU, Vek32s srcBottomUStep,
@@ -334,8 +334,7 @@ VEKVC_API VekStatus vekiSmoothingChroma_VerEdge_VC1_16s8u_P2C2R(const Vek16s* pS
  *  @param pDst, dstStep the result; may be the source
  *  @param roiSize the region; nothing is done if its width or height is below 1
  *  @param rangeMapValue RANGE_MAPY or RANGE_MAPUV, 0 to 7
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrOutOfRange rangeMapValue is outside 0..7
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrOutOfRange if rangeMapValue is outside 0..7
  */
 VEKVC_API VekStatus vekiRangeMapping_VC1_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                 VekiSize roiSize, Vek32s rangeMapValue);
@@ -353,9 +352,8 @@ VEKVC_API VekStatus vekiRangeMapping_VC1_8u_C1R(const Vek8u* pSrc, Vek32s srcSte
  *  that a caller passes the corner that holds all levels other than 0
  *  @param quant the macroblock's quantizer scale (MQUANT), 1 to 31
  *  @param halfStep the half step (HALFQP), in bit 0; other bits are ignored
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrSize the width is not 4 or 8, or the height is outside 1..8
- *  @retval vekStsErrOutOfRange quant is outside 1..31
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrSize if the width is not 4 or 8, or the height
+ *          is outside 1..8; vekStsErrOutOfRange if quant is outside 1..31
  */
 VEKVC_API VekStatus vekiQuantInvIntraUniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
                                                           Vek32s quant, Vek32s halfStep);
@@ -382,9 +380,8 @@ VEKVC_API VekStatus vekiQuantInvInterNonuniform_VC1_16s_C1IR(Vek16s* pSrcDst, Ve
  *  @param offset what is added before the division, 0 to d - 1: d / 2 rounds to the nearest value, less widens the dead
  *  zone (often d / 3 for intra blocks, d / 6 for inter blocks)
  *  @param[out] pCount the number of levels other than 0, in the Intra forms without the DC
- *  @retval vekStsErrNullPtr a pointer is null
- *  @retval vekStsErrSize the width is not 4 or 8, or the height is outside 1..8
- *  @retval vekStsErrOutOfRange quant is outside 1..31, or offset outside 0..d - 1
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null; vekStsErrSize if the width is not 4 or 8, or the height
+ *          is outside 1..8; vekStsErrOutOfRange if quant is outside 1..31, or offset outside 0..d - 1
  */
 VEKVC_API VekStatus vekiQuantIntraUniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
                                                        Vek32s quant, Vek32s halfStep, Vek32s offset, Vek32s* pCount);
@@ -403,7 +400,7 @@ VEKVC_API VekStatus vekiQuantInterNonuniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32
  *  H^T| other than the first, (R + 2) >> 2. The scale is that of vekiSATD8x8T8_8u32s_C1R.
  *  @param pSrc, srcStep the block
  *  @param[out] pSum the sum, at most 16192
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiHadamard8x8Sum_VC1_8u16s(const Vek8u* pSrc, Vek32s srcStep, Vek16s* pSum);
 /** @} */
@@ -416,7 +413,7 @@ VEKVC_API VekStatus vekiHadamard8x8Sum_VC1_8u16s(const Vek8u* pSrc, Vek32s srcSt
  *  511.
  *  @param pSrc, srcStep the block; the step counts bytes
  *  @param[out] pSum the sum
- *  @retval vekStsErrNullPtr a pointer is null
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiHadamard8x8Sum_VC1_16s(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pSum);
 /** @} */

@@ -7,7 +7,8 @@
 #include "common/activity_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 template <class T>
@@ -20,9 +21,6 @@ VekStatus frameField(const T* pSrc, Vek32s srcStep, Vek32s* pFrame, Vek32s* pFie
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiSADFrameField16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pFrame, Vek32s* pField) {
     return frameField(pSrc, srcStep, pFrame, pField);

@@ -7,7 +7,8 @@
 #include "common/blocks4x4_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 template <int W, int H>
@@ -18,9 +19,6 @@ VekStatus sumsDiff(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s 
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiSAD16x16Blocks4x4_8u16u_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
                                           Vek16u* pSAD) {

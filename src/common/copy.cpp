@@ -7,7 +7,8 @@
 #include "common/predict_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 constexpr Reference fullSample(const Vek8u* p, Vek32s step) { return {p, step, Half::none}; }
@@ -36,9 +37,6 @@ VekStatus averageInPlace(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pSrcDst, Vek3
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiCopy8x8_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep) {
     return copy<8, 8>(pSrc, srcStep, Half::none, 0, pDst, dstStep);

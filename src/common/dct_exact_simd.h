@@ -68,7 +68,8 @@ constexpr ExactTables exactTables() {
 inline constexpr ExactTables kExactTables = exactTables();
 
 // The sum over 8 rows of 8 values whose magnitudes add up to less than 2^15.
-VEKVC_SIMD_INLINE std::int64_t exactSum(const i16x8 (&values)[8], const ExactLine& columns, const ExactLine& rows) {
+[[gnu::always_inline]] inline std::int64_t exactSum(const i16x8 (&values)[8], const ExactLine& columns,
+                                                    const ExactLine& rows) {
     const u8x16 gather = load<u8x16>(columns.gather);
     const i16x8 sign = load<i16x8>(columns.sign);
     i32x4 sum[3] = {zero<i32x4>(), zero<i32x4>(), zero<i32x4>()};
@@ -80,8 +81,8 @@ VEKVC_SIMD_INLINE std::int64_t exactSum(const i16x8 (&values)[8], const ExactLin
     return (std::int64_t{sumLanes(sum[2])} << 30) + (std::int64_t{sumLanes(sum[1])} << 15) + sumLanes(sum[0]);
 }
 // The same for all values, by their low and high 8 bits.
-VEKVC_SIMD_INLINE std::int64_t exactSumOfAny(const i16x8 (&values)[8], const ExactLine& columns,
-                                             const ExactLine& rows) {
+[[gnu::always_inline]] inline std::int64_t exactSumOfAny(const i16x8 (&values)[8], const ExactLine& columns,
+                                                         const ExactLine& rows) {
     i16x8 low[8], high[8];
     for (int i = 0; i < 8; ++i) {
         low[i] = values[i] & splat<i16x8>(255);
@@ -94,11 +95,11 @@ VEKVC_SIMD_INLINE std::int64_t exactSumOfAny(const i16x8 (&values)[8], const Exa
 struct DctSpill {
     alignas(32) Vek32s at[8][8];
 
-    VEKVC_SIMD_INLINE explicit DctSpill(const DctSums& sums) {
+    [[gnu::always_inline]] inline explicit DctSpill(const DctSums& sums) {
         for (int i = 0; i < 8; ++i)
             for (int p = 0; p < kDctParts; ++p) store(&at[i][p * 8 / kDctParts], sums.at[p][i]);
     }
-    VEKVC_SIMD_INLINE void fetch(DctSums& sums) const {
+    [[gnu::always_inline]] inline void fetch(DctSums& sums) const {
         for (int i = 0; i < 8; ++i)
             for (int p = 0; p < kDctParts; ++p) sums.at[p][i] = load<DctInts>(&at[i][p * 8 / kDctParts]);
     }
@@ -116,14 +117,14 @@ inline std::uint64_t undecided(const DctSpill& sums, Vek32s margin) {
 }
 
 // Makes sums anew: those with a bit in `which`, or all of a block with any values.
-VEKVC_SIMD_INLINE void decide(DctSpill& sums, std::uint64_t which, const i16x8 (&values)[8],
-                              const ExactLine (&lines)[8]) {
+[[gnu::always_inline]] inline void decide(DctSpill& sums, std::uint64_t which, const i16x8 (&values)[8],
+                                          const ExactLine (&lines)[8]) {
     for (; which != 0; which &= which - 1) {
         const int n = std::countr_zero(which), i = n >> 3, j = n & 7;
         sums.at[i][j] = dct::roundSum(exactSum(values, lines[i], lines[j])) * 65536;
     }
 }
-VEKVC_SIMD_INLINE void decideAll(DctSpill& sums, const i16x8 (&values)[8], const ExactLine (&lines)[8]) {
+[[gnu::always_inline]] inline void decideAll(DctSpill& sums, const i16x8 (&values)[8], const ExactLine (&lines)[8]) {
     for (int i = 0; i < 8; ++i)
         for (int j = 0; j < 8; ++j) sums.at[i][j] = dct::roundSum(exactSumOfAny(values, lines[i], lines[j])) * 65536;
 }

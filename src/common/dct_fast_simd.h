@@ -24,7 +24,7 @@ struct FastResults {
 };
 
 template <int first, int second, int x>
-VEKVC_SIMD_INLINE FastSums fastProduct(FastPairs pairs) {
+[[gnu::always_inline]] inline FastSums fastProduct(FastPairs pairs) {
     constexpr auto low = static_cast<std::uint16_t>(dct::fastBasis(first, x));
     constexpr auto high = static_cast<std::uint16_t>(dct::fastBasis(second, x));
     return mulAddPairs(pairs,
@@ -33,7 +33,7 @@ VEKVC_SIMD_INLINE FastSums fastProduct(FastPairs pairs) {
 
 // One pass. The samples 7 - x have the even part's sum and the odd part's negated.
 template <int shift>
-VEKVC_SIMD_INLINE FastResults fastPass(const FastLines& lines) {
+[[gnu::always_inline]] inline FastResults fastPass(const FastLines& lines) {
     FastResults r;
     for (int p = 0; p < kFastParts; ++p) {
         const auto rounding = splat<FastSums>(1 << (shift - 1));
@@ -54,7 +54,7 @@ VEKVC_SIMD_INLINE FastResults fastPass(const FastLines& lines) {
 }
 
 // Lanes v of the source's rows in the order 0 4 2 6, 1 3 5 7.
-VEKVC_SIMD_INLINE FastLines fastLines(const Vek16s* src) {
+[[gnu::always_inline]] inline FastLines fastLines(const Vek16s* src) {
     constexpr int pairOf[4][2] = {{0, 4}, {2, 6}, {1, 3}, {5, 7}};
     FastLines lines;
     for (int i = 0; i < 4; ++i) {
@@ -76,7 +76,7 @@ VEKVC_SIMD_INLINE FastLines fastLines(const Vek16s* src) {
     return lines;
 }
 
-VEKVC_SIMD_INLINE DctRows fastInverse(const Vek16s* src) {
+[[gnu::always_inline]] inline DctRows fastInverse(const Vek16s* src) {
     FastResults columns = fastPass<11>(fastLines(src));
     FastLines lines;
 #if VEKVC_VECTOR256
@@ -107,11 +107,11 @@ VEKVC_SIMD_INLINE DctRows fastInverse(const Vek16s* src) {
 }
 
 template <class Destination>
-VEKVC_SIMD_INLINE void dctInverseFast(const Vek16s* src, const Destination& dst) {
+[[gnu::always_inline]] inline void dctInverseFast(const Vek16s* src, const Destination& dst) {
     storeRows(dst, fastInverse(src));
 }
 
-VEKVC_SIMD_INLINE void dctInverseFastPair(const Vek16s* even, const Vek16s* odd, MutableBlock<Vek8u> dst) {
+[[gnu::always_inline]] inline void dctInverseFastPair(const Vek16s* even, const Vek16s* odd, MutableBlock<Vek8u> dst) {
     const DctRows a = fastInverse(even), b = fastInverse(odd);
 #if VEKVC_VECTOR256
     for (int i = 0; i < 4; ++i) {

@@ -15,7 +15,7 @@ struct DctRows {
 #endif
 };
 
-VEKVC_SIMD_INLINE void storeRows(const dct::Residual& to, const DctRows& rows) {
+[[gnu::always_inline]] inline void storeRows(const dct::Residual& to, const DctRows& rows) {
 #if VEKVC_VECTOR256
     for (int i = 0; i < 4; ++i) storePair16(to.dst.at(0, i), to.dst.at(0, i + 4), rows.pair[i]);
 #else
@@ -23,7 +23,7 @@ VEKVC_SIMD_INLINE void storeRows(const dct::Residual& to, const DctRows& rows) {
 #endif
 }
 
-VEKVC_SIMD_INLINE void storeRows(const dct::Picture& to, const DctRows& rows) {
+[[gnu::always_inline]] inline void storeRows(const dct::Picture& to, const DctRows& rows) {
 #if VEKVC_VECTOR256
     for (int i = 0; i < 4; i += 2) {
         const u8x32 samples = narrowU8(rows.pair[i], rows.pair[i + 1]);
@@ -37,7 +37,7 @@ VEKVC_SIMD_INLINE void storeRows(const dct::Picture& to, const DctRows& rows) {
 }
 
 // Limiting the sum of two to 16 bits first loses nothing.
-VEKVC_SIMD_INLINE void storeRows(const dct::Prediction& to, const DctRows& rows) {
+[[gnu::always_inline]] inline void storeRows(const dct::Prediction& to, const DctRows& rows) {
     DctRows sums;
 #if VEKVC_VECTOR256
     for (int i = 0; i < 4; ++i)

@@ -57,7 +57,9 @@ inline constexpr Vek32s kMostMagnitude = 32766;
 // ---- what both directions share
 
 // e for w in the modes that are not to the nearest.
-VEKVC_SIMD_INLINE Vek32s errorBound(Vek32s weighted) { return ((weighted >> (roundsToNearest() ? 1 : 0)) + 1100) >> 9; }
+[[gnu::always_inline]] inline Vek32s errorBound(Vek32s weighted) {
+    return ((weighted >> (roundsToNearest() ? 1 : 0)) + 1100) >> 9;
+}
 
 // K(k) = cos(k pi / 16) / cos(4 pi / 16), and K(0) = 1; right to 2^-41.
 struct DctFactors {
@@ -81,7 +83,7 @@ static_assert(distanceOfFactor(1) < 0.67 && distanceOfFactor(2) < 0.83 && distan
 
 // K(k), scaled.
 template <class V, int k, int scale = 1>
-VEKVC_SIMD_INLINE V factor() {
+[[gnu::always_inline]] inline V factor() {
     return splatFloat<V>(static_cast<float>(kDctFactors.k[k] * scale));
 }
 
@@ -91,24 +93,24 @@ template <class V, int first, int scale>
 struct WeightedSum {
     V sum;
 
-    VEKVC_SIMD_INLINE explicit WeightedSum(V z) : sum(kFused ? z : z * factor<V, first, scale>()) {}
+    [[gnu::always_inline]] inline explicit WeightedSum(V z) : sum(kFused ? z : z * factor<V, first, scale>()) {}
     template <int k>
-    VEKVC_SIMD_INLINE static V weight() {
+    [[gnu::always_inline]] inline static V weight() {
         return splatFloat<V>(
             static_cast<float>(kFused ? kDctFactors.k[k] / kDctFactors.k[first] : kDctFactors.k[k] * scale));
     }
     template <int k>
-    VEKVC_SIMD_INLINE void add(V z) {
+    [[gnu::always_inline]] inline void add(V z) {
         sum = mulAdd(z, weight<k>(), sum);
     }
     template <int k>
-    VEKVC_SIMD_INLINE void subtract(V z) {
+    [[gnu::always_inline]] inline void subtract(V z) {
         sum = mulSub(z, weight<k>(), sum);
     }
-    VEKVC_SIMD_INLINE V addedTo(V even) const {
+    [[gnu::always_inline]] inline V addedTo(V even) const {
         return kFused ? mulAdd(sum, factor<V, first, scale>(), even) : even + sum;
     }
-    VEKVC_SIMD_INLINE V subtractedFrom(V even) const {
+    [[gnu::always_inline]] inline V subtractedFrom(V even) const {
         return kFused ? mulSub(sum, factor<V, first, scale>(), even) : even - sum;
     }
 };
@@ -122,7 +124,7 @@ struct OddPart {
     WeightedSum<V, 5, scale> s5;
     WeightedSum<V, 7, scale> s7;
 
-    VEKVC_SIMD_INLINE OddPart(V a, V b, V c, V d) : s1(a), s3(a), s5(a), s7(a) {
+    [[gnu::always_inline]] inline OddPart(V a, V b, V c, V d) : s1(a), s3(a), s5(a), s7(a) {
         if constexpr (terms > 2) {
             s1.template add<3>(b);
             s3.template subtract<7>(b);
@@ -142,7 +144,7 @@ struct OddPart {
     }
 };
 
-VEKVC_SIMD_INLINE void transposeParts(DctFloats (&a)[kDctParts][8]) {
+[[gnu::always_inline]] inline void transposeParts(DctFloats (&a)[kDctParts][8]) {
     DctInts bits[kDctParts][8];
     for (int p = 0; p < kDctParts; ++p)
         for (int i = 0; i < 8; ++i) bits[p][i] = as<DctInts>(a[p][i]);
@@ -157,7 +159,7 @@ VEKVC_SIMD_INLINE void transposeParts(DctFloats (&a)[kDctParts][8]) {
 
 // The sum of all magnitudes; more than kMostMagnitude if it is not exact.
 template <class V, std::size_t n>
-VEKVC_SIMD_INLINE Vek32s sumOfMagnitudes(const V (&values)[n]) {
+[[gnu::always_inline]] inline Vek32s sumOfMagnitudes(const V (&values)[n]) {
     using U = Vec<std::uint16_t, V::kBytes / 2>;
     U sum = as<U>(abs(values[0]));
     for (std::size_t i = 1; i < n; ++i) sum = addSat(sum, as<U>(abs(values[i])));
@@ -165,7 +167,7 @@ VEKVC_SIMD_INLINE Vek32s sumOfMagnitudes(const V (&values)[n]) {
 }
 
 // Is the fraction of a sum below the margin?
-VEKVC_SIMD_INLINE bool anyBelowMargin(const DctSums& sums, Vek32s margin) {
+[[gnu::always_inline]] inline bool anyBelowMargin(const DctSums& sums, Vek32s margin) {
     using U = Vec<std::uint16_t, DctInts::kBytes / 2>;
     U least = as<U>(sums.at[0][0]);
     for (int p = 0; p < kDctParts; ++p)
@@ -174,7 +176,7 @@ VEKVC_SIMD_INLINE bool anyBelowMargin(const DctSums& sums, Vek32s margin) {
 }
 
 // The high halves, transposed.
-VEKVC_SIMD_INLINE DctRows roundedRows(const DctSums& sums) {
+[[gnu::always_inline]] inline DctRows roundedRows(const DctSums& sums) {
     using W = Vec<std::int16_t, DctInts::kBytes / 2>;
     using U = Vec<std::uint32_t, DctInts::kBytes / 4>;
     DctRows rows;
@@ -198,7 +200,7 @@ VEKVC_SIMD_INLINE DctRows roundedRows(const DctSums& sums) {
 
 // One pass over frequencies 0 to terms - 1, the others being 0; the last pass scales and adds the bias.
 template <int terms, bool last, class V>
-VEKVC_SIMD_INLINE void inversePass(V (&z)[8], V bias) {
+[[gnu::always_inline]] inline void inversePass(V (&z)[8], V bias) {
     constexpr int scale = last ? 8192 : 1;
     V even[4];
     if constexpr (last)
@@ -241,7 +243,7 @@ inline constexpr float kFirstFrequency[8] = {
     -static_cast<float>(kDctFactors.k[3]), -static_cast<float>(kDctFactors.k[1])};
 
 template <int i>
-VEKVC_SIMD_INLINE DctFloats splatLane(f32x4 v) {
+[[gnu::always_inline]] inline DctFloats splatLane(f32x4 v) {
     const f32x4 all = shuffle32<i, i, i, i>(v);
 #if VEKVC_VECTOR256
     return as<DctFloats>(join(as<i32x4>(all), as<i32x4>(all)));
@@ -252,7 +254,7 @@ VEKVC_SIMD_INLINE DctFloats splatLane(f32x4 v) {
 
 // The first pass: z[p][u] then holds column u of its results.
 template <int corner>
-VEKVC_SIMD_INLINE void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctParts][8]) {
+[[gnu::always_inline]] inline void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctParts][8]) {
     if constexpr (corner == 8) {
         for (int v = 0; v < 8; ++v) {
 #if VEKVC_VECTOR256
@@ -291,7 +293,7 @@ VEKVC_SIMD_INLINE void inverseColumns(const Vek16s* src, DctFloats (&z)[kDctPart
 }
 
 template <int corner>
-VEKVC_SIMD_INLINE Vek32s magnitudesOfCorner(const Vek16s* src) {
+[[gnu::always_inline]] inline Vek32s magnitudesOfCorner(const Vek16s* src) {
     if constexpr (corner == 8) {
         using V = Vec<std::int16_t, DctInts::kBytes / 2>;
         V values[4 * kDctParts];
@@ -307,7 +309,7 @@ VEKVC_SIMD_INLINE Vek32s magnitudesOfCorner(const Vek16s* src) {
 }
 
 // The results where F(0, 0) alone is not 0.
-VEKVC_SIMD_INLINE DctRows rowsOfOne(Vek32s first) {
+[[gnu::always_inline]] inline DctRows rowsOfOne(Vek32s first) {
     using W = Vec<std::int16_t, DctInts::kBytes / 2>;
     const W value = splat<W>((first + 4) >> 3);
 #if VEKVC_VECTOR256
@@ -366,7 +368,7 @@ void dctInverse(const Vek16s* src, Destination dst) {
 }
 
 template <int part>
-VEKVC_SIMD_INLINE DctFloats floatsOf(i16x8 row) {
+[[gnu::always_inline]] inline DctFloats floatsOf(i16x8 row) {
 #if VEKVC_VECTOR256
     return toFloat(widen(row));
 #else
@@ -376,7 +378,7 @@ VEKVC_SIMD_INLINE DctFloats floatsOf(i16x8 row) {
 
 // Along columns, exact but for the products.
 template <int part>
-VEKVC_SIMD_INLINE void forwardColumns(const i16x8 (&row)[8], DctFloats (&y)[8]) {
+[[gnu::always_inline]] inline void forwardColumns(const i16x8 (&row)[8], DctFloats (&y)[8]) {
     using V = DctFloats;
     i16x8 s[4];
     V d[4];
@@ -416,7 +418,7 @@ alignas(32) inline constexpr RowFactors kRowFactors = rowFactors();
 
 // Along rows, with a bias of their own for coefficients 0 and 4.
 template <int part, class V>
-VEKVC_SIMD_INLINE void forwardRows(V (&y)[8], V bias, V biasOf04) {
+[[gnu::always_inline]] inline void forwardRows(V (&y)[8], V bias, V biasOf04) {
     V s[4], d[4], k[8];
     for (int i = 0; i < 8; ++i) k[i] = as<V>(load<DctInts>(kRowFactors.at[i] + 4 * part));
     for (int i = 0; i < 4; ++i) {

@@ -7,7 +7,8 @@
 #include "common/difference_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 using plain::Difference;
@@ -38,9 +39,6 @@ VekStatus differenceFull(Block<T> src, Block<T> ref, const Difference& dst) {
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiDiff16x16_8u16s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek16s* pDst,
                                   Vek32s dstStep, Vek32s mcType, Vek32s roundControl) {

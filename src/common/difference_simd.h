@@ -14,7 +14,7 @@ using plain::DifferencePlanes;
 template <int W>
 class DifferenceWriter {
   public:
-    explicit DifferenceWriter(const Difference& d) : p_(d.values), step_(ownStep(d.step)) {}
+    explicit DifferenceWriter(const Difference& d) : p_(d.values), step_(opaque(d.step)) {}
 
     [[gnu::always_inline]] void row(u8x16 a, u8x16 b) {
         if constexpr (W == 8) {
@@ -35,7 +35,7 @@ class DifferenceWriter {
 // Interleaved chroma: the even columns to one plane, the odd ones to the other.
 class DifferencePlanesWriter {
   public:
-    explicit DifferencePlanesWriter(const DifferencePlanes& d) : u_(d.u), v_(d.v), step_(ownStep(d.step)) {}
+    explicit DifferencePlanesWriter(const DifferencePlanes& d) : u_(d.u), v_(d.v), step_(opaque(d.step)) {}
 
     [[gnu::always_inline]] void row(u8x16 a, u8x16 b) {
         const u16x8 x = as<u16x8>(a), y = as<u16x8>(b), even = splat<u16x8>(0xff);

@@ -7,7 +7,8 @@
 #include "common/predict_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 using plain::Residual;
@@ -48,9 +49,6 @@ VekStatus mcPlanesBoth(const Reference& f, const Reference& b, const ResidualPla
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiMC16x16_8u_C1(const Vek8u* pSrcRef, Vek32s srcStep, const Vek16s* pSrcYData, Vek32s srcYDataStep,
                             Vek8u* pDst, Vek32s dstStep, Vek32s mcType, Vek32s roundControl) {

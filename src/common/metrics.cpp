@@ -7,7 +7,8 @@
 #include "common/metrics_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 template <int W, int H, class T>
@@ -48,9 +49,6 @@ VekStatus searchMinimum(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Ve
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiSAD16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek32s* pResult,
                              Vek32s mcType) {

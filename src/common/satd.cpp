@@ -7,7 +7,8 @@
 #include "common/satd_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 template <int W, int H, class T>
@@ -27,9 +28,6 @@ VekStatus satd8x8(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s r
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiSATD4x4_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek32s* pResult) {
     return satd4x4<4, 4>(pSrc, srcStep, pRef, refStep, pResult);

@@ -7,7 +7,8 @@
 #include "common/variance_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 // Each operation rounds to single precision; the library is compiled without contraction to multiply-add.
@@ -55,9 +56,6 @@ VekStatus meanAbsDev(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pDev) {
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiVarMean8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
     return varMean8x8(pSrc, srcStep, pVar, pMean);

@@ -10,6 +10,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "core/opaque.h"
 #include "vekvc/types.h"
 
 namespace vekvc {
@@ -32,11 +33,7 @@ constexpr bool outside(Vek32s value, Vek32s low, Vek32s high) { return value < l
 // A size in one general register, the width in the low half, so that both numbers are asked for forbidden bits at once;
 // GCC 12 would take a VekiSize apart in a vector.
 constexpr std::uint64_t packedSize(Vek32u width, Vek32u height) { return width | std::uint64_t{height} << 32; }
-inline std::uint64_t packedSize(VekiSize size) {
-    auto both = std::bit_cast<std::uint64_t>(size);
-    asm("" : "+r"(both));
-    return both;
-}
+inline std::uint64_t packedSize(VekiSize size) { return opaque(std::bit_cast<std::uint64_t>(size)); }
 constexpr VekiSize unpackedSize(std::uint64_t size) {
     return {static_cast<Vek32s>(size), static_cast<Vek32s>(size >> 32)};
 }

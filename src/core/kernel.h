@@ -4,6 +4,8 @@
 #ifndef VEKVC_CORE_KERNEL_H
 #define VEKVC_CORE_KERNEL_H
 
+#include <type_traits>
+
 #include "vekvc/types.h"
 
 namespace vekvc {
@@ -16,6 +18,18 @@ namespace kernel = simd;
 #else
 namespace kernel = plain;
 #endif
+
+// Ends an export with its kernel. Definitions return nothing; a fast form may end with the export's status, vekStsOk, so
+// that the export is one jump to it.
+template <class Call>
+[[gnu::always_inline]] inline VekStatus finish(Call&& call) {
+    if constexpr (std::is_void_v<decltype(call())>) {
+        call();
+        return vekStsOk;
+    } else {
+        return call();
+    }
+}
 
 }  // namespace vekvc
 

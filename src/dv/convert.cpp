@@ -7,7 +7,8 @@
 #include "dv/convert_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 template <class Macroblock>
@@ -29,9 +30,6 @@ VekStatus convert100(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep, Vek32s lay
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiYCrCb411ToCbYCr422_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep, Vek32s edge) {
     return convert411(pSrc, pDst, dstStep, edge, 0);

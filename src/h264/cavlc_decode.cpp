@@ -6,7 +6,8 @@
 #endif
 #include "vekvc/h264_cavlc.h"
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 template <class T>
@@ -65,9 +66,6 @@ VekStatus decodeChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTota
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiDecodeCAVLCCoeffs_H264_1u16s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff,
                                            Vek16s** ppCoeffs, Vek32s nC, Vek16s maxNumCoeff,

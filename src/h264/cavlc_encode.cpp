@@ -6,7 +6,8 @@
 #endif
 #include "vekvc/h264_cavlc.h"
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 template <class T>
@@ -30,9 +31,6 @@ VekStatus encodeChromaDc(const T* pSrc, Layout layout, const CavlcElements<T>& o
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiEncodeCoeffsCAVLC_H264_16s(const Vek16s* pSrc, Vek8u startIdx, const Vek32s* pScan, Vek8u lastIdx,
                                          Vek8u* pTrailingOnes, Vek8u* pTrailingOneSigns, Vek8u* pTotalCoeff,

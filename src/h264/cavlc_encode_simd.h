@@ -14,14 +14,18 @@ namespace vekvc::simd {
 #if VEKVC_BIT_GATHER
 
 // 16 levels limited to 8 bits: what is 0, +1, -1 or negative stays so.
-VEKVC_SIMD_INLINE i8x16 limitedLevels(const Vek16s* p) { return narrowI8(load<i16x8>(p), load<i16x8>(p + 8)); }
-VEKVC_SIMD_INLINE i8x16 limitedLevels(const Vek32s* p) {
+[[gnu::always_inline]] inline i8x16 limitedLevels(const Vek16s* p) {
+    return narrowI8(load<i16x8>(p), load<i16x8>(p + 8));
+}
+[[gnu::always_inline]] inline i8x16 limitedLevels(const Vek32s* p) {
     return narrowI8(narrowI16(load<i32x4>(p), load<i32x4>(p + 4)), narrowI16(load<i32x4>(p + 8), load<i32x4>(p + 12)));
 }
 
 // Do the levels lie within 8 bits?
-VEKVC_SIMD_INLINE bool areLimited(const Vek16s* p, i8x16 levels) { return allZero(widen(levels) ^ load<i16x16>(p)); }
-VEKVC_SIMD_INLINE bool areLimited(const Vek32s* p, i8x16 levels) {
+[[gnu::always_inline]] inline bool areLimited(const Vek16s* p, i8x16 levels) {
+    return allZero(widen(levels) ^ load<i16x16>(p));
+}
+[[gnu::always_inline]] inline bool areLimited(const Vek32s* p, i8x16 levels) {
     const i16x16 words = widen(levels);
     return allZero((widen(lowHalf(words)) ^ load<i32x8>(p)) | (widen(highHalf(words)) ^ load<i32x8>(p + 8)));
 }
@@ -29,7 +33,7 @@ VEKVC_SIMD_INLINE bool areLimited(const Vek32s* p, i8x16 levels) {
 // Stores the first n (0 to 7) of the entries of `size` bytes held in `low`, then `high`: each power of two that n holds
 // is one store, and those that it does not hold go to a spare place.
 template <int size>
-VEKVC_SIMD_INLINE void storeUpTo7(void* p, u64x2 low, u64x2 high, int n) {
+[[gnu::always_inline]] inline void storeUpTo7(void* p, u64x2 low, u64x2 high, int n) {
     alignas(16) std::byte spare[16];
     auto* to = static_cast<std::byte*>(p);
     const auto place = [&](int count) {
@@ -56,18 +60,19 @@ VEKVC_SIMD_INLINE void storeUpTo7(void* p, u64x2 low, u64x2 high, int n) {
 }
 
 // Stores the first n levels, n up to 7.
-VEKVC_SIMD_INLINE void storeFew(Vek16s* p, i8x16 levels, int n) {
+[[gnu::always_inline]] inline void storeFew(Vek16s* p, i8x16 levels, int n) {
     const auto words = as<u64x2>(widenLow(levels));
     storeUpTo7<2>(p, words, words, n);
 }
-VEKVC_SIMD_INLINE void storeFew(Vek32s* p, i8x16 levels, int n) {
+[[gnu::always_inline]] inline void storeFew(Vek32s* p, i8x16 levels, int n) {
     const i16x8 words = widenLow(levels);
     storeUpTo7<4>(p, as<u64x2>(widenLow(words)), as<u64x2>(widenHigh(words)), n);
 }
 
 // The same for any number of levels and runs.
 template <class T>
-VEKVC_SIMD_INLINE void storeMany(T* pLevels, Vek8u* pRuns, u8x16 runs, int nRuns, i8x16 levels, int nLevels) {
+[[gnu::always_inline]] inline void storeMany(T* pLevels, Vek8u* pRuns, u8x16 runs, int nRuns, i8x16 levels,
+                                             int nLevels) {
     const u8x16 paddedRuns[2] = {runs, zero<u8x16>()};
     copyShort<15, 1>(pRuns, paddedRuns, static_cast<std::size_t>(nRuns));
     const i16x8 low = widenLow(levels), high = widenHigh(levels);

@@ -4,7 +4,10 @@
 #include "h264/deblock_plain.h"
 #include "vekvc/h264_deblock.h"
 #if VEKVC_SIMD
-#include "h264/deblock_simd.h"
+#include "h264/deblock_chroma16_simd.h"
+#include "h264/deblock_chroma_simd.h"
+#include "h264/deblock_luma16_simd.h"
+#include "h264/deblock_luma_simd.h"
 #endif
 
 using namespace vekvc;

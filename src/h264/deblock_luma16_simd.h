@@ -5,8 +5,8 @@
 
 #include "core/memory.h"
 #include "core/simd.h"
+#include "h264/deblock_luma_simd.h"
 #include "h264/deblock_plain.h"
-#include "h264/deblock_strength_simd.h"
 
 namespace vekvc::simd {
 

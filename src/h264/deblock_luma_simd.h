@@ -10,9 +10,26 @@
 #include "core/memory.h"
 #include "core/simd.h"
 #include "h264/deblock_plain.h"
-#include "h264/deblock_strength_simd.h"
 
 namespace vekvc::simd {
+
+// The widest vector of bytes.
+#if VEKVC_VECTOR256
+using WideBytes = u8x32;
+#else
+using WideBytes = u8x16;
+#endif
+
+// All ones where the strength is not 0 ...
+template <class U>
+[[gnu::always_inline]] inline U hasStrength(U bS) {
+    return max(bS, constant<U, 1>()) == bS;
+}
+// ... and where it is 4 (or more, which counts as 4).
+template <class U>
+[[gnu::always_inline]] inline U isStrong(U bS) {
+    return max(bS, constant<U, 4>()) == bS;
+}
 
 // tc0 up to which the sums of normalLuma() are exact in 8 bits (the standard's largest is 25).
 inline constexpr int kLargestThreshold = 92;

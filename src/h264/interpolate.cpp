@@ -1,6 +1,5 @@
 // H.264 sub-pixel interpolation: luma and chroma blocks, and the forms that take a block record.
-#include "h264/interpolate_check.h"
-#include "h264/interpolate_kernel.h"
+#include "h264/interpolate_export.h"
 #include "vekvc/h264_interpolate.h"
 
 using namespace vekvc;
@@ -9,28 +8,31 @@ VekStatus vekiInterpolateLuma_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek
                                           Vek32s dy, VekiSize roiSize) {
     const std::uint64_t size = packedSize(roiSize);
     if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, size)) return status;
-    return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size), 255);
+    return finish(
+        [&] { return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size), 255); });
 }
 
 VekStatus vekiInterpolateLuma_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep, Vek32s dx,
                                            Vek32s dy, VekiSize roiSize, Vek32s bitDepth) {
     const std::uint64_t size = packedSize(roiSize);
     if (const VekStatus status = checkLuma(pSrc, pDst, dx, dy, size, bitDepth)) return status;
-    return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size), maxOfDepth(bitDepth));
+    return finish([&] {
+        return kernel::interpolateLuma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size), maxOfDepth(bitDepth));
+    });
 }
 
 VekStatus vekiInterpolateChroma_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s dx,
                                             Vek32s dy, VekiSize roiSize) {
     const std::uint64_t size = packedSize(roiSize);
     if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, size)) return status;
-    return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size));
+    return finish([&] { return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size)); });
 }
 
 VekStatus vekiInterpolateChroma_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst, Vek32s dstStep,
                                              Vek32s dx, Vek32s dy, VekiSize roiSize, Vek32s bitDepth) {
     const std::uint64_t size = packedSize(roiSize);
     if (const VekStatus status = checkChroma(pSrc, pDst, dx, dy, size, bitDepth)) return status;
-    return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size));
+    return finish([&] { return kernel::interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, unpackedSize(size)); });
 }
 
 VekStatus vekiInterpolateChroma_H264_8u_C2P2R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDstCb, Vek8u* pDstCr,
@@ -38,7 +40,9 @@ VekStatus vekiInterpolateChroma_H264_8u_C2P2R(const Vek8u* pSrc, Vek32s srcStep,
     if (anyNull(pSrc, pDstCb, pDstCr)) return vekStsErrNullPtr;
     const std::uint64_t size = packedSize(roiSize);
     if (const VekStatus status = checkChroma(pSrc, pDstCb, dx, dy, size)) return status;
-    return kernel::interpolateChromaPairs(pSrc, srcStep, pDstCb, pDstCr, dstStep, dx, dy, unpackedSize(size));
+    return finish([&] {
+        return kernel::interpolateChromaPairs(pSrc, srcStep, pDstCb, pDstCr, dstStep, dx, dy, unpackedSize(size));
+    });
 }
 
 // ---- block records
@@ -102,9 +106,11 @@ VekStatus vekiInterpolateChromaBlock_H264_8u_P2R(const VekInterpolationBlock* pB
 VekStatus vekiInterpolateChromaBlock_H264_8u_C2P2R(const VekInterpolationBlock* pBlock) {
     if (anyNull(pBlock) || anyNull(pBlock->pSrcPlane, pBlock->pDstBlock, pBlock->pDstBlock2)) return vekStsErrNullPtr;
     if (!validChromaSize(sizeOf(*pBlock))) return vekStsErrSize;
-    return kernel::interpolateChromaPairs(movedSource(pBlock->pSrcPlane, *pBlock, 3, 2), pBlock->srcPlaneStep,
-                                          pBlock->pDstBlock, pBlock->pDstBlock2, pBlock->dstBlockStep, pBlock->mvX & 7,
-                                          pBlock->mvY & 7, sizeOf(*pBlock));
+    return finish([&] {
+        return kernel::interpolateChromaPairs(movedSource(pBlock->pSrcPlane, *pBlock, 3, 2), pBlock->srcPlaneStep,
+                                              pBlock->pDstBlock, pBlock->pDstBlock2, pBlock->dstBlockStep,
+                                              pBlock->mvX & 7, pBlock->mvY & 7, sizeOf(*pBlock));
+    });
 }
 
 VekStatus vekiInterpolateChromaBlock_H264_16u_P2R(const VekInterpolationBlock16u* pBlock) {

@@ -1,7 +1,6 @@
 // H.264 sub-pixel interpolation of blocks whose reference leaves the picture at its top or bottom: the reference area
 // is copied with the edge row repeated, and the copy is interpolated.
-#include "h264/interpolate_check.h"
-#include "h264/interpolate_kernel.h"
+#include "h264/interpolate_export.h"
 #include "vekvc/h264_interpolate.h"
 
 using namespace vekvc;

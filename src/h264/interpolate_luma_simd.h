@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "core/memory.h"
+#include "core/opaque.h"
 #include "core/simd.h"
 #include "h264/interpolate_copy_simd.h"
 #include "h264/interpolate_luma16_simd.h"
@@ -32,8 +33,7 @@ struct SixTaps {
     V half;
 
     [[gnu::always_inline]] SixTaps() {
-        const LumaConstants* constants = &kLumaConstants;
-        asm("" : "+r"(constants));  // GCC 12 would build some of them in general registers
+        const LumaConstants* constants = opaque(&kLumaConstants);  // GCC 12 would build some in general registers
         first = load<Pairs>(&constants->first), second = load<Pairs>(&constants->second);
         third = load<Pairs>(&constants->third), half = load<V>(&constants->half);
     }

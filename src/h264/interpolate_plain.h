@@ -77,15 +77,13 @@ int lumaSample(const LumaSamples<T>& at, int x, int y, int dx, int dy) {
     }
 }
 
-// The block functions return vekStsOk, so that an export may end in calling one.
 template <class T>
-VekStatus interpolateLuma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int dx, int dy, VekiSize size,
-                          int maxSample) {
+void interpolateLuma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int dx, int dy, VekiSize size,
+                     int maxSample) {
     const LumaSamples<T> at(pSrc, srcStep, maxSample);
     const MutableBlock<T> out(pDst, dstStep);
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) out.put(x, y, static_cast<T>(lumaSample(at, x, y, dx, dy)));
-    return vekStsOk;
 }
 
 // H.264 8.4.2.2.2, for one component of a plane with `channels` interleaved ones. A neighbour whose weight is 0 is not
@@ -108,17 +106,15 @@ void interpolateChromaChannel(const T* pSrc, Vek32s srcStep, int channels, T* pD
 }
 
 template <class T>
-VekStatus interpolateChroma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int dx, int dy, VekiSize size) {
+void interpolateChroma(const T* pSrc, Vek32s srcStep, T* pDst, Vek32s dstStep, int dx, int dy, VekiSize size) {
     interpolateChromaChannel(pSrc, srcStep, 1, pDst, dstStep, dx, dy, size);
-    return vekStsOk;
 }
 
 // Both components of an interleaved plane.
-inline VekStatus interpolateChromaPairs(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDstCb, Vek8u* pDstCr, Vek32s dstStep,
-                                        int dx, int dy, VekiSize size) {
+inline void interpolateChromaPairs(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDstCb, Vek8u* pDstCr, Vek32s dstStep,
+                                   int dx, int dy, VekiSize size) {
     interpolateChromaChannel(pSrc, srcStep, 2, pDstCb, dstStep, dx, dy, size);
     interpolateChromaChannel(pSrc + 1, srcStep, 2, pDstCr, dstStep, dx, dy, size);
-    return vekStsOk;
 }
 
 }  // namespace vekvc::plain

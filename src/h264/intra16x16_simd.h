@@ -37,7 +37,7 @@ struct SampleRow {
 };
 
 template <int width, int height, class P>
-VEKVC_SIMD_INLINE void predictVertical(MutableBlock<P> block) {
+[[gnu::always_inline]] inline void predictVertical(MutableBlock<P> block) {
     const auto row = SampleRow<width, P>::read(block.at(0, -1));
     P* to = block.base;
 #pragma GCC unroll 8
@@ -48,7 +48,7 @@ VEKVC_SIMD_INLINE void predictVertical(MutableBlock<P> block) {
 }
 
 template <int width, int height, class P>
-VEKVC_SIMD_INLINE void predictHorizontal(MutableBlock<P> block) {
+[[gnu::always_inline]] inline void predictHorizontal(MutableBlock<P> block) {
     P* row = block.base;
 #pragma GCC unroll 8
     for (int y = 0; y < height; y += 2, row = twoRowsOn(row, block.step)) {
@@ -59,7 +59,7 @@ VEKVC_SIMD_INLINE void predictHorizontal(MutableBlock<P> block) {
 }
 
 // Sixteen samples of the left column from p on, the topmost one lowest: four at a time, so that few wait for others.
-VEKVC_SIMD_INLINE u8x16 leftColumn(const Vek8u* p, std::ptrdiff_t step) {
+[[gnu::always_inline]] inline u8x16 leftColumn(const Vek8u* p, std::ptrdiff_t step) {
     u8x16 quads[4];
     for (u8x16& quad : quads) {
         quad = insertBytes<1, 1>(insertBytes<0, 1>(zero<u8x16>(), p), p + step);
@@ -87,7 +87,7 @@ int planeSlope(const P* line, std::ptrdiff_t stride) {
 
 // The same for 8-bit samples in a vector, the one in the middle, which has no weight, replaced by that before the line.
 template <int n>
-VEKVC_SIMD_INLINE i16x8 planeSlope(u8x16 line) {
+[[gnu::always_inline]] inline i16x8 planeSlope(u8x16 line) {
     const i8x16 places = n == 16 ? lanes<i8x16>(-7, -6, -5, -4, -3, -2, -1, -8, 1, 2, 3, 4, 5, 6, 7, 8)
                                  : lanes<i8x16>(-3, -2, -1, -4, 1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 0, 0);
     i32x4 sum = mulAddPairs(mulAddPairs(line, places), constant<i16x8, 1>());
@@ -101,7 +101,7 @@ VEKVC_SIMD_INLINE i16x8 planeSlope(u8x16 line) {
 
 // The slope down the left column: from its ends inwards, in general registers, beside the vectors of the other slope.
 template <int n>
-VEKVC_SIMD_INLINE int planeSlopeDown(const Vek8u* corner, std::ptrdiff_t step) {
+[[gnu::always_inline]] inline int planeSlopeDown(const Vek8u* corner, std::ptrdiff_t step) {
     const Vek8u *before = corner, *after = corner + n * step;
     int sum = 0;
 #pragma GCC unroll 4
@@ -115,7 +115,7 @@ VEKVC_SIMD_INLINE int planeSlopeDown(const Vek8u* corner, std::ptrdiff_t step) {
 // 8-bit samples. Every value stays within 16 bits: |b| and |c| are at most 1354 with 4 columns or rows from the middle,
 // 717 with 8, and a is at most 8160.
 template <int width, int height>
-VEKVC_SIMD_INLINE void predictPlane(MutableBlock<Vek8u> block, int) {
+[[gnu::always_inline]] inline void predictPlane(MutableBlock<Vek8u> block, int) {
     constexpr int xMiddle = width / 2 - 1, yMiddle = height / 2 - 1;
     const Vek8u *const above = block.at(0, -1), *const corner = above - 1;
     const u8x16 line = insertBytes<xMiddle, 1>(loadBytes<u8x16, width>(above), corner);
@@ -179,8 +179,8 @@ int sumLeft(MutableBlock<P> block, int y) {
 }
 
 template <class P>
-VEKVC_SIMD_INLINE void predictIntra16x16(MutableBlock<P> block, h264::Intra16x16Mode mode, Vek32u available,
-                                         int bitDepth) {
+[[gnu::always_inline]] inline void predictIntra16x16(MutableBlock<P> block, h264::Intra16x16Mode mode, Vek32u available,
+                                                     int bitDepth) {
     switch (mode) {
         case h264::Intra16x16Mode::vertical:
             return predictVertical<16, 16>(block);
@@ -205,8 +205,8 @@ VEKVC_SIMD_INLINE void predictIntra16x16(MutableBlock<P> block, h264::Intra16x16
 }
 
 template <int height, class P>
-VEKVC_SIMD_INLINE void predictIntraChroma(MutableBlock<P> block, h264::ChromaMode mode, Vek32u available,
-                                          int bitDepth) {
+[[gnu::always_inline]] inline void predictIntraChroma(MutableBlock<P> block, h264::ChromaMode mode, Vek32u available,
+                                                      int bitDepth) {
     switch (mode) {
         case h264::ChromaMode::vertical:
             return predictVertical<8, height>(block);
@@ -259,7 +259,7 @@ VEKVC_SIMD_INLINE void predictIntraChroma(MutableBlock<P> block, h264::ChromaMod
 using IntraKernel = VekStatus (*)(Vek8u* p, std::ptrdiff_t step, Vek32u available);
 
 template <int height>
-VEKVC_SIMD_INLINE void fillRows(Vek8u* p, std::ptrdiff_t step, u8x16 row) {
+[[gnu::always_inline]] inline void fillRows(Vek8u* p, std::ptrdiff_t step, u8x16 row) {
 #pragma GCC unroll 8
     for (int y = 0; y < height; y += 2, p = twoRowsOn(p, step)) {
         store(p, row);
@@ -298,10 +298,11 @@ inline constexpr IntraKernel kIntra16x16Kernels[4] = {
     predict16x16<h264::Intra16x16Mode::vertical>, predict16x16<h264::Intra16x16Mode::horizontal>,
     predict16x16<h264::Intra16x16Mode::dc>, predict16x16<h264::Intra16x16Mode::plane>};
 
-VEKVC_SIMD_INLINE VekStatus predictIntra16x16(Vek8u* p, Vek32s step, Vek32s mode, Vek32u available) {
+[[gnu::always_inline]] inline VekStatus predictIntra16x16(Vek8u* p, Vek32s step, Vek32s mode, Vek32u available) {
     return kIntra16x16Kernels[static_cast<Vek32u>(mode)](p, step, available);
 }
-VEKVC_SIMD_INLINE void predictIntra16x16(MutableBlock<Vek8u> block, h264::Intra16x16Mode mode, Vek32u available, int) {
+[[gnu::always_inline]] inline void predictIntra16x16(MutableBlock<Vek8u> block, h264::Intra16x16Mode mode,
+                                                     Vek32u available, int) {
     kIntra16x16Kernels[static_cast<int>(mode)](block.base, block.step, available);
 }
 
@@ -356,7 +357,7 @@ inline constexpr IntraKernel kIntraChromaKernels[4] = {
     predictChroma8x8<h264::ChromaMode::dc>, predictChroma8x8<h264::ChromaMode::horizontal>,
     predictChroma8x8<h264::ChromaMode::vertical>, predictChroma8x8<h264::ChromaMode::plane>};
 
-VEKVC_SIMD_INLINE VekStatus predictIntraChroma8x8(Vek8u* p, Vek32s step, Vek32s mode, Vek32u available) {
+[[gnu::always_inline]] inline VekStatus predictIntraChroma8x8(Vek8u* p, Vek32s step, Vek32s mode, Vek32u available) {
     return kIntraChromaKernels[static_cast<Vek32u>(mode)](p, step, available);
 }
 

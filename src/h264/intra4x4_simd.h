@@ -11,7 +11,7 @@
 namespace vekvc::simd {
 
 // (a + 2 b + c + 2) >> 2: the mean of a and c rounded down, then that with b rounded up.
-VEKVC_SIMD_INLINE u8x16 average3(u8x16 a, u8x16 b, u8x16 c) {
+[[gnu::always_inline]] inline u8x16 average3(u8x16 a, u8x16 b, u8x16 c) {
     return average(average(a, c) - ((a ^ c) & constant<u8x16, 1>()), b);
 }
 
@@ -77,13 +77,13 @@ constexpr Directions4x4 directions4x4(int mode) {
     return d;
 }
 
-VEKVC_SIMD_INLINE void putRows4x4(Vek8u* p, std::ptrdiff_t step, u8x16 rows) {
+[[gnu::always_inline]] inline void putRows4x4(Vek8u* p, std::ptrdiff_t step, u8x16 rows) {
     Vek8u* const row2 = twoRowsOn(p, step);
     storeLanes32([=](int y) { return (y < 2 ? p : row2) + y % 2 * step; }, as<u32x4>(rows));
 }
 // The left column from byte `first` of v on.
 template <int first>
-VEKVC_SIMD_INLINE u8x16 insertLeft4(u8x16 v, const Vek8u* p, std::ptrdiff_t step) {
+[[gnu::always_inline]] inline u8x16 insertLeft4(u8x16 v, const Vek8u* p, std::ptrdiff_t step) {
     const Vek8u* const row2 = twoRowsOn(p, step);
     v = insertBytes<first, 1>(v, p - 1);
     v = insertBytes<first + 1, 1>(v, p + step - 1);
@@ -134,7 +134,7 @@ inline constexpr Intra4x4Kernel kIntra4x4Kernels[9] = {predict4x4<0>, predict4x4
                                                        predict4x4<3>, predict4x4<4>, predict4x4<5>,
                                                        predict4x4<6>, predict4x4<7>, predict4x4<8>};
 
-VEKVC_SIMD_INLINE VekStatus predictIntra4x4(Vek8u* p, Vek32s step, Vek32s mode, Vek32u available) {
+[[gnu::always_inline]] inline VekStatus predictIntra4x4(Vek8u* p, Vek32s step, Vek32s mode, Vek32u available) {
     if (mode == h264::vertical) return predict4x4<h264::vertical>(p, step, mode, available);
     return kIntra4x4Kernels[static_cast<Vek32u>(mode)](p, step, mode, available);
 }

@@ -13,11 +13,11 @@
 namespace vekvc::simd {
 
 // The left column, its first sample in the lowest byte, or last row first.
-VEKVC_SIMD_INLINE Vek32u leftColumn4(MutableBlock<Vek8u> b, int y) {
+[[gnu::always_inline]] inline Vek32u leftColumn4(MutableBlock<Vek8u> b, int y) {
     return static_cast<Vek32u>(b(-1, y) | b(-1, y + 1) << 8 | b(-1, y + 2) << 16) | static_cast<Vek32u>(b(-1, y + 3))
                                                                                         << 24;
 }
-VEKVC_SIMD_INLINE std::uint64_t leftColumn8(MutableBlock<Vek8u> b, int y) {
+[[gnu::always_inline]] inline std::uint64_t leftColumn8(MutableBlock<Vek8u> b, int y) {
     return leftColumn4(b, y) | std::uint64_t{leftColumn4(b, y + 4)} << 32;
 }
 
@@ -25,8 +25,8 @@ VEKVC_SIMD_INLINE std::uint64_t leftColumn8(MutableBlock<Vek8u> b, int y) {
 
 // Rows 0, step .. of a block: windows of n samples on `sequence`, the first at `first`, the others `stride` apart.
 template <int n>
-VEKVC_SIMD_INLINE void putWindows(MutableBlock<Vek16u> b, const Vek16u* sequence, int first, int stride, int y0 = 0,
-                                  int step = 1) {
+[[gnu::always_inline]] inline void putWindows(MutableBlock<Vek16u> b, const Vek16u* sequence, int first, int stride,
+                                              int y0 = 0, int step = 1) {
     for (int y = y0; y < n; y += step, first += stride)
         storeBytes<2 * n>(b.at(0, y), loadBytes<u16x8, 2 * n>(sequence + first));
 }
@@ -99,31 +99,33 @@ inline bool predictIntra4x4(MutableBlock<Vek16u> block, int mode, Vek32u availab
 
 // Rows 0 .. 7 are the eight bytes of low:high that begin at first + step * row.
 template <int first, int step, int... y>
-VEKVC_SIMD_INLINE void putWindows(MutableBlock<Vek8u> b, u8x16 low, u8x16 high, std::integer_sequence<int, y...>) {
+[[gnu::always_inline]] inline void putWindows(MutableBlock<Vek8u> b, u8x16 low, u8x16 high,
+                                              std::integer_sequence<int, y...>) {
     (storeBytes<8>(b.at(0, y), alignRight<first + step * y>(high, low)), ...);
 }
 template <int first, int step>
-VEKVC_SIMD_INLINE void putWindows(MutableBlock<Vek8u> b, u8x16 low, u8x16 high) {
+[[gnu::always_inline]] inline void putWindows(MutableBlock<Vek8u> b, u8x16 low, u8x16 high) {
     putWindows<first, step>(b, low, high, std::make_integer_sequence<int, 8>{});
 }
 // Even rows from one sequence, odd rows from another; pairs of rows begin at first + step * pair.
 template <int first, int step, int... i>
-VEKVC_SIMD_INLINE void putWindowPairs(MutableBlock<Vek8u> b, u8x16 even, u8x16 odd, std::integer_sequence<int, i...>) {
+[[gnu::always_inline]] inline void putWindowPairs(MutableBlock<Vek8u> b, u8x16 even, u8x16 odd,
+                                                  std::integer_sequence<int, i...>) {
     ((storeBytes<8>(b.at(0, 2 * i), bytesRight<first + step * i>(even)),
       storeBytes<8>(b.at(0, 2 * i + 1), bytesRight<first + step * i>(odd))),
      ...);
 }
 template <int first, int step>
-VEKVC_SIMD_INLINE void putWindowPairs(MutableBlock<Vek8u> b, u8x16 even, u8x16 odd) {
+[[gnu::always_inline]] inline void putWindowPairs(MutableBlock<Vek8u> b, u8x16 even, u8x16 odd) {
     putWindowPairs<first, step>(b, even, odd, std::make_integer_sequence<int, 4>{});
 }
 
-VEKVC_SIMD_INLINE void putRows8(MutableBlock<Vek8u> b, u8x16 row) {
+[[gnu::always_inline]] inline void putRows8(MutableBlock<Vek8u> b, u8x16 row) {
     for (int y = 0; y < 8; ++y) storeBytes<8>(b.at(0, y), row);
 }
 
 // The filtered above row and left column (8.3.2.2.1); 128 where they are not available.
-VEKVC_SIMD_INLINE u8x16 filteredAbove(MutableBlock<Vek8u> b, Vek32u available) {
+[[gnu::always_inline]] inline u8x16 filteredAbove(MutableBlock<Vek8u> b, Vek32u available) {
     if (!(available & h264::above)) return constant<u8x16, 128>();
     u8x16 row;
     if (available & h264::aboveRight)
@@ -135,7 +137,7 @@ VEKVC_SIMD_INLINE u8x16 filteredAbove(MutableBlock<Vek8u> b, Vek32u available) {
     const u8x16 last = shuffleBytes(row, constant<u8x16, 15>());
     return average3(alignRight<15>(row, before), row, alignRight<1>(last, row));
 }
-VEKVC_SIMD_INLINE u8x16 filteredLeft(MutableBlock<Vek8u> b, Vek32u available) {
+[[gnu::always_inline]] inline u8x16 filteredLeft(MutableBlock<Vek8u> b, Vek32u available) {
     if (!(available & h264::left)) return constant<u8x16, 128>();
     const std::uint64_t samples = leftColumn8(b, 0);
     const u8x16 column =
@@ -144,7 +146,7 @@ VEKVC_SIMD_INLINE u8x16 filteredLeft(MutableBlock<Vek8u> b, Vek32u available) {
     return average3(alignRight<15>(column, before), column, bytesRight<1>(column));
 }
 // Lanes 0 to 7 of the left column; the others repeat lane 7.
-VEKVC_SIMD_INLINE u8x16 repeatLast(u8x16 column) {
+[[gnu::always_inline]] inline u8x16 repeatLast(u8x16 column) {
     return shuffleBytes(column, lanes<u8x16>(0, 1, 2, 3, 4, 5, 6, 7, 7, 7, 7, 7, 7, 7, 7, 7));
 }
 inline int filteredCorner(MutableBlock<Vek8u> b, Vek32u available) {

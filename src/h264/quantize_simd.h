@@ -51,7 +51,7 @@ class LevelCounter {
 
 // |c| * multiplier + f keeps within 32 bits. The multiplier is signed, |c| is not: 32768 is one of its values.
 template <class V>
-VEKVC_SIMD_INLINE V quantized(V c, V multiplier, QuantRounding r) {
+[[gnu::always_inline]] inline V quantized(V c, V multiplier, QuantRounding r) {
     using U = Vec<Vek16u, V::kBytes / 2>;
     using D = Vec<Vek32s, V::kBytes / 4>;
     const V magnitude = abs(c), low = magnitude * multiplier;
@@ -63,7 +63,7 @@ VEKVC_SIMD_INLINE V quantized(V c, V multiplier, QuantRounding r) {
 }
 
 // 32-bit multipliers, from memory.
-VEKVC_SIMD_INLINE Levels16 quantized(Levels16 c, const Vek32u* pMultipliers, QuantRounding r) {
+[[gnu::always_inline]] inline Levels16 quantized(Levels16 c, const Vek32u* pMultipliers, QuantRounding r) {
     const auto magnitude = abs(c);
     const auto product = [&](auto lanes, int k) {
         const auto m = load<decltype(lanes)>(pMultipliers + k);
@@ -82,8 +82,8 @@ VEKVC_SIMD_INLINE Levels16 quantized(Levels16 c, const Vek32u* pMultipliers, Qua
 
 // ---- 32-bit coefficients
 
-VEKVC_SIMD_INLINE Levels32 loadMultipliers32(const Vek32u* p) { return load<Levels32>(p); }
-VEKVC_SIMD_INLINE Levels32 loadMultipliers32(const Vek16s* p) {
+[[gnu::always_inline]] inline Levels32 loadMultipliers32(const Vek32u* p) { return load<Levels32>(p); }
+[[gnu::always_inline]] inline Levels32 loadMultipliers32(const Vek16s* p) {
 #if VEKVC_VECTOR256
     return widen(load<i16x8>(p));
 #else
@@ -92,7 +92,7 @@ VEKVC_SIMD_INLINE Levels32 loadMultipliers32(const Vek16s* p) {
 }
 
 template <class V>
-VEKVC_SIMD_INLINE V quantized32(V c, V multiplier, QuantRounding r) {
+[[gnu::always_inline]] inline V quantized32(V c, V multiplier, QuantRounding r) {
     return withSign((abs(c) * multiplier + splat<V>(r.f)) >> r.qbits, c);
 }
 
@@ -239,8 +239,8 @@ void genScaleLevel(const Vek8u* pSrc, Vek16s* pDstInv, Vek16s* pDstFwd, int qpMo
 // ---- SP and SI slices (8.6)
 
 // Requantized levels (see plain::requantized); `weights` are normAdjust4x4 * A of 8.6.1.
-VEKVC_SIMD_INLINE i32x4 requantized(i32x4 level, i32x4 pred, i32x4 multiplier, i32x4 weights, SpQuantizers q,
-                                    int dcShift) {
+[[gnu::always_inline]] inline i32x4 requantized(i32x4 level, i32x4 pred, i32x4 multiplier, i32x4 weights,
+                                                SpQuantizers q, int dcShift) {
     const QuantRounding nearest = {15 + dcShift + q.qs / 6, 1 << (14 + dcShift + q.qs / 6)};
     if (q.isSwitching) return level + quantized32(pred, multiplier, nearest);
     return quantized32(pred + ((level * weights << q.qp / 6) >> (6 - dcShift)), multiplier, nearest);

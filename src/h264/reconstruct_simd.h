@@ -21,7 +21,7 @@ inline constexpr C zeroBlock[64] = {};
 
 // The next coded block of the stream, or zeros.
 template <class C>
-VEKVC_SIMD_INLINE const C* takeIf(C*& coeffs, bool isCoded, int n) {
+[[gnu::always_inline]] inline const C* takeIf(C*& coeffs, bool isCoded, int n) {
     const C* block = isCoded ? coeffs : zeroBlock<C>;
     coeffs += isCoded ? n : 0;
     return block;
@@ -33,7 +33,7 @@ struct Quad {
     const C* blocks[4];
 };
 template <class C>
-VEKVC_SIMD_INLINE Quad<C> takeQuad(C*& coeffs, Vek32u coded) {
+[[gnu::always_inline]] inline Quad<C> takeQuad(C*& coeffs, Vek32u coded) {
     const C* block0 = takeIf(coeffs, coded & 1, 16);
     const C* block1 = takeIf(coeffs, coded & 2, 16);
     const C* block2 = takeIf(coeffs, coded & 4, 16);
@@ -42,7 +42,7 @@ VEKVC_SIMD_INLINE Quad<C> takeQuad(C*& coeffs, Vek32u coded) {
 
 #if VEKVC_VECTOR256
 // Transposes the 4x4 blocks of which vector i holds column i, one block in each 64 bits.
-VEKVC_SIMD_INLINE void transposeQuads(i16x16 (&w)[4]) {
+[[gnu::always_inline]] inline void transposeQuads(i16x16 (&w)[4]) {
     const i32x8 p0 = as<i32x8>(interleaveLow(w[0], w[1])), p1 = as<i32x8>(interleaveHigh(w[0], w[1]));
     const i32x8 p2 = as<i32x8>(interleaveLow(w[2], w[3])), p3 = as<i32x8>(interleaveHigh(w[2], w[3]));
     const i16x16 left01 = as<i16x16>(interleaveLow(p0, p2)), left23 = as<i16x16>(interleaveHigh(p0, p2));
@@ -106,7 +106,8 @@ class BlockAdder<Vek16s, Vek8u> {
 
 #if VEKVC_VECTOR256
     // Four blocks, two above two: each vector holds one row (or column) of all four. pDC: as for two.
-    VEKVC_SIMD_INLINE void addQuad(const Vek16s* const (&c)[4], const Vek16s* pDC, MutableBlock<Vek8u> block) const {
+    [[gnu::always_inline]] inline void addQuad(const Vek16s* const (&c)[4], const Vek16s* pDC,
+                                               MutableBlock<Vek8u> block) const {
         // Block i and, below it, block i + 2.
         const auto columns = [&](int i) {
             const Vek16s *upper = c[i], *lower = c[i + 2];
@@ -238,8 +239,8 @@ void addResidual8x8(const C* c, MutableBlock<P> block, const Scaling& s, int bit
 
 #if VEKVC_VECTOR256
 // Two blocks side by side.
-VEKVC_SIMD_INLINE void addResidualPair8x8(const Vek16s* a, const Vek16s* b, MutableBlock<Vek8u> block,
-                                          const Scaling& s) {
+[[gnu::always_inline]] inline void addResidualPair8x8(const Vek16s* a, const Vek16s* b, MutableBlock<Vek8u> block,
+                                                      const Scaling& s) {
     const int right = rightShift(s.qp / 6, 6);
     i16x16 w[8];
     for (int y = 0; y < 8; ++y) {
@@ -336,8 +337,8 @@ bool reconstructIntra8x8(C*& coeffs, MutableBlock<P> mb, const Vek32u* pPredMode
 
 // Pairs of blocks whose DC values were coded in a block of their own; block k of the pair at position at(k).
 template <int blocks, class C, class P, class Position>
-VEKVC_SIMD_INLINE void addResidualWithDC(C*& coeffs, MutableBlock<P> plane, Vek32u coded, const C* dc, Position at,
-                                         const BlockAdder<C, P>& adder) {
+[[gnu::always_inline]] inline void addResidualWithDC(C*& coeffs, MutableBlock<P> plane, Vek32u coded, const C* dc,
+                                                     Position at, const BlockAdder<C, P>& adder) {
     C* next = coeffs;
     for (int k = 0; k < blocks; k += 2) {
         const Vek32u pair = coded >> k & 3;

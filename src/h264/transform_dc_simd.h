@@ -9,7 +9,7 @@ namespace vekvc::simd {
 // ---- 4x4
 
 // One dimension of the Hadamard transform of 8.5.10 on rows w0 .. w3; the result's bottom is w3, w2.
-VEKVC_SIMD_INLINE Rows<i16x8> hadamard4(Rows<i16x8> w) {
+[[gnu::always_inline]] inline Rows<i16x8> hadamard4(Rows<i16x8> w) {
     const i16x8 even = w.top + w.bottom, odd = w.top - w.bottom;  // w0 + w2, w1 + w3 and the differences
     const i16x8 a = joinLow(even, odd), b = joinHigh(even, odd);
     return {a + b, a - b};
@@ -22,7 +22,7 @@ inline void inverseLumaDC(Vek16s* pSrcDst, int qp, int levelScale) {
     storeRows(pSrcDst, transposed(Rows<i16x8>{scaled(f.top, m, right), scaled(f.bottom, m, right)}));
 }
 // Both dimensions, on 32-bit values.
-VEKVC_SIMD_INLINE void hadamard4(i32x4 (&w)[4]) {
+[[gnu::always_inline]] inline void hadamard4(i32x4 (&w)[4]) {
     for (int dimension = 0; dimension < 2; ++dimension) {
         transpose4x4(w[0], w[1], w[2], w[3]);
         const i32x4 a = w[0] + w[1], b = w[2] + w[3], c = w[0] - w[1], d = w[2] - w[3];
@@ -44,19 +44,19 @@ inline void inverseLumaDC(Vek32s* pSrcDst, int qp, int levelScale) {
 // ---- 2x2 and 2x4: what is added or subtracted is brought to its place, then negated where it is subtracted
 
 // Four 32-bit lanes to coefficients, with wrap-around.
-VEKVC_SIMD_INLINE void storeWrap4(Vek16s* p, i32x4 v) { storeBytes<8>(p, narrowWrap(v, v)); }
-VEKVC_SIMD_INLINE void storeWrap4(Vek32s* p, i32x4 v) { store(p, v); }
+[[gnu::always_inline]] inline void storeWrap4(Vek16s* p, i32x4 v) { storeBytes<8>(p, narrowWrap(v, v)); }
+[[gnu::always_inline]] inline void storeWrap4(Vek32s* p, i32x4 v) { store(p, v); }
 
 // The two values of each row: their sum and their difference.
-VEKVC_SIMD_INLINE i32x4 hadamardRows(i32x4 c) {
+[[gnu::always_inline]] inline i32x4 hadamardRows(i32x4 c) {
     return shuffle32<1, 0, 3, 2>(c) + withSign(c, lanes<i32x4>(1, -1, 1, -1));
 }
-VEKVC_SIMD_INLINE i32x4 hadamard2x2(const Vek32s* p) {
+[[gnu::always_inline]] inline i32x4 hadamard2x2(const Vek32s* p) {
     const i32x4 rows = hadamardRows(load<i32x4>(p));
     return swapHalves(rows) + withSign(rows, lanes<i32x4>(1, 1, -1, -1));
 }
 // Each lane's pair of products holds one of the two rows.
-VEKVC_SIMD_INLINE i32x4 hadamard2x2(const Vek16s* p) {
+[[gnu::always_inline]] inline i32x4 hadamard2x2(const Vek16s* p) {
     const i16x8 c = loadBytes<i16x8, 8>(p);
     return mulAddPairs(shuffle32<0, 0, 0, 0>(c), lanes<i16x8>(1, 1, 1, -1, 1, 1, 1, -1)) +
            mulAddPairs(shuffle32<1, 1, 1, 1>(c), lanes<i16x8>(1, 1, 1, -1, -1, -1, -1, 1));
@@ -74,13 +74,13 @@ void inverseChromaDC2x2(C* pSrcDst, int qp, int levelScale) {
 }
 
 // Rows 0, 1 and rows 2, 3 of two values each.
-VEKVC_SIMD_INLINE Rows<i32x4> hadamard2x4(Rows<i32x4> c) {
+[[gnu::always_inline]] inline Rows<i32x4> hadamard2x4(Rows<i32x4> c) {
     const i32x4 top = hadamardRows(c.top), bottom = hadamardRows(c.bottom);
     const i32x4 even = top + bottom, odd = top - bottom;  // r0 + r2, r1 + r3 and the differences
     const i32x4 a = joinLow(even, odd), b = joinHigh(even, odd);
     return swapBottom(Rows<i32x4>{a + b, a - b});
 }
-VEKVC_SIMD_INLINE i16x8 hadamard2x4(i16x8 c) {
+[[gnu::always_inline]] inline i16x8 hadamard2x4(i16x8 c) {
     const i16x8 secondHalf = lanes<i16x8>(1, 1, 1, 1, -1, -1, -1, -1);
     const u8x16 swapped = lanes<u8x16>(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13);
     const i16x8 rows = shuffleBytes(c, swapped) + withSign(c, lanes<i16x8>(1, -1, 1, -1, 1, -1, 1, -1));

@@ -43,21 +43,21 @@ struct Rows {
     V top, bottom;  // rows 0, 1 and rows 2, 3
 };
 
-VEKVC_SIMD_INLINE Rows<i16x8> loadRows(const Vek16s* p) { return {load<i16x8>(p), load<i16x8>(p + 8)}; }
-VEKVC_SIMD_INLINE void storeRows(Vek16s* p, Rows<i16x8> r) {
+[[gnu::always_inline]] inline Rows<i16x8> loadRows(const Vek16s* p) { return {load<i16x8>(p), load<i16x8>(p + 8)}; }
+[[gnu::always_inline]] inline void storeRows(Vek16s* p, Rows<i16x8> r) {
     store(p, r.top);
     store(p + 8, r.bottom);
 }
 
 template <class V>
-VEKVC_SIMD_INLINE Rows<V> transposed(Rows<V> r) {
+[[gnu::always_inline]] inline Rows<V> transposed(Rows<V> r) {
     const V even = interleaveLow(r.top, r.bottom), odd = interleaveHigh(r.top, r.bottom);
     return {interleaveLow(even, odd), interleaveHigh(even, odd)};
 }
 
 // One dimension of 8.5.12.2 on rows w0 .. w3; the result's bottom is w3, w2.
 template <class V>
-VEKVC_SIMD_INLINE Rows<V> inverse4(Rows<V> w) {
+[[gnu::always_inline]] inline Rows<V> inverse4(Rows<V> w) {
     const V e03 = sum(w.top, blend16<0xF0>(w.bottom, w.bottom >> 1));      // e0, e3
     const V e12 = difference(blend16<0xF0>(w.top, w.top >> 1), w.bottom);  // e1, e2
     const V e01 = joinLow(e03, e12), e32 = joinHigh(e03, e12);
@@ -65,20 +65,20 @@ VEKVC_SIMD_INLINE Rows<V> inverse4(Rows<V> w) {
 }
 
 template <class V>
-VEKVC_SIMD_INLINE Rows<V> swapBottom(Rows<V> r) {
+[[gnu::always_inline]] inline Rows<V> swapBottom(Rows<V> r) {
     return {r.top, swapHalves(r.bottom)};
 }
 
 // Scaled coefficients to the residual before its rounding; the bottom is row 3, row 2.
 template <class V>
-VEKVC_SIMD_INLINE Rows<V> inverse4x4(Rows<V> w) {
+[[gnu::always_inline]] inline Rows<V> inverse4x4(Rows<V> w) {
     w = inverse4(transposed(w));
     return inverse4(transposed(swapBottom(w)));
 }
 
 // One dimension on vectors of one row (or column) each.
 template <class V>
-VEKVC_SIMD_INLINE void inverse4(V (&w)[4]) {
+[[gnu::always_inline]] inline void inverse4(V (&w)[4]) {
     const V e0 = sum(w[0], w[2]), e1 = difference(w[0], w[2]);
     const V e2 = difference(w[1] >> 1, w[3]), e3 = sum(w[1], w[3] >> 1);
     w[0] = sum(e0, e3);
@@ -89,19 +89,19 @@ VEKVC_SIMD_INLINE void inverse4(V (&w)[4]) {
 
 // (x + 32) >> 6, the sum limited to 16 bits.
 template <class V>
-VEKVC_SIMD_INLINE V rounded(V x) {
+[[gnu::always_inline]] inline V rounded(V x) {
     return addSat(x, constant<V, 32>()) >> 6;
 }
 // The same where the result is added to 8-bit samples: without the limit it is at most 512 instead of 511, and either
 // makes any sample 255.
 template <class V>
-VEKVC_SIMD_INLINE V roundedForSamples(V x) {
+[[gnu::always_inline]] inline V roundedForSamples(V x) {
     return mulHighRound(x, constant<V, 512>());
 }
 
 // Scaling of 16-bit values: the low 16 bits of c * multiplier, or of (c * multiplier + 2^(right - 1)) >> right.
 template <class V>
-VEKVC_SIMD_INLINE V scaled(V c, V multiplier, int right) {
+[[gnu::always_inline]] inline V scaled(V c, V multiplier, int right) {
     using U = Vec<Vek16u, V::kBytes / 2>;
     const V low = c * multiplier;
     if (right == 0) return low;
@@ -111,9 +111,11 @@ VEKVC_SIMD_INLINE V scaled(V c, V multiplier, int right) {
 }
 
 // The multiplier and shift of `fraction` (4 or 6, see plain::scaled) for one vector of level scales.
-VEKVC_SIMD_INLINE int rightShift(int qpDiv6, int fraction) { return qpDiv6 >= fraction ? 0 : fraction - qpDiv6; }
+[[gnu::always_inline]] inline int rightShift(int qpDiv6, int fraction) {
+    return qpDiv6 >= fraction ? 0 : fraction - qpDiv6;
+}
 template <class V>
-VEKVC_SIMD_INLINE V multiplier(V levelScale, int qpDiv6, int fraction) {
+[[gnu::always_inline]] inline V multiplier(V levelScale, int qpDiv6, int fraction) {
     return qpDiv6 >= fraction ? levelScale << (qpDiv6 - fraction) : levelScale;
 }
 
@@ -128,7 +130,7 @@ struct Scaler {
 };
 
 // A null pLevelScale stands for flat scaling.
-VEKVC_SIMD_INLINE Scaler<i16x8> makeScaler(const Vek16s* pLevelScale, int qp) {
+[[gnu::always_inline]] inline Scaler<i16x8> makeScaler(const Vek16s* pLevelScale, int qp) {
     if (!pLevelScale) return {loadRows(h264::flatMultipliers4x4[qp].data()), 0};
     const Rows<i16x8> scale = loadRows(pLevelScale);
     return {{multiplier(scale.top, qp / 6, 4), multiplier(scale.bottom, qp / 6, 4)}, rightShift(qp / 6, 4)};
@@ -137,11 +139,11 @@ VEKVC_SIMD_INLINE Scaler<i16x8> makeScaler(const Vek16s* pLevelScale, int qp) {
 // ---- adding to 8-bit samples
 
 // Four rows of four samples in one vector.
-VEKVC_SIMD_INLINE u8x16 loadBlock4x4(Block<Vek8u> b) {
+[[gnu::always_inline]] inline u8x16 loadBlock4x4(Block<Vek8u> b) {
     return joinLow(loadPair4<u8x16>(b.at(0, 0), b.at(0, 1)), loadPair4<u8x16>(b.at(0, 2), b.at(0, 3)));
 }
 // Adds a residual before its rounding, the bottom being row 3, row 2.
-VEKVC_SIMD_INLINE void addRows(Rows<i16x8> r, Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
+[[gnu::always_inline]] inline void addRows(Rows<i16x8> r, Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
     r = {roundedForSamples(r.top), roundedForSamples(r.bottom)};
     const u8x16 top = loadPair4<u8x16>(pred.at(0, 0), pred.at(0, 1));
     const u8x16 bottom = loadPair4<u8x16>(pred.at(0, 3), pred.at(0, 2));
@@ -155,7 +157,7 @@ VEKVC_SIMD_INLINE void addRows(Rows<i16x8> r, Block<Vek8u> pred, MutableBlock<Ve
 // ---- 4x4 blocks of 32-bit values
 
 template <class V>
-VEKVC_SIMD_INLINE void inverse4x4(V (&w)[4]) {
+[[gnu::always_inline]] inline void inverse4x4(V (&w)[4]) {
     transpose4x4(w[0], w[1], w[2], w[3]);
     inverse4(w);
     transpose4x4(w[0], w[1], w[2], w[3]);
@@ -164,12 +166,12 @@ VEKVC_SIMD_INLINE void inverse4x4(V (&w)[4]) {
 }
 
 template <class V>
-VEKVC_SIMD_INLINE V scaled32(V c, V multiplier, int right) {
+[[gnu::always_inline]] inline V scaled32(V c, V multiplier, int right) {
     const V product = c * multiplier;
     return right == 0 ? product : (product + splat<V>(1 << (right - 1))) >> right;
 }
 
-VEKVC_SIMD_INLINE i32x4 loadWide4(const Vek16s* p) { return widenLow(loadBytes<i16x8, 8>(p)); }
+[[gnu::always_inline]] inline i32x4 loadWide4(const Vek16s* p) { return widenLow(loadBytes<i16x8, 8>(p)); }
 
 // Scaling of 4x4 blocks of 32-bit values with one QP.
 template <class V>
@@ -179,14 +181,15 @@ struct Scaler32 {
 
     V row(V c, int i) const { return scaled32(c, multipliers[i], right); }
 };
-VEKVC_SIMD_INLINE Scaler32<i32x4> makeScaler32(const Vek16s* pLevelScale, int qp) {
+[[gnu::always_inline]] inline Scaler32<i32x4> makeScaler32(const Vek16s* pLevelScale, int qp) {
     Scaler32<i32x4> s{{}, rightShift(qp / 6, 4)};
     pLevelScale = plain::levelScaleOrFlat(pLevelScale, qp);
     for (int i = 0; i < 4; ++i) s.multipliers[i] = multiplier(loadWide4(pLevelScale + 4 * i), qp / 6, 4);
     return s;
 }
 
-VEKVC_SIMD_INLINE void addRows(const i32x4 (&r)[4], Block<Vek16u> pred, MutableBlock<Vek16u> dst, int bitDepth) {
+[[gnu::always_inline]] inline void addRows(const i32x4 (&r)[4], Block<Vek16u> pred, MutableBlock<Vek16u> dst,
+                                           int bitDepth) {
     const u16x8 most = splat<u16x8>((1 << bitDepth) - 1);
     for (int y = 0; y < 4; y += 2) {
         const i32x4 a = r[y] + widenLow(loadBytes<u16x8, 8>(pred.at(0, y)));
@@ -208,7 +211,7 @@ inline void transformResidual4x4Inv(const Vek32s* pSrc, Vek32s* pDst) {
     for (int i = 0; i < 4; ++i) store(pDst + 4 * i, w[i]);
 }
 
-VEKVC_SIMD_INLINE Rows<i16x8> withDC(Rows<i16x8> w, Vek16s dc) {
+[[gnu::always_inline]] inline Rows<i16x8> withDC(Rows<i16x8> w, Vek16s dc) {
     return {blend16<1>(w.top, as<i16x8>(loadBytes<i16x8, 2>(&dc))), w.bottom};
 }
 
@@ -252,7 +255,7 @@ void transformQuantInvAddPred4x4(Block<P> pred, const C* pCoeffs, const C* pDC, 
 
 // One dimension of 8.5.13.2 (see plain::inverse8).
 template <class V>
-VEKVC_SIMD_INLINE void inverse8(V (&w)[8]) {
+[[gnu::always_inline]] inline void inverse8(V (&w)[8]) {
     const V a0 = sum(w[0], w[4]);
     const V a1 = difference(difference(difference(w[5], w[3]), w[7]), w[7] >> 1);
     const V a2 = difference(w[0], w[4]);
@@ -274,7 +277,7 @@ VEKVC_SIMD_INLINE void inverse8(V (&w)[8]) {
 }
 
 template <class V>
-VEKVC_SIMD_INLINE void inverse8x8(V (&w)[8]) {
+[[gnu::always_inline]] inline void inverse8x8(V (&w)[8]) {
     transpose8x8(w);
     inverse8(w);
     transpose8x8(w);
@@ -282,7 +285,7 @@ VEKVC_SIMD_INLINE void inverse8x8(V (&w)[8]) {
 }
 
 // Adds a residual before its rounding.
-VEKVC_SIMD_INLINE void addRows(const i16x8 (&r)[8], Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
+[[gnu::always_inline]] inline void addRows(const i16x8 (&r)[8], Block<Vek8u> pred, MutableBlock<Vek8u> dst) {
     for (int y = 0; y < 8; y += 2) {
         const i16x8 a = addSat(roundedForSamples(r[y]), widenLow(loadBytes<u8x16, 8>(pred.at(0, y))));
         const i16x8 b = addSat(roundedForSamples(r[y + 1]), widenLow(loadBytes<u8x16, 8>(pred.at(0, y + 1))));
@@ -375,16 +378,18 @@ inline void dequantTransformResidual(MutableBlock<Vek16s> block, const Vek16s* p
 // ---- forward transforms
 
 // One dimension of the 4x4 core transform on rows w0 .. w3; the result's rows are in order.
-VEKVC_SIMD_INLINE Rows<i16x8> forward4(Rows<i16x8> w) {
+[[gnu::always_inline]] inline Rows<i16x8> forward4(Rows<i16x8> w) {
     const i16x8 w32 = swapHalves(w.bottom);
     const i16x8 s = w.top + w32, d = w.top - w32;       // s03, s12 and d03, d12
     const i16x8 a = joinLow(s, d), b = joinHigh(s, d);  // s03, d03 and s12, d12
     const i16x8 weights = lanes<i16x8>(1, 1, 1, 1, 2, 2, 2, 2);
     return {a * weights + b, a - b * weights};
 }
-VEKVC_SIMD_INLINE Rows<i16x8> forward4x4(Rows<i16x8> w) { return forward4(transposed(forward4(transposed(w)))); }
+[[gnu::always_inline]] inline Rows<i16x8> forward4x4(Rows<i16x8> w) {
+    return forward4(transposed(forward4(transposed(w))));
+}
 
-VEKVC_SIMD_INLINE void forward4x4(i32x4 (&w)[4]) {
+[[gnu::always_inline]] inline void forward4x4(i32x4 (&w)[4]) {
     for (int dimension = 0; dimension < 2; ++dimension) {
         transpose4x4(w[0], w[1], w[2], w[3]);
         const i32x4 s03 = w[0] + w[3], s12 = w[1] + w[2], d03 = w[0] - w[3], d12 = w[1] - w[2];
@@ -410,7 +415,7 @@ inline void transformPrediction(Block<Vek8u> pred, Vek16s* pDst) {
 
 // One dimension of the 8x8 transform (see plain::forward8).
 template <class V>
-VEKVC_SIMD_INLINE void forward8(V (&w)[8]) {
+[[gnu::always_inline]] inline void forward8(V (&w)[8]) {
     const V s07 = w[0] + w[7], s16 = w[1] + w[6], s25 = w[2] + w[5], s34 = w[3] + w[4];
     const V d07 = w[0] - w[7], d16 = w[1] - w[6], d25 = w[2] - w[5], d34 = w[3] - w[4];
     const V a0 = s07 + s34, a1 = s16 + s25, a2 = s07 - s34, a3 = s16 - s25;

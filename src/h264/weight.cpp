@@ -25,7 +25,7 @@ constexpr bool isSizeTo16(VekiSize size) { return !outside(size.width, 2, 16) &&
         return vekStsErrStep;
     if (!isBlockSize(size)) [[unlikely]]
         return vekStsErrSize;
-    return kernel::weightInPlace(block, size, weighting);
+    return finish([&] { return kernel::weightInPlace(block, size, weighting); });
 }
 
 template <bool hasOffset>
@@ -40,7 +40,7 @@ template <bool hasOffset>
             return vekStsErrStep;
     if (!isBlockSize(size)) [[unlikely]]
         return vekStsErrSize;
-    return kernel::weightTwo<hasOffset>(src1, src2, dst, size, weighting);
+    return finish([&] { return kernel::weightTwo<hasOffset>(src1, src2, dst, size, weighting); });
 }
 
 }  // namespace
@@ -86,8 +86,11 @@ VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(const Vek8u* pSrc1, const V
     const Weighting weighting = implicitTwo(weight1, weight2);
     // Rows of the result that overlap are written one after the other.
     const bool rowsOverlap = dstStep < roiSize.width && dstStep > -std::int64_t{roiSize.width};
-    if (rowsOverlap) return plain::weightTwo(src1, src2, dst, roiSize, weighting, 255);
-    return kernel::weightTwo<false>(src1, src2, dst, packedSize(roiSize), weighting);
+    if (rowsOverlap) {
+        plain::weightTwo(src1, src2, dst, roiSize, weighting, 255);
+        return vekStsOk;
+    }
+    return finish([&] { return kernel::weightTwo<false>(src1, src2, dst, packedSize(roiSize), weighting); });
 }
 
 VekStatus vekiWeightedAverage_H264_8u_C1IR(const Vek8u* pSrc1, Vek8u* pSrcDst, Vek32s srcDstStep, Vek32s weight1,
@@ -103,7 +106,9 @@ VekStatus vekiInterpolateBlock_H264_8u_P2P1R(const Vek8u* pSrc1, const Vek8u* pS
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
     if (!isSizeTo16({width, height})) [[unlikely]]
         return vekStsErrSize;
-    return kernel::averageBlocks<Vek8u>({pSrc1, step}, {pSrc2, step}, {pDst, step}, {width, height});
+    return finish([&] {
+        return kernel::averageBlocks<Vek8u>({pSrc1, step}, {pSrc2, step}, {pDst, step}, {width, height});
+    });
 }
 
 VekStatus vekiInterpolateBlock_H264_8u_P3P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst, Vek32s width,
@@ -111,7 +116,9 @@ VekStatus vekiInterpolateBlock_H264_8u_P3P1R(const Vek8u* pSrc1, const Vek8u* pS
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
     if (!isSizeTo16({width, height})) [[unlikely]]
         return vekStsErrSize;
-    return kernel::averageBlocks<Vek8u>({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, {width, height});
+    return finish([&] {
+        return kernel::averageBlocks<Vek8u>({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, {width, height});
+    });
 }
 
 // ---- 16-bit records

@@ -52,36 +52,31 @@ T weighted(const Weighting& w, int p1, int p2, int maxSample) {
 }
 
 template <class T>
-VekStatus weightOne(Block<T> src, MutableBlock<T> dst, VekiSize size, const Weighting& w, int maxSample) {
+void weightOne(Block<T> src, MutableBlock<T> dst, VekiSize size, const Weighting& w, int maxSample) {
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) dst.put(x, y, weighted<T>(w, src(x, y), 0, maxSample));
-    return vekStsOk;
 }
 
 template <class T>
-VekStatus weightTwo(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size, const Weighting& w,
-                    int maxSample) {
+void weightTwo(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size, const Weighting& w, int maxSample) {
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) dst.put(x, y, weighted<T>(w, src1(x, y), src2(x, y), maxSample));
-    return vekStsOk;
 }
 
 // Blocks of 8-bit samples, their size in one register.
 template <bool hasOffset>
-VekStatus weightTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst, std::uint64_t size,
-                    const Weighting& w) {
-    return weightTwo(src1, src2, dst, unpackedSize(size), w, 255);
+void weightTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst, std::uint64_t size, const Weighting& w) {
+    weightTwo(src1, src2, dst, unpackedSize(size), w, 255);
 }
-inline VekStatus weightInPlace(MutableBlock<Vek8u> block, std::uint64_t size, const Weighting& w) {
-    return weightOne({block.base, static_cast<Vek32s>(block.step)}, block, unpackedSize(size), w, 255);
+inline void weightInPlace(MutableBlock<Vek8u> block, std::uint64_t size, const Weighting& w) {
+    weightOne({block.base, static_cast<Vek32s>(block.step)}, block, unpackedSize(size), w, 255);
 }
 
 // H.264 8.4.2.3.1, two predictions.
 template <class T>
-VekStatus averageBlocks(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
+void averageBlocks(Block<T> src1, Block<T> src2, MutableBlock<T> dst, VekiSize size) {
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) dst.put(x, y, static_cast<T>((src1(x, y) + src2(x, y) + 1) >> 1));
-    return vekStsOk;
 }
 
 }  // namespace plain

@@ -6,7 +6,8 @@
 #endif
 #include "vekvc/mpeg2.h"
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 bool anyNullTarget(const BlockTarget& target) {
@@ -30,9 +31,6 @@ VekStatus decodeIntra(Vek32u** ppBitStream, Vek32s* pBitOffset, const BlockDc& d
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiReconstructDCTBlock_MPEG1_32s(Vek32u** ppBitStream, Vek32s* pBitOffset,
                                             const VekVlcTable_32s* pFirstCoefTable, const VekVlcTable_32s* pACTable,

@@ -7,7 +7,8 @@
 #include "core/check.h"
 #include "vekvc/mpeg2.h"
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 struct RunLevelWriter {
@@ -48,9 +49,6 @@ struct RunLevelWriter {
 };
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiPutIntraBlock(Vek32u** ppBitStream, Vek32s* pBitOffset, const Vek16s* pSrcBlock, Vek32s* pDCPred,
                             const Vek32s* pDCSizeCodes, const VekRLEncodeTable* pACTable, const Vek32s* pScanMatrix,

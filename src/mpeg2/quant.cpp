@@ -6,7 +6,8 @@
 #endif
 #include "vekvc/mpeg2.h"
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 // Reciprocals of the default intra quantiser matrix (ISO 13818-2 6.3.11), raster order.
@@ -25,9 +26,6 @@ struct DefaultReciprocals {
 constexpr DefaultReciprocals kDefaultIntra;
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiQuantIntra_MPEG2_16s_C1I(Vek16s* pSrcDst, Vek32s QP, const Vek32f* pQuantMatrix, Vek32s* pCount) {
     if (anyNull(pSrcDst, pCount)) return vekStsErrNullPtr;

@@ -1,6 +1,7 @@
 // Exports: sub-pixel interpolation.
 #include "core/check.h"
 #include "core/kernel.h"
+#include "core/opaque.h"
 #include "vc1/interpolate_block.h"
 #include "vc1/interpolate_plain.h"
 #include "vekvc/vc1.h"
@@ -12,19 +13,19 @@ using namespace vekvc;
 
 namespace {
 
-// A field of a record, loaded by itself into a general register. Callers write records just before the call, and a
+// Fields of a record are loaded one by one into general registers. Callers write records just before the call, and a
 // vector load of several fields, as the compilers like it, waits for the stores of all of them.
-Vek32s field(Vek32s x) {
-    asm("" : "+r"(x));
-    return x;
-}
-VekiSize field(VekiSize s) { return {field(s.width), field(s.height)}; }
-Vek32s lowBits(Vek32s x, Vek32s mask) { return field(field(x) & mask); }
+Vek32s lowBits(Vek32s x, Vek32s mask) { return opaque(opaque(x) & mask); }
 
 vc1::Interpolation interpolation(const VekVC1InterpolationParams& p) {
-    return {
-        p.pSrc,          p.srcStep, p.pDst, p.dstStep, lowBits(p.dx, 3), lowBits(p.dy, 3), lowBits(p.roundControl, 1),
-        field(p.roiSize)};
+    return {p.pSrc,
+            p.srcStep,
+            p.pDst,
+            p.dstStep,
+            lowBits(p.dx, 3),
+            lowBits(p.dy, 3),
+            lowBits(p.roundControl, 1),
+            {opaque(p.roiSize.width), opaque(p.roiSize.height)}};
 }
 
 template <class Record>
@@ -36,17 +37,17 @@ bool anyNullIn(const Record* pParam) {
 
 VekStatus vekiInterpolateQPBicubic_VC1_8u_C1R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    return kernel::interpolateBicubic(interpolation(*pParam));
+    return finish([&] { return kernel::interpolateBicubic(interpolation(*pParam)); });
 }
 
 VekStatus vekiInterpolateQPBilinear_VC1_8u_C1R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    return kernel::interpolateBilinear<1>(interpolation(*pParam));
+    return finish([&] { return kernel::interpolateBilinear<1>(interpolation(*pParam)); });
 }
 
 VekStatus vekiInterpolateQPBilinear_VC1_8u_C2R(const VekVC1InterpolationParams* pParam) {
     if (anyNullIn(pParam)) return vekStsErrNullPtr;
-    return kernel::interpolateBilinear<2>(interpolation(*pParam));
+    return finish([&] { return kernel::interpolateBilinear<2>(interpolation(*pParam)); });
 }
 
 VekStatus vekiInterpolateICBicubicBlock_VC1_8u_C1R(const VekVC1InterpolationBlockParams* pParam) {

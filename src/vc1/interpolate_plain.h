@@ -54,7 +54,7 @@ namespace vekvc::plain {
 
 using vc1::Interpolation;
 
-inline VekStatus interpolateBicubic(const Interpolation& p) {
+inline void interpolateBicubic(const Interpolation& p) {
     const vc1::Taps &horizontal = vc1::kBicubic[p.dx], &vertical = vc1::kBicubic[p.dy];
     const auto sample = [&](std::ptrdiff_t x, std::ptrdiff_t y) -> int { return p.src[y * p.srcStep + x]; };
     const auto sum = [](const vc1::Taps& taps, auto at) {
@@ -80,12 +80,11 @@ inline VekStatus interpolateBicubic(const Interpolation& p) {
             }
             p.dst[y * p.dstStep + x] = clip255(value);
         }
-    return vekStsOk;
 }
 
 // The horizontal neighbour lies `channels` bytes on.
 template <int channels>
-VekStatus interpolateBilinear(const Interpolation& p) {
+void interpolateBilinear(const Interpolation& p) {
     const std::ptrdiff_t right = p.dx != 0 ? channels : 0, below = p.dy != 0 ? p.srcStep : 0;  // 0: not to be read
     const VekiSize size = vc1::bilinearSizeOf<channels>(p.size);
     for (int y = 0; y < size.height; ++y)
@@ -96,7 +95,6 @@ VekStatus interpolateBilinear(const Interpolation& p) {
                 (4 - p.dx) * (4 - p.dy) * A + p.dx * (4 - p.dy) * B + (4 - p.dx) * p.dy * C + p.dx * p.dy * D;
             p.dst[y * p.dstStep + x] = clip255((sum + 8 - p.RND) >> 4);
         }
-    return vekStsOk;
 }
 
 }  // namespace vekvc::plain

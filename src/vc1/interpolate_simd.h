@@ -22,7 +22,7 @@ template <class Case>
     return vekStsOk;
 }
 template <class Case>
-VEKVC_SIMD_INLINE VekStatus apart(const Interpolation& p, Case) {
+[[gnu::always_inline]] inline VekStatus apart(const Interpolation& p, Case) {
     const int modes = p.dx | p.dy << 2 | p.RND << 4 | p.size.width << 8 | p.size.height << 16;
     return runCase<Case>(p.src, p.srcStep, p.dst, p.dstStep, modes);
 }
@@ -33,14 +33,14 @@ VEKVC_SIMD_INLINE VekStatus apart(const Interpolation& p, Case) {
 template <class V>
 using Weights = Vec<std::int8_t, V::kBytes>;
 template <class V, int first, int second>
-VEKVC_SIMD_INLINE Weights<V> weights() {
+[[gnu::always_inline]] inline Weights<V> weights() {
     return as<Weights<V>>(constant<Vec<Vek16s, V::kBytes / 2>, (first & 255) | second * 256>());
 }
 
 // The filter of fraction f on bytes: `before` holds the samples at -1 and 0 side by side, `behind` those at 1 and 2.
 // Each sum is at most 71 * 255.
 template <int f, class V>
-VEKVC_SIMD_INLINE auto filtered(V before, V behind) {
+[[gnu::always_inline]] inline auto filtered(V before, V behind) {
     constexpr auto& taps = vc1::kBicubic[f].at;
     return mulAddPairs(before, weights<V, taps[0], taps[1]>()) + mulAddPairs(behind, weights<V, taps[2], taps[3]>());
 }
@@ -49,7 +49,7 @@ VEKVC_SIMD_INLINE auto filtered(V before, V behind) {
 // most 574 for the quarter filter (53 * 574 + 7 * 64 + 64 < 2^15) and 2295 for the half filter (9 * 2295 + 2 * 255 + 64),
 // so that only the last addition can leave 16 bits, upwards: then the result is above 255 anyhow.
 template <int f, class V>
-VEKVC_SIMD_INLINE V filteredAcross(V a, V b, V c, V d, V rounding) {
+[[gnu::always_inline]] inline V filteredAcross(V a, V b, V c, V d, V rounding) {
     if constexpr (f == 2)
         return addSat(b * constant<V, 9>() + rounding - (a + d), c * constant<V, 9>()) >> 7;
     else if constexpr (f == 1)
@@ -58,10 +58,10 @@ VEKVC_SIMD_INLINE V filteredAcross(V a, V b, V c, V d, V rounding) {
         return filteredAcross<1>(d, c, b, a, rounding);
 }
 
-VEKVC_SIMD_INLINE u8x16 load8(const Vek8u* p) { return loadBytes<u8x16, 8>(p); }
+[[gnu::always_inline]] inline u8x16 load8(const Vek8u* p) { return loadBytes<u8x16, 8>(p); }
 
 template <int dy>
-VEKVC_SIMD_INLINE void bicubicDown(const Interpolation& p, const Vek8u* src, Vek8u* dst) {
+[[gnu::always_inline]] inline void bicubicDown(const Interpolation& p, const Vek8u* src, Vek8u* dst) {
     constexpr int shift = vc1::kBicubic[dy].shift;
     const i16x8 rounding = splat<i16x8>((1 << (shift - 1)) - 1 + p.RND);
     const std::ptrdiff_t step = p.srcStep, dstStep = p.dstStep;
@@ -84,7 +84,7 @@ VEKVC_SIMD_INLINE void bicubicDown(const Interpolation& p, const Vek8u* src, Vek
 }
 
 template <int dx>
-VEKVC_SIMD_INLINE void bicubicAcross(const Interpolation& p, const Vek8u* src, Vek8u* dst) {
+[[gnu::always_inline]] inline void bicubicAcross(const Interpolation& p, const Vek8u* src, Vek8u* dst) {
     constexpr int shift = vc1::kBicubic[dx].shift;
     const i16x8 rounding = splat<i16x8>((1 << (shift - 1)) - p.RND);
     const std::ptrdiff_t step = p.srcStep, dstStep = p.dstStep;
@@ -101,9 +101,9 @@ VEKVC_SIMD_INLINE void bicubicAcross(const Interpolation& p, const Vek8u* src, V
 }
 
 // The 11 samples from column -1 to 9, at the low end of each half: of one row or of two.
-VEKVC_SIMD_INLINE u8x16 load11(const Vek8u* p) { return loadPair8<u8x16>(p - 1, p + 2); }
+[[gnu::always_inline]] inline u8x16 load11(const Vek8u* p) { return loadPair8<u8x16>(p - 1, p + 2); }
 template <class V>
-VEKVC_SIMD_INLINE V inOrder11(V v) {
+[[gnu::always_inline]] inline V inOrder11(V v) {
     alignas(32) static constexpr Vek8u kOrder[32] = {0, 1, 2, 3, 4, 5, 6, 7, 13, 14, 15, 128, 128, 128, 128, 128,
                                                      0, 1, 2, 3, 4, 5, 6, 7, 13, 14, 15, 128, 128, 128, 128, 128};
     return shuffleBytes(v, load<V>(kOrder));
@@ -113,12 +113,13 @@ VEKVC_SIMD_INLINE V inOrder11(V v) {
 template <class V>
 struct RowsSideBySide {
     V left, right;
-    VEKVC_SIMD_INLINE RowsSideBySide(V upper, V lower)
+    [[gnu::always_inline]] inline RowsSideBySide(V upper, V lower)
         : left(interleaveLow(upper, lower)), right(interleaveHigh(upper, lower)) {}
 };
 
 template <int dx, int dy, class V>
-VEKVC_SIMD_INLINE auto bothFiltered(const RowsSideBySide<V>& before, const RowsSideBySide<V>& behind, int RND) {
+[[gnu::always_inline]] inline auto bothFiltered(const RowsSideBySide<V>& before, const RowsSideBySide<V>& behind,
+                                                int RND) {
     using S = Vec<Vek16s, V::kBytes / 2>;
     constexpr int shift = vc1::kBicubic[dx].shift + vc1::kBicubic[dy].shift - 7;
     const S rounding = splat<S>((1 << (shift - 1)) - 1 + RND);
@@ -129,7 +130,7 @@ VEKVC_SIMD_INLINE auto bothFiltered(const RowsSideBySide<V>& before, const RowsS
 }
 
 template <int dx, int dy>
-VEKVC_SIMD_INLINE void bicubicBoth(const Interpolation& p, const Vek8u* src, Vek8u* dst) {
+[[gnu::always_inline]] inline void bicubicBoth(const Interpolation& p, const Vek8u* src, Vek8u* dst) {
     const std::ptrdiff_t step = p.srcStep, dstStep = p.dstStep;
 #if VEKVC_VECTOR256
     // Two rows at a time: the halves of `rows` are a row and the one below it.
@@ -169,7 +170,7 @@ VEKVC_SIMD_INLINE void bicubicBoth(const Interpolation& p, const Vek8u* src, Vek
 }
 
 template <int n>
-VEKVC_SIMD_INLINE void copyRows(const Interpolation& p) {
+[[gnu::always_inline]] inline void copyRows(const Interpolation& p) {
     const Vek8u* src = p.src;
     Vek8u* dst = p.dst;
 #pragma GCC unroll 8
@@ -181,7 +182,7 @@ VEKVC_SIMD_INLINE void copyRows(const Interpolation& p) {
 }
 
 template <int dx, int dy>
-VEKVC_SIMD_INLINE void bicubic(const Interpolation& p) {
+[[gnu::always_inline]] inline void bicubic(const Interpolation& p) {
     if constexpr (dx == 0 && dy == 0) {
         return p.size.width == 16 ? copyRows<16>(p) : copyRows<8>(p);
     } else {
@@ -232,10 +233,11 @@ constexpr auto bicubicBlocks(std::integer_sequence<int, i...>) {
         static constexpr auto kBlocks = bicubicBlocks(std::make_integer_sequence<int, 16>());
         return kBlocks[static_cast<std::size_t>(modes & 15)](src, srcStep, dst, dstStep, RND, size);
     }
-    return plain::interpolateBicubic({src, srcStep, dst, dstStep, dx, dy, RND, block});
+    plain::interpolateBicubic({src, srcStep, dst, dstStep, dx, dy, RND, block});
+    return vekStsOk;
 }
 
-VEKVC_SIMD_INLINE VekStatus interpolateBicubic(const Interpolation& p) {
+[[gnu::always_inline]] inline VekStatus interpolateBicubic(const Interpolation& p) {
     const int fractions = p.dx + 4 * p.dy;
     if (p.size.width == p.size.height && (p.size.width == 8 || p.size.width == 16)) [[likely]]
         return kBicubicSquares[p.size.width / 16][static_cast<std::size_t>(fractions)](p.src, p.srcStep, p.dst,
@@ -250,23 +252,27 @@ template <int W>
 struct BilinearRow {
     using V = u8x16;
     static constexpr int rows = 1;
-    VEKVC_SIMD_INLINE static V load(const Vek8u* p, std::ptrdiff_t) { return loadBytes<V, W>(p); }
-    VEKVC_SIMD_INLINE static void store(Vek8u* p, std::ptrdiff_t, V v) { storeBytes<W>(p, v); }
+    [[gnu::always_inline]] inline static V load(const Vek8u* p, std::ptrdiff_t) { return loadBytes<V, W>(p); }
+    [[gnu::always_inline]] inline static void store(Vek8u* p, std::ptrdiff_t, V v) { storeBytes<W>(p, v); }
 };
 template <>
 struct BilinearRow<8> {
     using V = u8x16;
     static constexpr int rows = 2;
-    VEKVC_SIMD_INLINE static V load(const Vek8u* p, std::ptrdiff_t step) { return loadPair8<V>(p, p + step); }
-    VEKVC_SIMD_INLINE static void store(Vek8u* p, std::ptrdiff_t step, V v) { storePair8(p, p + step, v); }
+    [[gnu::always_inline]] inline static V load(const Vek8u* p, std::ptrdiff_t step) {
+        return loadPair8<V>(p, p + step);
+    }
+    [[gnu::always_inline]] inline static void store(Vek8u* p, std::ptrdiff_t step, V v) { storePair8(p, p + step, v); }
 };
 #if VEKVC_VECTOR256
 template <>
 struct BilinearRow<16> {
     using V = u8x32;
     static constexpr int rows = 2;
-    VEKVC_SIMD_INLINE static V load(const Vek8u* p, std::ptrdiff_t step) { return loadPair16<V>(p, p + step); }
-    VEKVC_SIMD_INLINE static void store(Vek8u* p, std::ptrdiff_t step, V v) { storePair16(p, p + step, v); }
+    [[gnu::always_inline]] inline static V load(const Vek8u* p, std::ptrdiff_t step) {
+        return loadPair16<V>(p, p + step);
+    }
+    [[gnu::always_inline]] inline static void store(Vek8u* p, std::ptrdiff_t step, V v) { storePair16(p, p + step, v); }
 };
 #endif
 
@@ -276,13 +282,13 @@ struct PairSums {
     using S = Vec<Vek16s, V::kBytes / 2>;
     S low, high;
 
-    VEKVC_SIMD_INLINE PairSums(V a, V b, Weights<V> w)
+    [[gnu::always_inline]] inline PairSums(V a, V b, Weights<V> w)
         : low(mulAddPairs(interleaveLow(a, b), w)), high(W >= 8 ? mulAddPairs(interleaveHigh(a, b), w) : low) {}
-    VEKVC_SIMD_INLINE void add(const PairSums& other) {
+    [[gnu::always_inline]] inline void add(const PairSums& other) {
         low += other.low;
         if constexpr (W >= 8) high += other.high;
     }
-    VEKVC_SIMD_INLINE V rounded(S rounding, int shift) const {
+    [[gnu::always_inline]] inline V rounded(S rounding, int shift) const {
         const S a = (low + rounding) >> shift;
         if constexpr (W >= 8) return narrowU8(a, (high + rounding) >> shift);
         return narrowU8(a, a);
@@ -298,7 +304,7 @@ struct Between {
     Between(int f, int RND)
         : w(as<Weights<V>>(splat<decltype(rounding)>((4 - f) | f << 8))),
           rounding(splat<decltype(rounding)>(2 - RND)) {}
-    VEKVC_SIMD_INLINE V operator()(V a, V b) const { return PairSums<W, V>(a, b, w).rounded(rounding, 2); }
+    [[gnu::always_inline]] inline V operator()(V a, V b) const { return PairSums<W, V>(a, b, w).rounded(rounding, 2); }
 };
 // In the middle: (a + b + 1 - RND) >> 1.
 template <class V>
@@ -306,11 +312,11 @@ struct Middle {
     V RND;
 
     explicit Middle(int rnd) : RND(splat<V>(rnd)) {}
-    VEKVC_SIMD_INLINE V operator()(V a, V b) const { return average(a, b) - ((a ^ b) & RND); }
+    [[gnu::always_inline]] inline V operator()(V a, V b) const { return average(a, b) - ((a ^ b) & RND); }
 };
 
 template <int W, class Use>
-VEKVC_SIMD_INLINE void forRows(const Interpolation& p, Use&& use) {
+[[gnu::always_inline]] inline void forRows(const Interpolation& p, Use&& use) {
     using Row = BilinearRow<W>;
     const Vek8u* src = p.src;
     Vek8u* dst = p.dst;
@@ -325,7 +331,7 @@ VEKVC_SIMD_INLINE void forRows(const Interpolation& p, Use&& use) {
 
 // Towards the neighbour at distance(step), at fraction f.
 template <int W, class Distance>
-VEKVC_SIMD_INLINE void bilinearTowards(const Interpolation& p, int f, Distance distance) {
+[[gnu::always_inline]] inline void bilinearTowards(const Interpolation& p, int f, Distance distance) {
     using Row = BilinearRow<W>;
     const auto run = [&](const auto& mean) {
         forRows<W>(p, [&](const Vek8u* s, std::ptrdiff_t step) {
@@ -339,7 +345,7 @@ VEKVC_SIMD_INLINE void bilinearTowards(const Interpolation& p, int f, Distance d
 }
 
 template <int W, int channels>
-VEKVC_SIMD_INLINE void bilinearBoth(const Interpolation& p) {
+[[gnu::always_inline]] inline void bilinearBoth(const Interpolation& p) {
     using Row = BilinearRow<W>;
     using V = typename Row::V;
     using S = Vec<Vek16s, V::kBytes / 2>;
@@ -372,7 +378,7 @@ VEKVC_SIMD_INLINE void bilinearBoth(const Interpolation& p) {
 }
 
 template <int W, int channels>
-VEKVC_SIMD_INLINE VekStatus bilinear(const Interpolation& p) {
+[[gnu::always_inline]] inline VekStatus bilinear(const Interpolation& p) {
     if ((p.dx | p.dy) == 0) return apart(p, [](const Interpolation& q) { copyRows<W>(q); });
     if (p.dy == 0)
         return apart(
@@ -395,7 +401,8 @@ template <int channels>
         if (width == 16) return bilinear<16, channels>(p);
         if (width == 4) return bilinear<4, channels>(p);
     }
-    return plain::interpolateBilinear<channels>(p);
+    plain::interpolateBilinear<channels>(p);
+    return vekStsOk;
 }
 
 // Blocks of n x n, as above.
@@ -419,7 +426,7 @@ constexpr std::array<SquareKernel, 16> bilinearSquares(std::integer_sequence<int
 }
 
 template <int channels>
-VEKVC_SIMD_INLINE VekStatus interpolateBilinear(const Interpolation& p) {
+[[gnu::always_inline]] inline VekStatus interpolateBilinear(const Interpolation& p) {
     static constexpr auto kSquares = bilinearSquares<8, channels>(std::make_integer_sequence<int, 16>());
     const int fractions = p.dx + 4 * p.dy;
     if (p.size.width == 8 && p.size.height == 8) [[likely]]

@@ -16,7 +16,7 @@ enum class Places { samples, pairs };
 
 // Of each segment (8 bytes of samples in 16-bit lanes, or 16 of pairs) the third place's mask, all over.
 template <Places places, class V>
-VEKVC_SIMD_INLINE V thirdPlace(V mask) {
+[[gnu::always_inline]] inline V thirdPlace(V mask) {
     if constexpr (places == Places::pairs) {
         return shuffle32<2, 2, 2, 2>(mask);
     } else {
@@ -31,13 +31,13 @@ template <class V>
 struct Across {
     V pair[4];
 
-    VEKVC_SIMD_INLINE V P4() const { return as<V>(as<Vec<Vek16u, V::kBytes / 2>>(pair[1]) >> 8); }
-    VEKVC_SIMD_INLINE V P5() const { return pair[2] & constant<V, 255>(); }
+    [[gnu::always_inline]] inline V P4() const { return as<V>(as<Vec<Vek16u, V::kBytes / 2>>(pair[1]) >> 8); }
+    [[gnu::always_inline]] inline V P5() const { return pair[2] & constant<V, 255>(); }
 };
 
 // (2 (a - d) - 5 (b - c) + 4) >> 3 of the pairs a and b, c and d: at most 224 either way.
 template <class V>
-VEKVC_SIMD_INLINE V activity(V ab, V cd) {
+[[gnu::always_inline]] inline V activity(V ab, V cd) {
     using Bytes = Vec<Vek8u, V::kBytes>;
     using Weights = Vec<std::int8_t, V::kBytes>;
     const V sum = mulAddPairs(as<Bytes>(ab), as<Weights>(constant<V, 2 + -5 * 256>())) +
@@ -48,7 +48,7 @@ VEKVC_SIMD_INLINE V activity(V ab, V cd) {
 // What is taken from P4 and added to P5. a0 and d have opposite signs, so that d goes with clip where a0 and P4 - P5
 // differ in sign.
 template <Places places, class V>
-VEKVC_SIMD_INLINE V edgeChange(const Across<V>& P, Vek32s pQuant) {
+[[gnu::always_inline]] inline V edgeChange(const Across<V>& P, Vek32s pQuant) {
     const V step = P.P4() - P.P5(), clip = abs(step) >> 1;
     const V a0 = activity(P.pair[1], P.pair[2]);
     const V a1 = activity(P.pair[0], P.pair[1]), a2 = activity(P.pair[2], P.pair[3]);
@@ -62,14 +62,14 @@ VEKVC_SIMD_INLINE V edgeChange(const Across<V>& P, Vek32s pQuant) {
 }
 
 // The 16-bit lanes of one vector as bytes.
-VEKVC_SIMD_INLINE u8x16 bytesOf(i16x8 v) { return narrowU8(v, v); }
+[[gnu::always_inline]] inline u8x16 bytesOf(i16x8 v) { return narrowU8(v, v); }
 #if VEKVC_VECTOR256
-VEKVC_SIMD_INLINE u8x16 bytesOf(i16x16 v) { return narrowU8(lowHalf(v), highHalf(v)); }
+[[gnu::always_inline]] inline u8x16 bytesOf(i16x16 v) { return narrowU8(lowHalf(v), highHalf(v)); }
 #endif
 
 // Bytes of two rows in the 16-bit lanes of V: the low eight, or all.
 template <class V>
-VEKVC_SIMD_INLINE V sideBySide(u8x16 first, u8x16 second) {
+[[gnu::always_inline]] inline V sideBySide(u8x16 first, u8x16 second) {
     const i16x8 low = as<i16x8>(interleaveLow(first, second));
 #if VEKVC_VECTOR256
     if constexpr (V::kBytes == 32)
@@ -83,7 +83,7 @@ VEKVC_SIMD_INLINE V sideBySide(u8x16 first, u8x16 second) {
 
 // Rows of eight pixels, transposed in pairs. Of `rows` rows, 4 or 8 come into each half of the lanes.
 template <int rows, class V>
-VEKVC_SIMD_INLINE Across<V> loadColumns(const Vek8u* p, std::ptrdiff_t step) {
+[[gnu::always_inline]] inline Across<V> loadColumns(const Vek8u* p, std::ptrdiff_t step) {
     const auto twoRows = [=](int y) {
         return y % 8 < rows ? loadPair8<i16x8>(p + y * step, p + (y + 1) * step) : zero<i16x8>();
     };
@@ -104,7 +104,7 @@ VEKVC_SIMD_INLINE Across<V> loadColumns(const Vek8u* p, std::ptrdiff_t step) {
     return {{x[0], x[1], x[2], x[3]}};
 }
 template <int rows, class V>
-VEKVC_SIMD_INLINE void storeRows16(Vek8u* p, std::ptrdiff_t step, V v) {
+[[gnu::always_inline]] inline void storeRows16(Vek8u* p, std::ptrdiff_t step, V v) {
     if constexpr (rows == 8) {
         storeLanes16([=](int i) { return p + i * step; }, as<u16x8>(v));
     } else {
@@ -117,7 +117,7 @@ VEKVC_SIMD_INLINE void storeRows16(Vek8u* p, std::ptrdiff_t step, V v) {
 
 // `n` samples along an edge, in the lanes of V.
 template <Edge edge, int n, class V>
-VEKVC_SIMD_INLINE void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant) {
+[[gnu::always_inline]] inline void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant) {
     Across<V> P;
     if constexpr (edge == Edge::horizontal) {
         const auto row = [=](int i) { return loadBytes<u8x16, n>(p + (i - 4) * step); };
@@ -142,7 +142,7 @@ VEKVC_SIMD_INLINE void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuan
     }
 }
 template <Edge edge, int n>
-VEKVC_SIMD_INLINE void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant) {
+[[gnu::always_inline]] inline void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant) {
     if constexpr (n == 16) {
 #if VEKVC_VECTOR256
         filterSamples<edge, 16, i16x16>(p, step, pQuant);
@@ -156,7 +156,7 @@ VEKVC_SIMD_INLINE void filterSamples(Vek8u* p, std::ptrdiff_t step, Vek32s pQuan
 }
 
 template <Edge edge, int segments>
-VEKVC_SIMD_INLINE void filterEdge(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, unsigned enabled) {
+[[gnu::always_inline]] inline void filterEdge(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, unsigned enabled) {
     if (enabled == (1u << segments) - 1) {
         filterSamples<edge, 4 * segments>(p, step, pQuant);
         return;
@@ -169,7 +169,7 @@ VEKVC_SIMD_INLINE void filterEdge(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, 
 // ---- pairs of interleaved chroma
 
 // The components that are filtered in a segment, as a mask of each pair's 16-bit lanes.
-VEKVC_SIMD_INLINE i16x8 enabledLanes(unsigned u, unsigned v, int segment) {
+[[gnu::always_inline]] inline i16x8 enabledLanes(unsigned u, unsigned v, int segment) {
     const unsigned mask = (u >> segment & 1) * 0xFFFFu | (v >> segment & 1) * 0xFFFF0000u;
     return as<i16x8>(splat<i32x4>(static_cast<Vek32s>(mask)));
 }
@@ -180,7 +180,7 @@ struct ChangedPixels {
 
 // The low 8 bytes along an edge, or all 16; `low` and `high` are the masks of the two segments.
 template <int bytes>
-VEKVC_SIMD_INLINE ChangedPixels filterAlong(const u8x16 (&P)[8], Vek32s pQuant, i16x8 low, i16x8 high) {
+[[gnu::always_inline]] inline ChangedPixels filterAlong(const u8x16 (&P)[8], Vek32s pQuant, i16x8 low, i16x8 high) {
     const auto run = [&](auto enabled, auto pairOf) {
         using V = decltype(enabled);
         const Across<V> across = {{pairOf(P[0], P[1]), pairOf(P[2], P[3]), pairOf(P[4], P[5]), pairOf(P[6], P[7])}};
@@ -200,7 +200,7 @@ VEKVC_SIMD_INLINE ChangedPixels filterAlong(const u8x16 (&P)[8], Vek32s pQuant, 
 
 // `n` pairs along an edge.
 template <Edge edge, int n>
-VEKVC_SIMD_INLINE void filterPairs(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, i16x8 low, i16x8 high) {
+[[gnu::always_inline]] inline void filterPairs(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, i16x8 low, i16x8 high) {
     u8x16 P[8];
     if constexpr (edge == Edge::horizontal) {
         for (int i = 0; i < 8; ++i) P[i] = loadBytes<u8x16, 2 * n>(p + (i - 4) * step);
@@ -224,8 +224,8 @@ VEKVC_SIMD_INLINE void filterPairs(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant,
 }
 
 template <Edge edge>
-VEKVC_SIMD_INLINE void filterEdgeInterleaved(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant, unsigned enabledU,
-                                             unsigned enabledV) {
+[[gnu::always_inline]] inline void filterEdgeInterleaved(Vek8u* p, std::ptrdiff_t step, Vek32s pQuant,
+                                                         unsigned enabledU, unsigned enabledV) {
     const i16x8 low = enabledLanes(enabledU, enabledV, 0), high = enabledLanes(enabledU, enabledV, 1);
     switch (enabledU | enabledV) {
         case 1:

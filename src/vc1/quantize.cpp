@@ -7,7 +7,8 @@
 #include "vc1/quantize_simd.h"
 #endif
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 VekStatus checkRegion(VekiSize roiSize, Vek32s quant) {
@@ -36,9 +37,6 @@ VekStatus quantize(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize, Vek32s 
 }
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiQuantInvIntraUniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize, Vek32s quant,
                                                 Vek32s halfStep) {

@@ -10,7 +10,7 @@ namespace vekvc::simd {
 using plain::ValuePlanes;
 
 // 7 x limited to 16 bits: sums of values of one sign stay at the limit once they reach it.
-VEKVC_SIMD_INLINE i16x8 times7(i16x8 x) {
+[[gnu::always_inline]] inline i16x8 times7(i16x8 x) {
     const i16x8 x2 = addSat(x, x), x3 = addSat(x2, x);
     return addSat(addSat(x3, x3), x);
 }
@@ -19,7 +19,7 @@ VEKVC_SIMD_INLINE i16x8 times7(i16x8 x) {
 struct Across {
     i16x8 x[4];
 
-    VEKVC_SIMD_INLINE void smooth() {
+    [[gnu::always_inline]] inline void smooth() {
         const i16x8 r0 = as<i16x8>(constant<i32x4, 0x00030004>()), r1 = as<i16x8>(constant<i32x4, 0x00040003>());
         const i16x8 y0 = addSat(addSat(times7(x[0]), x[3]), r0);
         const i16x8 y1 = addSat(addSat(addSat(addSat(subSat(zero<i16x8>(), x[0]), times7(x[1])), x[2]), x[3]), r1);
@@ -32,20 +32,21 @@ struct Across {
     }
 };
 
-VEKVC_SIMD_INLINE Across smoothedColumns(Block<Vek16s> upper, Block<Vek16s> bottom) {
+[[gnu::always_inline]] inline Across smoothedColumns(Block<Vek16s> upper, Block<Vek16s> bottom) {
     Across a = {{load<i16x8>(upper.at(0, 0)), load<i16x8>(upper.at(0, 1)), load<i16x8>(bottom.at(0, 0)),
                  load<i16x8>(bottom.at(0, 1))}};
     a.smooth();
     return a;
 }
 
-VEKVC_SIMD_INLINE void smoothHorizontalEdge(Block<Vek16s> upper, Block<Vek16s> bottom, Vek8u* dst,
-                                            std::ptrdiff_t dstStep) {
+[[gnu::always_inline]] inline void smoothHorizontalEdge(Block<Vek16s> upper, Block<Vek16s> bottom, Vek8u* dst,
+                                                        std::ptrdiff_t dstStep) {
     const Across a = smoothedColumns(upper, bottom);
     storePair8(dst - 2 * dstStep, dst - dstStep, narrowU8(a.x[0], a.x[1]));
     storePair8(dst, dst + dstStep, narrowU8(a.x[2], a.x[3]));
 }
-VEKVC_SIMD_INLINE void smoothHorizontalEdge(ValuePlanes upper, ValuePlanes bottom, Vek8u* dst, std::ptrdiff_t dstStep) {
+[[gnu::always_inline]] inline void smoothHorizontalEdge(ValuePlanes upper, ValuePlanes bottom, Vek8u* dst,
+                                                        std::ptrdiff_t dstStep) {
     const Across u = smoothedColumns(upper.u, bottom.u), v = smoothedColumns(upper.v, bottom.v);
     for (int i = 0; i < 4; i += 2) {
         const u8x16 U = narrowU8(u.x[i], u.x[i + 1]), V = narrowU8(v.x[i], v.x[i + 1]);
@@ -64,7 +65,7 @@ struct RowReader {
         : p(b.at(0, rows == vc1::Rows::frame ? first : first / 2)),
           pair(rows == vc1::Rows::frame ? 2 * b.step : b.step),
           odd(rows == vc1::Rows::frame ? b.step : 8 * b.step) {}
-    VEKVC_SIMD_INLINE const Vek16s* at(int i) const { return offsetBytes(p, i / 2 * pair + i % 2 * odd); }
+    [[gnu::always_inline]] inline const Vek16s* at(int i) const { return offsetBytes(p, i / 2 * pair + i % 2 * odd); }
 };
 
 // The smoothed pixels of eight rows, four bytes each: rows 0 to 3 and rows 4 to 7.
@@ -72,7 +73,7 @@ struct EightRows {
     u8x16 top, bottom;
 };
 template <vc1::Rows leftRows, vc1::Rows rightRows>
-VEKVC_SIMD_INLINE EightRows smoothedRows(Block<Vek16s> left, Block<Vek16s> right, int first) {
+[[gnu::always_inline]] inline EightRows smoothedRows(Block<Vek16s> left, Block<Vek16s> right, int first) {
     const RowReader<leftRows> l(left, first);
     const RowReader<rightRows> r(right, first);
     // Two values of four rows in 32-bit lanes, the first one low.
@@ -90,15 +91,16 @@ VEKVC_SIMD_INLINE EightRows smoothedRows(Block<Vek16s> left, Block<Vek16s> right
 }
 
 template <vc1::Rows leftRows, vc1::Rows rightRows>
-VEKVC_SIMD_INLINE void smoothVerticalEdge(Block<Vek16s> left, Block<Vek16s> right, Vek8u* dst, std::ptrdiff_t dstStep,
-                                          int first) {
+[[gnu::always_inline]] inline void smoothVerticalEdge(Block<Vek16s> left, Block<Vek16s> right, Vek8u* dst,
+                                                      std::ptrdiff_t dstStep, int first) {
     const EightRows pixels = smoothedRows<leftRows, rightRows>(left, right, first);
     Vek8u* p = dst - 2 + first * dstStep;
     storeLanes32([=](int i) { return p + i * dstStep; }, as<u32x4>(pixels.top));
     storeLanes32([=](int i) { return p + (i + 4) * dstStep; }, as<u32x4>(pixels.bottom));
 }
-VEKVC_SIMD_INLINE void smoothVerticalEdge(Block<Vek16s> left, vc1::Rows leftRows, Block<Vek16s> right,
-                                          vc1::Rows rightRows, Vek8u* dst, std::ptrdiff_t dstStep, int first) {
+[[gnu::always_inline]] inline void smoothVerticalEdge(Block<Vek16s> left, vc1::Rows leftRows, Block<Vek16s> right,
+                                                      vc1::Rows rightRows, Vek8u* dst, std::ptrdiff_t dstStep,
+                                                      int first) {
     using vc1::Rows;
     if (leftRows == Rows::frame && rightRows == Rows::frame)
         smoothVerticalEdge<Rows::frame, Rows::frame>(left, right, dst, dstStep, first);
@@ -109,7 +111,8 @@ VEKVC_SIMD_INLINE void smoothVerticalEdge(Block<Vek16s> left, vc1::Rows leftRows
     else
         smoothVerticalEdge<Rows::field, Rows::field>(left, right, dst, dstStep, first);
 }
-VEKVC_SIMD_INLINE void smoothVerticalEdge(ValuePlanes left, ValuePlanes right, Vek8u* dst, std::ptrdiff_t dstStep) {
+[[gnu::always_inline]] inline void smoothVerticalEdge(ValuePlanes left, ValuePlanes right, Vek8u* dst,
+                                                      std::ptrdiff_t dstStep) {
     using vc1::Rows;
     const EightRows u = smoothedRows<Rows::frame, Rows::frame>(left.u, right.u, 0);
     const EightRows v = smoothedRows<Rows::frame, Rows::frame>(left.v, right.v, 0);

@@ -3,6 +3,7 @@
 #ifndef VEKVC_VC1_TRANSFORM_SIMD_H
 #define VEKVC_VC1_TRANSFORM_SIMD_H
 
+#include "core/opaque.h"
 #include "core/simd.h"
 #include "vc1/transform_plain.h"
 
@@ -32,23 +33,23 @@ struct ColumnSums {
     using V = typename Lanes::Sums;
     V part[Lanes::parts];
 
-    VEKVC_SIMD_INLINE ColumnSums operator+(const ColumnSums& b) const {
+    [[gnu::always_inline]] inline ColumnSums operator+(const ColumnSums& b) const {
         ColumnSums r;
         for (int i = 0; i < Lanes::parts; ++i) r.part[i] = part[i] + b.part[i];
         return r;
     }
-    VEKVC_SIMD_INLINE ColumnSums operator-(const ColumnSums& b) const {
+    [[gnu::always_inline]] inline ColumnSums operator-(const ColumnSums& b) const {
         ColumnSums r;
         for (int i = 0; i < Lanes::parts; ++i) r.part[i] = part[i] - b.part[i];
         return r;
     }
-    VEKVC_SIMD_INLINE ColumnSums operator>>(int n) const {
+    [[gnu::always_inline]] inline ColumnSums operator>>(int n) const {
         ColumnSums r;
         for (int i = 0; i < Lanes::parts; ++i) r.part[i] = part[i] >> n;
         return r;
     }
     template <int value>
-    VEKVC_SIMD_INLINE static ColumnSums all() {
+    [[gnu::always_inline]] inline static ColumnSums all() {
         ColumnSums r;
         for (int i = 0; i < Lanes::parts; ++i) r.part[i] = constant<V, value>();
         return r;
@@ -63,7 +64,7 @@ struct RowPair {
     P part[Lanes::parts];
 
     RowPair() = default;
-    VEKVC_SIMD_INLINE RowPair(const ColumnSums<W>& first, const ColumnSums<W>& second) {
+    [[gnu::always_inline]] inline RowPair(const ColumnSums<W>& first, const ColumnSums<W>& second) {
         for (int i = 0; i < Lanes::parts; ++i) {
             const P rows =
                 narrowI16(first.part[i], second.part[i]);  // of each half: four of the first, four of the second
@@ -71,7 +72,7 @@ struct RowPair {
         }
     }
     // The pair's rows weighted by the two values at w and added.
-    VEKVC_SIMD_INLINE ColumnSums<W> weighted(const Vek16s* w) const {
+    [[gnu::always_inline]] inline ColumnSums<W> weighted(const Vek16s* w) const {
         ColumnSums<W> r;
         const P weights = as<P>(splatFrom<typename Lanes::Sums>(w));
         for (int i = 0; i < Lanes::parts; ++i) r.part[i] = mulAddPairs(part[i], weights);
@@ -96,16 +97,9 @@ inline constexpr RowWeights<N> kInverseRow = rowWeights<N, false>(vc1::inverseBa
 template <int N>
 inline constexpr RowWeights<N> kForwardRow = rowWeights<N, true>(vc1::forwardBasis<N>());
 
-// An address that the compilers do not see through: the values there are then broadcast by the load itself.
-template <class T>
-VEKVC_SIMD_INLINE const T* opaque(const T* p) {
-    asm("" : "+r"(p));
-    return p;
-}
-
 // One row pass over the first n values of a row.
 template <int W, int n, int shift>
-VEKVC_SIMD_INLINE ColumnSums<W> rowPass(const Vek16s* row, const RowWeights<W>& weights) {
+[[gnu::always_inline]] inline ColumnSums<W> rowPass(const Vek16s* row, const RowWeights<W>& weights) {
     using S = ColumnSums<W>;
     using P = typename RowPair<W>::P;
     S sum = S::template all<1 << (shift - 1)>();
@@ -119,7 +113,8 @@ VEKVC_SIMD_INLINE ColumnSums<W> rowPass(const Vek16s* row, const RowWeights<W>& 
 
 // Stores two rows, limited to 16 bits.
 template <int W>
-VEKVC_SIMD_INLINE void storeRows(Vek16s* first, Vek16s* second, const ColumnSums<W>& a, const ColumnSums<W>& b) {
+[[gnu::always_inline]] inline void storeRows(Vek16s* first, Vek16s* second, const ColumnSums<W>& a,
+                                             const ColumnSums<W>& b) {
     if constexpr (W == 4) {
         storePair8(first, second, narrowI16(a.part[0], b.part[0]));
     } else {
@@ -152,7 +147,7 @@ inline constexpr ColumnWeights<H> kInverseColumn = columnWeights<H>();
 // The inverse transform of the `columns` x `rows` leading coefficients of a W x H block. All is read before the first
 // result is stored.
 template <int W, int H, int columns, int rows>
-VEKVC_SIMD_INLINE void inverseOf(Block<Vek16s> src, MutableBlock<Vek16s> dst) {
+[[gnu::always_inline]] inline void inverseOf(Block<Vek16s> src, MutableBlock<Vek16s> dst) {
     using S = ColumnSums<W>;
     constexpr int pairs = rows == 8 ? 4 : 2;
     RowPair<W> pair[pairs];
@@ -197,7 +192,7 @@ template <int W, int H>
 }
 
 template <int W, int H>
-VEKVC_SIMD_INLINE void transformInverse(Block<Vek16s> src, MutableBlock<Vek16s> dst, VekiSize sizeNZ) {
+[[gnu::always_inline]] inline void transformInverse(Block<Vek16s> src, MutableBlock<Vek16s> dst, VekiSize sizeNZ) {
     if (vc1::isDCOnly(sizeNZ)) [[likely]] {  // by far the shortest
         const i16x8 value = splat<i16x8>(vc1::dcResidual<W, H>(src(0, 0)));
 #pragma GCC unroll 8
@@ -209,7 +204,7 @@ VEKVC_SIMD_INLINE void transformInverse(Block<Vek16s> src, MutableBlock<Vek16s> 
 
 // Sums wrap in 32 bits; a pair's products do not, since |basis| * 32768 * 2 < 2^31.
 template <int W, int H>
-VEKVC_SIMD_INLINE void transformForward(Block<Vek16s> src, MutableBlock<Vek16s> dst) {
+[[gnu::always_inline]] inline void transformForward(Block<Vek16s> src, MutableBlock<Vek16s> dst) {
     using S = ColumnSums<W>;
     constexpr int rowShift = vc1::kForwardRowShift<W>, columnShift = vc1::kForwardColumnShift<H>;
     RowPair<W> pair[H / 2];

@@ -5,7 +5,8 @@
 #include "vlc/code_list.h"
 #include "vlc/look_up.h"
 
-namespace vekvc {
+using namespace vekvc;
+
 namespace {
 
 constexpr std::int64_t kMaxOffset = 1 << 23;  // a pointer slot has 23 bits for a sub-table's offset
@@ -100,9 +101,6 @@ class TableBuilder {
 };
 
 }  // namespace
-}  // namespace vekvc
-
-using namespace vekvc;
 
 VekStatus vekiHuffmanTableInitAlloc_32s(const Vek32s* pSrcTable, VekVlcTable_32s** ppDstSpec) {
     if (anyNull(pSrcTable, ppDstSpec)) return vekStsErrNullPtr;

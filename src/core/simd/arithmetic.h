@@ -2,6 +2,7 @@
 #ifndef VEKVC_CORE_SIMD_ARITHMETIC_H
 #define VEKVC_CORE_SIMD_ARITHMETIC_H
 
+#include "core/opaque.h"
 #include "core/simd/memory.h"
 
 namespace vekvc {
@@ -52,9 +53,7 @@ inline constexpr Filled<T> kFilled{x};
 template <class V, std::int64_t x>
 VEKVC_SIMD_INLINE V constant() {
     using T = typename V::Lane;
-    const T* p = kFilled<T, static_cast<T>(x)>.lane;
-    asm("" : "+r"(p));
-    return load<V>(p);
+    return load<V>(opaque(&kFilled<T, static_cast<T>(x)>.lane[0]));
 }
 // Every lane the value at p. 32-bit lanes are broadcast by the load itself: GCC 12 does so for floats only.
 template <class V>

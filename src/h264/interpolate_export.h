@@ -1,8 +1,14 @@
-// The argument checks that the H.264 interpolation exports share.
-#ifndef VEKVC_H264_INTERPOLATE_CHECK_H
-#define VEKVC_H264_INTERPOLATE_CHECK_H
+// What the H.264 interpolation exports share: their kernels and argument checks.
+#ifndef VEKVC_H264_INTERPOLATE_EXPORT_H
+#define VEKVC_H264_INTERPOLATE_EXPORT_H
 
 #include "core/check.h"
+#include "core/kernel.h"
+#include "h264/interpolate_plain.h"
+#if VEKVC_SIMD
+#include "h264/interpolate_chroma_simd.h"
+#include "h264/interpolate_luma_simd.h"
+#endif
 
 namespace vekvc {
 
