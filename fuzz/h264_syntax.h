@@ -1,6 +1,6 @@
-// The syntax of H.264 parameter sets and slice headers (7.3.2.1, 7.3.2.2, 7.3.3), written once and walked by coders: one
-// reads the fields, one writes them, one counts and changes them. A changed field changes what follows it, so that what is
-// written stays well-formed.
+// The syntax of H.264 parameter sets and slice headers (7.3.2.1, 7.3.2.2, 7.3.3), written once and walked by coders:
+// one reads the fields, one writes them, one counts and changes them. A changed field changes what follows it, so that
+// what is written stays well-formed.
 #ifndef VEKVC_FUZZ_H264_SYNTAX_H
 #define VEKVC_FUZZ_H264_SYNTAX_H
 

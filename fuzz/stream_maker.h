@@ -1,5 +1,5 @@
-// Makes hostile H.264 streams out of good ones, told by a fuzzer's bytes: takes NAL units apart, changes fields of their
-// parameter sets and slice headers, and joins units of different streams.
+// Makes hostile H.264 streams out of good ones, told by a fuzzer's bytes: takes NAL units apart, changes fields of
+// their parameter sets and slice headers, and joins units of different streams.
 #ifndef VEKVC_FUZZ_STREAM_MAKER_H
 #define VEKVC_FUZZ_STREAM_MAKER_H
 

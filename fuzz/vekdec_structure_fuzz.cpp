@@ -1,8 +1,8 @@
-// H.264 streams made of good ones (stream_maker.h) through the decoder, picture memory between forbidden pages. The bytes tell
-// how to make the stream.
+// H.264 streams made of good ones (stream_maker.h) through the decoder, picture memory between forbidden pages. The
+// bytes tell how to make the stream.
 //
-// Without libFuzzer it is a program: vekdec_structure_fuzz COUNT [SEED] makes so many streams, the first one from SEED, the
-// next from SEED + 1 and so on.
+// Without libFuzzer it is a program: vekdec_structure_fuzz COUNT [SEED] makes so many streams, the first one from SEED,
+// the next from SEED + 1 and so on.
 #include <cstdio>
 #include <cstdlib>
 

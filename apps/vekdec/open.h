@@ -15,7 +15,8 @@ struct OpenStream {
     const Format* format = nullptr;
 };
 
-// `format` forces a decoder; empty: the file tells. Throws std::runtime_error with a sentence where no decoder takes it.
+// `format` forces a decoder; empty: the file tells. Throws std::runtime_error with a sentence where no decoder takes
+// it.
 OpenStream openStream(const std::string& name, const std::string& format);
 
 }  // namespace vekdec

@@ -101,8 +101,8 @@ VEKVC_API VekStatus vekiDCT8x8InvAdd_16s8u_C1IR(const Vek16s* pSrc, Vek8u* pSrcD
 /** @name Inverse of a corner, correctly rounded, in place
  *  @{ */
 
-/** Inverse DCT, in place, of a block of which only the 4x4 or 2x2 coefficients of lowest frequency may differ from 0. The
- *  others are taken as 0 and not read. Beware of MPEG-2: mismatch control may have set F(7, 7).
+/** Inverse DCT, in place, of a block of which only the 4x4 or 2x2 coefficients of lowest frequency may differ from 0.
+ *  The others are taken as 0 and not read. Beware of MPEG-2: mismatch control may have set F(7, 7).
  *  @param pSrcDst the block of coefficients, of which the corner alone is read; all 64 values are written
  *  @return vekStsOk; vekStsErrNullPtr if the pointer is null
  */

@@ -19,8 +19,8 @@ namespace kernel = simd;
 namespace kernel = plain;
 #endif
 
-// Ends an export with its kernel. Definitions return nothing; a fast form may end with the export's status, vekStsOk, so
-// that the export is one jump to it.
+// Ends an export with its kernel. Definitions return nothing; a fast form may end with the export's status, vekStsOk,
+// so that the export is one jump to it.
 template <class Call>
 [[gnu::always_inline]] inline VekStatus finish(Call&& call) {
     if constexpr (std::is_void_v<decltype(call())>) {

@@ -343,8 +343,8 @@ template <class T>
            [&](int k, u32x4 v) { storeMasked(at(k), rowMask<8>(on, k / 2), v); });
 }
 
-// Part of a left edge between a frame and a field pair: four lines, one to a strength. Lines without one are replaced by
-// zeros, and stored to a spare place.
+// Part of a left edge between a frame and a field pair: four lines, one to a strength. Lines without one are replaced
+// by zeros, and stored to a spare place.
 template <class T>
 void deblockChromaLeftMbaff(T* pixels, std::ptrdiff_t step, const EdgeLimits& limits, const T* thresholds,
                             const Vek8u* bS) requires(sizeof(T) == 1) {

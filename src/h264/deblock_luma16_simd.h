@@ -18,8 +18,8 @@ using Lines16u = u16x8;
 using SignedLines16u = Vec<std::int16_t, Lines16u::kBytes / 2>;
 inline constexpr int kLines16u = Lines16u::kBytes / 2;
 
-// Per line: alpha, (alpha >> 2) + 2, beta, tc0, the largest sample, and all ones where the line has a strength, where it
-// has 4.
+// Per line: alpha, (alpha >> 2) + 2, beta, tc0, the largest sample, and all ones where the line has a strength, where
+// it has 4.
 template <class S>
 struct LineLimits16u {
     S alpha, closeLimit, beta, tC0, maxSample, active, strong;

@@ -203,7 +203,8 @@ template <bool hasOffset>
             src1.base, src2.base, dst.base, src1.step, src2.step, dst.step, weights, scale);
 }
 
-// Sums in 32 bits. The products are of signed numbers: 16-bit samples p come as p - 2^15, and `round` makes good for it.
+// Sums in 32 bits. The products are of signed numbers: 16-bit samples p come as p - 2^15, and `round` makes good for
+// it.
 struct Weigh32 {
     template <int W>
     static constexpr int kRows = kWideTileRows<W, 4>;
@@ -235,8 +236,8 @@ struct Weigh32 {
 #endif
 
     // With weights of up to 2^13 two products of 16-bit samples p are at most 2^30 - 2^14 in magnitude, of p - 2^15 at
-    // most 2^29, like the difference. Half of 2^shift, at most 2^29, and an offset of at most 2^29 leave all sums within
-    // 32 bits.
+    // most 2^29, like the difference. Half of 2^shift, at most 2^29, and an offset of at most 2^29 leave all sums
+    // within 32 bits.
     template <class T>
     static bool fits(const Weighting& w, int maxSample, Weigh32& result) {
         constexpr Vek32s kMost = 1 << 13;

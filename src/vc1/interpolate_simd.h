@@ -45,9 +45,9 @@ template <int f, class V>
     return mulAddPairs(before, weights<V, taps[0], taps[1]>()) + mulAddPairs(behind, weights<V, taps[2], taps[3]>());
 }
 
-// The horizontal filter of fraction f on the values that the vertical one leaves, rounded and shifted by 7. Those are at
-// most 574 for the quarter filter (53 * 574 + 7 * 64 + 64 < 2^15) and 2295 for the half filter (9 * 2295 + 2 * 255 + 64),
-// so that only the last addition can leave 16 bits, upwards: then the result is above 255 anyhow.
+// The horizontal filter of fraction f on the values that the vertical one leaves, rounded and shifted by 7. Those are
+// at most 574 for the quarter filter (53 * 574 + 7 * 64 + 64 < 2^15) and 2295 for the half filter (9 * 2295 + 2 * 255 +
+// 64), so that only the last addition can leave 16 bits, upwards: then the result is above 255 anyhow.
 template <int f, class V>
 [[gnu::always_inline]] inline V filteredAcross(V a, V b, V c, V d, V rounding) {
     if constexpr (f == 2)

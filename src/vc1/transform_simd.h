@@ -127,8 +127,8 @@ template <int W>
     }
 }
 
-// The weights of the inverse column pass, by coefficients k and k + 2: for even k the even part of the sample n < H / 2,
-// for odd k the odd part. The sample n is the sum of the two, H - 1 - n their difference.
+// The weights of the inverse column pass, by coefficients k and k + 2: for even k the even part of the sample n < H /
+// 2, for odd k the odd part. The sample n is the sum of the two, H - 1 - n their difference.
 template <int H>
 struct ColumnWeights {
     Vek16s at[H / 2][H / 2][2];  // coefficients 0 and 2, 1 and 3, 4 and 6, 5 and 7; sample; which of the two

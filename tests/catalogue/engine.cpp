@@ -261,7 +261,7 @@ void Instance::place(Operand& operand, Random& random) {
         operand.spans.back().initial.resize(memory.size());
     } else {
         const Arena& a = arena(static_cast<std::size_t>(&operand - operands_.data()));
-        if (rowBytes > kRowBytes || rowCount > kArenaRows) std::abort();  // the row's operand is too large for the arena
+        if (rowBytes > kRowBytes || rowCount > kArenaRows) std::abort();  // the operand is too large for the arena
         const bool top = layout_ == Layout::TopLeft;
         const bool down = operand.step >= 0;
         const int lowest = top ? 0 : kArenaRows - rowCount;  // the arena row at the lowest address

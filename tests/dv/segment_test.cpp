@@ -9,8 +9,8 @@ namespace {
 
 using namespace vekvc_test;
 
-// Raster positions by scan index, from the rules of the two scans: 8-8 the zigzag, 2-4-8 pairs of a sum and a difference
-// in the order of the standard's figure.
+// Raster positions by scan index, from the rules of the two scans: 8-8 the zigzag, 2-4-8 pairs of a sum and a
+// difference in the order of the standard's figure.
 constexpr int kScan88[] = {0, 1, 8, 16, 9, 2, 3, 10, 17, 24, 32, 25, 18, 11, 4, 5};
 constexpr int kScan248[] = {0, 32, 1, 33, 8, 40, 2, 34, 9, 41, 16, 48, 24, 56, 17, 49};
 

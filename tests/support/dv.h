@@ -1,4 +1,5 @@
-// Writing of DV video segments: blocks' codes, and their distribution over the areas of a segment as an encoder does it.
+// Writing of DV video segments: blocks' codes, and their distribution over the areas of a segment as an encoder does
+// it.
 #ifndef VEKVC_TESTS_DV_H
 #define VEKVC_TESTS_DV_H
 

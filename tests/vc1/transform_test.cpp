@@ -154,8 +154,8 @@ TEST(VC1Transform, ForwardOfFlatBlocks) {
 }
 
 TEST(VC1Transform, ForwardSumsWrap) {
-    // 8 * 21845 * -20000 + 2048 = -3495197952 = 799769344 - 2^32: the row pass is limited to 32767, the sign is lost. The
-    // columns give 8 * 21845 * 32767 + 524288 = 5726885208 = 2^32 + 1431917912, >> 20 = 1365.
+    // 8 * 21845 * -20000 + 2048 = -3495197952 = 799769344 - 2^32: the row pass is limited to 32767, the sign is lost.
+    // The columns give 8 * 21845 * 32767 + 524288 = 5726885208 = 2^32 + 1431917912, >> 20 = 1365.
     EXPECT_EQ(forward(kShapes[0], Values(64, -20000))[0], 1365);
     // One sample stays below the limit of 32 bits: 29026 * 32767 >> 12 is limited, 21845 * 32767 + 524288 >> 20 = 683.
     EXPECT_EQ(forward(kShapes[0], only(32767))[0], 683);

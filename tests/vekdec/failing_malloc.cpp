@@ -1,5 +1,5 @@
-// The C library's allocation for one program, of which the call that VEKVC_FAIL_ALLOCATION counts to gives no memory. Calls
-// count from the program's own static objects on: what the loader and the C++ runtime do before is not vekdec's.
+// The C library's allocation for one program, of which the call that VEKVC_FAIL_ALLOCATION counts to gives no memory.
+// Calls count from the program's own static objects on: what the loader and the C++ runtime do before is not vekdec's.
 #include <unistd.h>
 #include <cerrno>
 #include <cstddef>

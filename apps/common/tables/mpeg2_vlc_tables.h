@@ -14,8 +14,8 @@ inline constexpr std::string_view kDcSizeLuminanceCodes[12] = {
 inline constexpr std::string_view kDcSizeChrominanceCodes[12] = {
     "00", "01", "10", "110", "1110", "11110", "111110", "1111110", "11111110", "111111110", "1111111110", "1111111111"};
 
-// Tables B.14 and B.15: run and level of a code, which a sign bit follows. First the codes in which the two differ; B.14
-// without the short code of a first coefficient (run 0, level 1).
+// Tables B.14 and B.15: run and level of a code, which a sign bit follows. First the codes in which the two differ;
+// B.14 without the short code of a first coefficient (run 0, level 1).
 inline constexpr Code kDctCoefficientsZero[] = {
     {"11", 0, 1}, {"011", 1, 1}, {"0100", 0, 2}, {"0101", 2, 1}, {"00101", 0, 3}, {"00111", 3, 1}, {"00110", 4, 1},
     {"000110", 1, 2}, {"000111", 5, 1}, {"000101", 6, 1}, {"000100", 7, 1}, {"0000110", 0, 4}, {"0000100", 2, 2},

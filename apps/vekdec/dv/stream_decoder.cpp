@@ -17,7 +17,8 @@ constexpr BlockKind kKinds[] = {
     {"8-8 class 3", {240, 130, 40}},   {"2-4-8 class 0", {90, 60, 180}}, {"2-4-8 class 1", {30, 110, 80}},
     {"2-4-8 class 2", {170, 140, 30}}, {"2-4-8 class 3", {200, 40, 60}},
 };
-// Macroblocks whose STA says that the recorder found errors and concealed nothing (SMPTE 314M, status of the macroblock).
+// Macroblocks whose STA says that the recorder found errors and concealed nothing (SMPTE 314M, status of the
+// macroblock).
 bool markedDamaged(const VekDVBlockInfo& info) { return info.sta == 7 || info.sta == 15; }
 
 }  // namespace

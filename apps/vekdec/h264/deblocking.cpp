@@ -32,8 +32,8 @@ constexpr std::uint8_t kTc0[52][5] = {
 
 enum Direction { kVerticalEdges = 0, kHorizontalEdges = 1 };
 
-// Boundary strengths of an edge's four segments in one word, a byte each: an edge is made, read and stored in one piece,
-// and all segments are worked on at once.
+// Boundary strengths of an edge's four segments in one word, a byte each: an edge is made, read and stored in one
+// piece, and all segments are worked on at once.
 using EdgeStrength = std::uint32_t;
 
 // `value` in the segments whose bits are set in `segments`.
@@ -100,8 +100,8 @@ int motionRun(Partitioning partitioning) {
     return partitioning == Partitioning::Whole ? 4 : partitioning == Partitioning::Smaller ? 1 : 2;
 }
 
-// Strengths of the macroblock's own edges 1 to 3. The edges inside 8x8 transforms are left out but where the chroma edges
-// of 4:2:2 take their strengths from them.
+// Strengths of the macroblock's own edges 1 to 3. The edges inside 8x8 transforms are left out but where the chroma
+// edges of 4:2:2 take their strengths from them.
 void deriveInner(const Macroblock& mb, bool is422, Strengths strengths[2]) {
     const int by = mb.transform8x8 && !is422 ? 2 : 1;
     if (mb.intra()) {
@@ -176,8 +176,8 @@ class Filter {
     }
 
   private:
-    // What the library takes beside samples and strengths: [0] for the outer edge, [1] for the inner ones. Sample is also
-    // the type of alpha, beta and tC0.
+    // What the library takes beside samples and strengths: [0] for the outer edge, [1] for the inner ones. Sample is
+    // also the type of alpha, beta and tC0.
     struct Thresholds {
         Sample alpha[2], beta[2];
         Sample tc0[16];
@@ -282,8 +282,8 @@ void Filter<Sample>::filterMacroblock(int address, int column, int row) {
     filterEdges(kHorizontalEdges, above, mb, strengths[kHorizontalEdges]);
 }
 
-// All edges of a direction, in all components. `outer` is the macroblock at the other side of edge 0; it counts where that
-// edge has a strength. The block begins `row` rows further down, its rows lie `stepFactor` times as far apart.
+// All edges of a direction, in all components. `outer` is the macroblock at the other side of edge 0; it counts where
+// that edge has a strength. The block begins `row` rows further down, its rows lie `stepFactor` times as far apart.
 template <typename Sample>
 void Filter<Sample>::filterEdges(Direction direction, const Macroblock* outer, const Macroblock& mb,
                                  const Strengths& strengths, int row, int stepFactor) {

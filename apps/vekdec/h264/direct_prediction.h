@@ -6,7 +6,8 @@
 
 namespace vekdec::h264 {
 
-// Asks the caches for the co-located macroblock of a later address: pictures' macroblocks do not stay in the second level.
+// Asks the caches for the co-located macroblock of a later address: pictures' macroblocks do not stay in the second
+// level.
 void prefetchColocated(const SliceContext& context, int address);
 
 // Derives the motion of direct quadrants. One object serves one macroblock: what its quadrants share is found once.

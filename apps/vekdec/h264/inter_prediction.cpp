@@ -278,8 +278,9 @@ class Predictor {
         }
     }
 
-    // Asks the caches for the luma that macroblocks further right read if they move like this one: a block's rows lie too
-    // far apart for the processor to foresee. A line of 64 bytes serves several macroblocks; each asks for its share of rows.
+    // Asks the caches for the luma that macroblocks further right read if they move like this one: a block's rows lie
+    // too far apart for the processor to foresee. A line of 64 bytes serves several macroblocks; each asks for its
+    // share of rows.
     void prefetch() const {
         constexpr int kAhead = 64 / static_cast<int>(sizeof(Sample));
         const Macroblock& mb = *current_.mb;

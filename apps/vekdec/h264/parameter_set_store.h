@@ -15,7 +15,8 @@ namespace vekdec::h264 {
 // lives on with those who use it. So equal pointers mean equal parameters.
 class ParameterSetStore {
   public:
-    // Take a unit's payload, emulation prevention and the zeros behind it still in. They throw BadSyntax and keep what they had then.
+    // Take a unit's payload, emulation prevention and the zeros behind it still in. They throw BadSyntax and keep what
+    // they had then.
     void takeSequence(std::span<const std::uint8_t> unit);
     void takePicture(std::span<const std::uint8_t> unit);
 

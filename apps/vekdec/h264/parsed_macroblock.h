@@ -16,8 +16,8 @@ struct ParsedMacroblock {
     Vek32u coded = 0, codedChroma = 0;
 };
 
-// Macroblocks are parsed a row ahead of their reconstruction: the code of both would not fit the processor's instruction
-// cache together. Buffers are as large as any row needs, for good.
+// Macroblocks are parsed a row ahead of their reconstruction: the code of both would not fit the processor's
+// instruction cache together. Buffers are as large as any row needs, for good.
 struct ParsedRow {
     std::vector<ParsedMacroblock> macroblocks;
     std::vector<Vek16s> coeffs16;  // for samples of 8 bits

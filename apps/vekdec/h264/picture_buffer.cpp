@@ -56,8 +56,8 @@ void PictureBuffer::activate(std::shared_ptr<const SequenceParameterSet> newSps)
     }
     active_ = std::move(newSps);
     const SequenceParameterSet& sps = *active_;
-    // What the level allows bounds the memory, whatever the stream asks for. Many streams name too low a level; those of
-    // small frames get what they ask for all the same, up to the buffer of level 4.
+    // What the level allows bounds the memory, whatever the stream asks for. Many streams name too low a level; those
+    // of small frames get what they ask for all the same, up to the buffer of level 4.
     constexpr int kTrustedMbs = 32768;
     const int frameMbs = sps.widthInMbs * sps.heightInMbs();
     const int most = std::clamp(std::max(maxDpbMbs(sps), kTrustedMbs) / frameMbs, 1, 16);

@@ -17,8 +17,8 @@ class PictureBuffer {
     explicit PictureBuffer(Output output) : output_(std::move(output)) {}
 
     // Begins the picture (or the second field) to which the slice belongs: gaps in frame_num are filled, an IDR picture
-    // empties the buffer, and there is room. Returns the frame to decode into. Throws BadSyntax for order counts outside
-    // 32 bits; no picture is begun then.
+    // empties the buffer, and there is room. Returns the frame to decode into. Throws BadSyntax for order counts
+    // outside 32 bits; no picture is begun then.
     Picture& begin(const SliceHeader& slice);
     // How many frames the stream lost right before the picture begun last: a gap that its SPS does not allow.
     int lost() const { return lost_; }

@@ -11,8 +11,8 @@ struct Place {
     int x, y, rowDistance;
 };
 
-// A macroblock of a frame or field, or a pair of an MBAFF frame, by column and row; of a pair the bottom one if `bottom`.
-// `field`: a field macroblock of an MBAFF frame.
+// A macroblock of a frame or field, or a pair of an MBAFF frame, by column and row; of a pair the bottom one if
+// `bottom`. `field`: a field macroblock of an MBAFF frame.
 struct MacroblockPosition {
     int structure = kFrame;
     bool mbaff = false;

@@ -24,8 +24,8 @@ class LevelScales {
 int chromaQp(int qpY, int chromaQpIndexOffset, int qpBdOffsetC);
 
 // Turns a parsed macroblock into samples: I_PCM samples are stored, inter macroblocks predicted (8.4.2), intra ones
-// predicted block by block (8.3), and the residual added. `coeffs` are those of its row. Throws BadSyntax where an intra
-// mode needs a missing neighbour, or a reference is missing.
+// predicted block by block (8.3), and the residual added. `coeffs` are those of its row. Throws BadSyntax where an
+// intra mode needs a missing neighbour, or a reference is missing.
 template <typename Sample, typename Coeff>
 void reconstruct(const SliceContext& context, const ParsedMacroblock& parsed, const LevelScales& scales,
                  const Coeff* coeffs);

@@ -39,8 +39,9 @@ struct Residual {
     Vek32u codedChroma = 0;  // those of 4:2:2 chroma
 };
 
-// Parses residual(): fills `residual`, whose coefficients have room for kMost, and the counts and bits of mb that neighbours and the deblocking filter read.
-// mb.type, codedBlockPattern, transform8x8 and field are set. Returns the end of the coefficients. Throws BadSyntax.
+// Parses residual(): fills `residual`, whose coefficients have room for kMost, and the counts and bits of mb that
+// neighbours and the deblocking filter read. mb.type, codedBlockPattern, transform8x8 and field are set. Returns the
+// end of the coefficients. Throws BadSyntax.
 template <typename Coeff>
 Coeff* parseResidual(BitReader& bits, const CavlcTables& tables, const Neighbours& neighbours, int chromaFormatIdc,
                      Macroblock& mb, Residual<Coeff>& residual);

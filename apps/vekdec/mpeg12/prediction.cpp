@@ -39,7 +39,8 @@ void predictPlane(const Plane& to, const Plane& from, int x, int y, int height, 
     }
 }
 
-// Luma and chroma of 16 x `height` luma samples from row y on (in luma rows of the planes); 7.6.3.7 for the chroma vector.
+// Luma and chroma of 16 x `height` luma samples from row y on (in luma rows of the planes); 7.6.3.7 for the chroma
+// vector.
 void predictBlock(vekapp::Chroma chroma, const Plane* to, const Plane* from, int x, int y, int height, MotionVector mv,
                   bool averaged) {
     predictPlane<16>(to[0], from[0], x, y, height, mv, averaged);

@@ -39,7 +39,8 @@ struct Vectors {
     int dmvector[2] = {};        // dual prime
 };
 
-// Predicts the macroblock at column x and row y (in macroblocks of the frame or field) from the directions that it uses.
+// Predicts the macroblock at column x and row y (in macroblocks of the frame or field) from the directions that it
+// uses.
 void predictMacroblock(const PictureContext& context, int x, int y, MotionType motion, const Vectors& vectors,
                        const bool (&uses)[2]);
 

@@ -134,7 +134,7 @@ bool StreamDecoder::beginPicture() {
     if (sequence_.mpeg2 && !newPictureExtended_) throw BadSyntax("a picture without its coding extension");
     if (!sequence_.mpeg2) header_.structure = kFrame;
     if (sequence_.progressive && header_.structure != kFrame)
-        throw BadSyntax("a field picture in a progressive sequence");  // 6.3.5; its frame may have an odd number of rows
+        throw BadSyntax("a field picture in a progressive sequence");  // 6.3.5; its frame may have an odd row
     const bool secondField = current_ != nullptr && header_.structure == kFrame - decodedFields_;
     if (!secondField) finishFrame();
     const PictureType type = header_.type;

@@ -1,5 +1,5 @@
-// The code tables of the MPEG-1/MPEG-2 macroblock layer (ISO 13818-2 Annex B) as decode tables of the library, scans and
-// quantizer scales.
+// The code tables of the MPEG-1/MPEG-2 macroblock layer (ISO 13818-2 Annex B) as decode tables of the library, scans
+// and quantizer scales.
 #pragma once
 
 #include <memory>
