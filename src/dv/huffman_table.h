@@ -29,8 +29,9 @@ constexpr Vek32s packEntry(const Symbol& s) {
 // The code at the top of a window of 64 bits.
 inline Entry lookUp(const VekDVHuffmanTable_32s* table, std::uint64_t window) {
     constexpr std::uint64_t kLong = ~std::uint64_t{0} << (64 - kLongPrefix);
-    const std::uint64_t index =
-        window >= kLong ? (1 << kShortBits) + (window << kLongPrefix >> (64 - kLongBits)) : window >> (64 - kShortBits);
+    std::uint64_t index = window >> (64 - kShortBits);
+    if (window >= kLong) [[unlikely]]
+        index = (1 << kShortBits) + (window << kLongPrefix >> (64 - kLongBits));
     return {load<Vek32s>(table + index)};
 }
 

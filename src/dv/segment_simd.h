@@ -63,29 +63,35 @@ struct DvBlock {
 
     // Takes codes until the block ends or the bits do. An incomplete code becomes the rest, and nothing is left then.
     void run(BitRun& bits, const VekDVHuffmanTable_32s* table, int pass) {
-        int at = position, last = info->last;
-        while (true) {
-            const std::uint64_t window = bits.window();
-            const dv::Entry entry = dv::lookUp(table, window);
-            // A look-up on bits behind the end finds a code longer than what is there.
-            if (entry.length() > bits.size()) {
-                restBits = bits.size();
-                rest = window;
-                bits.begin = bits.end;
-                break;
+        int at = position, lastNonZero = info->last, left = bits.size();
+        for (bool going = true; going;) {
+            std::uint64_t window = bits.window();
+            for (int codes = 0; codes < 3; ++codes) {  // of 16 bits at most: as many as a window surely holds
+                const dv::Entry entry = dv::lookUp(table, window);
+                // A look-up on bits behind the end finds a code longer than what is there.
+                if (entry.length() > left) [[unlikely]] {
+                    restBits = left;
+                    rest = window;
+                    left = 0;
+                    going = false;
+                    break;
+                }
+                left -= entry.length();
+                window <<= entry.length();
+                at += entry.advance();
+                if (at > 63) [[unlikely]] {
+                    ended = true;
+                    info->end = static_cast<Vek8u>(entry.advance() == dv::kEndOfBlockAdvance ? pass : 4);
+                    going = false;
+                    break;
+                }
+                store(coeffs + scan[at], static_cast<Vek16s>(entry.level()));
+                lastNonZero = entry.level() != 0 ? at : lastNonZero;
             }
-            bits.begin += entry.length();
-            at += entry.advance();
-            if (at > 63) [[unlikely]] {
-                ended = true;
-                info->end = static_cast<Vek8u>(entry.advance() == dv::kEndOfBlockAdvance ? pass : 4);
-                break;
-            }
-            store(coeffs + scan[at], static_cast<Vek16s>(entry.level()));
-            last = entry.level() != 0 ? at : last;
+            bits.begin = bits.end - left;
         }
         position = at;
-        info->last = static_cast<Vek8u>(last);
+        info->last = static_cast<Vek8u>(lastNonZero);
     }
     template <int mostBits>
     void goOn(SpareBits<mostBits>& spare, const VekDVHuffmanTable_32s* table, int pass) {
