@@ -6,6 +6,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "h264/place.h"
 #include "vekvc.h"
 
 namespace vekdec::h264 {
@@ -268,13 +269,12 @@ void Filter<Sample>::filterMacroblock(int address, int column, int row) {
         strengths[kHorizontalEdges].edge[0] = deriveOuter(*above, mb, kHorizontalEdges);
     if (!mixedLeft && !aboveInFields && !strengths[0].any() && !strengths[1].any()) return;
 
-    const int macroblockRow = pairs ? 2 * row + (bottom && !mb.field) : structure_ == kFrame ? row : 2 * row;
-    const int parityRow = pairs ? bottom && mb.field : structure_ == kBottomField;
+    const MacroblockPosition position{structure_, pairs, column, row, bottom, pairs && mb.field};
     for (int i = 0; i < planes_; ++i) {
         const vekapp::Plane& plane = picture_.plane[i];
-        data_[i] = plane.data + plane.stride * (macroblockRow * mbHeight_[i] + parityRow) +
-                   column * mbWidth_[i] * static_cast<int>(sizeof(Sample));
-        step_[i] = static_cast<int>(plane.stride) * (mb.field ? 2 : 1);
+        const Place place = placeOf(position, mbWidth_[i], mbHeight_[i]);
+        data_[i] = plane.data + plane.stride * place.y + place.x * static_cast<int>(sizeof(Sample));
+        step_[i] = static_cast<int>(plane.stride) * place.rowDistance;
     }
     if (mixedLeft) filterMixedLeft(left - bottom, mb, bottom);
     filterEdges(kVerticalEdges, left, mb, strengths[kVerticalEdges]);
