@@ -58,6 +58,14 @@ def main(vekdec, streams):
             path = make(name + ".mp4", "-r", "25", "-i", f"{streams}/{name}.264", "-c", "copy")
             done = run(vekdec, "-q", path, "--check", f"{streams}/{name}.md5")
             expect(done.returncode == 0, f"{name} in mp4", done)
+        # The other standards, where they usually are.
+        for name, kinds in [("mpeg2/m2_ibp.m2v", ["mpg", "ts", "mxf", "mkv"]), ("mpeg2/m1_ibp.m1v", ["mpg", "avi"]),
+                            ("dv/ntsc411_all.dv", ["avi", "mov", "mxf"])]:
+            raw = os.path.join(os.path.dirname(streams), name)
+            for kind in kinds:
+                path = make("other." + kind, "-fflags", "+genpts", "-i", raw, "-map", "0:v", "-c", "copy")
+                done = run(vekdec, "-q", path, "--check", os.path.splitext(raw)[0] + ".md5")
+                expect(done.returncode == 0, f"{name} in {kind}", done)
         # What it is, where it is nothing to decode.
         sound = make("sound.mp4", "-f", "lavfi", "-i", "sine=d=1", "-c:a", "aac")
         other = make("other.mkv", "-f", "lavfi", "-i", "testsrc2=s=64x64:d=1", "-c:v", "ffv1")
