@@ -1,5 +1,6 @@
 /** @file vc1.h
- *  VC-1 (SMPTE 421M): block transforms, sub-pixel interpolation, loop filter, overlap smoothing, range mapping.
+ *  VC-1 (SMPTE 421M): block transforms, sub-pixel interpolation, loop filter, overlap smoothing, range mapping,
+ *  quantization, Hadamard sums.
  *
  *  Steps are signed counts of bytes, also for 16-bit elements, and are used as they are. Nothing is checked but what a
  *  function lists. Interleaved chroma has the first component (Cb) in the even bytes and the second (Cr) in the odd
@@ -338,6 +339,86 @@ VEKVC_API VekStatus vekiSmoothingChroma_VerEdge_VC1_16s8u_P2C2R(const Vek16s* pS
  */
 VEKVC_API VekStatus vekiRangeMapping_VC1_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                 VekiSize roiSize, Vek32s rangeMapValue);
+/** @} */
+
+/** @name Inverse quantization
+ *  @{ */
+
+/** Levels to coefficients, in place (SMPTE 421M 8.1.3). With the step d = 2 * quant + (halfStep & 1), a level l becomes
+ *  l * d (uniform quantizer) or l * d + sign(l) * quant (non-uniform; 0 stays 0). In the Intra forms the value at
+ *  pSrcDst is the DC level and becomes l * dc, with dc = 2 * quant for quant 1 and 2, 8 for 3 and 4, quant / 2 + 6 from
+ *  5 on. Results keep their low 16 bits.
+ *  @param pSrcDst, srcDstStep the levels, replaced by the coefficients
+ *  @param roiSize the columns (4 or 8) and rows (1 to 8) to work on; values outside are neither read nor written, so
+ *  that a caller passes the corner that holds all levels other than 0
+ *  @param quant the macroblock's quantizer scale (MQUANT), 1 to 31
+ *  @param halfStep the half step (HALFQP), in bit 0; other bits are ignored
+ *  @retval vekStsErrNullPtr a pointer is null
+ *  @retval vekStsErrSize the width is not 4 or 8, or the height is outside 1..8
+ *  @retval vekStsErrOutOfRange quant is outside 1..31
+ */
+VEKVC_API VekStatus vekiQuantInvIntraUniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
+                                                          Vek32s quant, Vek32s halfStep);
+VEKVC_API VekStatus vekiQuantInvIntraNonuniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
+                                                             Vek32s quant, Vek32s halfStep);
+VEKVC_API VekStatus vekiQuantInvInterUniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
+                                                          Vek32s quant, Vek32s halfStep);
+VEKVC_API VekStatus vekiQuantInvInterNonuniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
+                                                             Vek32s quant, Vek32s halfStep);
+/** @} */
+
+/** @name Forward quantization
+ *  @{ */
+
+/** Coefficients to levels, in place: the counterpart of the inverse form of the same name. With the step d = 2 * quant
+ *  + (halfStep & 1), the magnitude of the level of c is (|c| + offset) / d (uniform) or (|c| + offset - quant) / d, 0
+ *  below 0 (non-uniform), the fraction dropped; its sign is that of c. In the Intra forms the value at pSrcDst is the
+ *  DC coefficient and gives the nearest level, (|c| + dc / 2) / dc with dc as in the inverse form, whatever the offset.
+ *  The inverse form followed by this one gives back every level whose coefficient did not wrap.
+ *  @param pSrcDst, srcDstStep the coefficients, replaced by the levels
+ *  @param roiSize the columns (4 or 8) and rows (1 to 8) to work on; values outside are neither read nor written
+ *  @param quant the macroblock's quantizer scale (MQUANT), 1 to 31
+ *  @param halfStep the half step (HALFQP), in bit 0; other bits are ignored
+ *  @param offset what is added before the division, 0 to d - 1: d / 2 rounds to the nearest value, less widens the dead
+ *  zone (often d / 3 for intra blocks, d / 6 for inter blocks)
+ *  @param[out] pCount the number of levels other than 0, in the Intra forms without the DC
+ *  @retval vekStsErrNullPtr a pointer is null
+ *  @retval vekStsErrSize the width is not 4 or 8, or the height is outside 1..8
+ *  @retval vekStsErrOutOfRange quant is outside 1..31, or offset outside 0..d - 1
+ */
+VEKVC_API VekStatus vekiQuantIntraUniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
+                                                       Vek32s quant, Vek32s halfStep, Vek32s offset, Vek32s* pCount);
+VEKVC_API VekStatus vekiQuantIntraNonuniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
+                                                          Vek32s quant, Vek32s halfStep, Vek32s offset, Vek32s* pCount);
+VEKVC_API VekStatus vekiQuantInterUniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
+                                                       Vek32s quant, Vek32s halfStep, Vek32s offset, Vek32s* pCount);
+VEKVC_API VekStatus vekiQuantInterNonuniform_VC1_16s_C1IR(Vek16s* pSrcDst, Vek32s srcDstStep, VekiSize roiSize,
+                                                          Vek32s quant, Vek32s halfStep, Vek32s offset, Vek32s* pCount);
+/** @} */
+
+/** @name Hadamard sum of a source block
+ *  @{ */
+
+/** The activity of an 8x8 block without its DC: with H the Hadamard matrix of +1 and -1 and R the sum of the 63 |H P
+ *  H^T| other than the first, (R + 2) >> 2. The scale is that of vekiSATD8x8T8_8u32s_C1R.
+ *  @param pSrc, srcStep the block
+ *  @param[out] pSum the sum, at most 16192
+ *  @retval vekStsErrNullPtr a pointer is null
+ */
+VEKVC_API VekStatus vekiHadamard8x8Sum_VC1_8u16s(const Vek8u* pSrc, Vek32s srcStep, Vek16s* pSum);
+/** @} */
+
+/** @name Hadamard sum of a residual block
+ *  @{ */
+
+/** The cost of an 8x8 residual, its DC included: with R the sum of all 64 |H P H^T|, (R + 2) >> 2, at most 32767. The
+ *  elements of H P H^T are formed in 16 bits with wrap-around and read as signed; nothing wraps while |P| is at most
+ *  511.
+ *  @param pSrc, srcStep the block; the step counts bytes
+ *  @param[out] pSum the sum
+ *  @retval vekStsErrNullPtr a pointer is null
+ */
+VEKVC_API VekStatus vekiHadamard8x8Sum_VC1_16s(const Vek16s* pSrc, Vek32s srcStep, Vek16s* pSum);
 /** @} */
 
 #ifdef __cplusplus

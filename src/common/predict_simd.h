@@ -31,6 +31,24 @@ void averageBlock(const Reference& src, int rounding, const Vek8u* pA, Vek32s aS
     });
 }
 
+// A half-sample position's samples (with rounding 0) as a block of its own, W bytes to a row. One function for each
+// case and width, whoever calls it.
+template <int W, Half half>
+[[gnu::noinline]] void copyPosition(const Vek8u* p, std::ptrdiff_t step, int rows, Vek8u* pDst) {
+    Predictor<W, 1, half, 0> source(p, step);
+#pragma GCC unroll 4
+    for (; rows > 0; --rows, pDst += W) Tile<W, 1>::store(pDst, W, source.rows());
+}
+
+// For kernels with so much work on a prediction that they need not exist once for each case: its samples in `copy`.
+template <int W, int H>
+Block<Vek8u> halfSampleBlock(Block<Vek8u> ref, Half position, Vek8u (&copy)[W * H]) {
+    withCase(position, 0, [&]<Half half, int>() {
+        if constexpr (half != Half::none) copyPosition<W, half>(ref.base, ref.step, H, copy);
+    });
+    return {copy, W};
+}
+
 // R rows of residuals at a time, laid out as widenLow and widenHigh widen a tile's samples.
 struct WideTile {
     i16x8 low, high;
@@ -120,27 +138,25 @@ void predictAndAdd(const Reference& ref, int rounding, ResidualBlock residual, V
     });
 }
 
-template <int W, int H, int next, Half halfF, Half halfB, int rounding, class ResidualBlock>
-[[gnu::noinline]] void predictAndAddCase(const Vek8u* pF, std::ptrdiff_t stepF, const Vek8u* pB, std::ptrdiff_t stepB,
-                                         ResidualBlock residualBlock, Vek8u* pDst, std::ptrdiff_t dstStep) {
+// Two references: a function for each pair of kinds of position.
+template <int W, int H, int next, Mean meanA, Mean meanB, int rounding, class ResidualBlock>
+[[gnu::noinline]] void averageAndAddCase(Reference refA, Reference refB, ResidualBlock residualBlock, Vek8u* pDst,
+                                         std::ptrdiff_t dstStep) {
     constexpr int R = kWideTileRows<W, H>;
-    Predictor<W, R, halfF, rounding, next> f(pF, stepF);
-    Predictor<W, R, halfB, rounding, next> b(pB, stepB);
+    Position<W, R, meanA, rounding, next> a(refA);
+    Position<W, R, meanB, rounding, next> b(refB);
     auto residual = readerOf<W, R>(residualBlock);
     TileWriter<W, R> dst(pDst, dstStep);
-    forTileRows<H, R>([&] { dst.rows(residual.rows().addTo(average(f.rows(), b.rows()))); });
+    forTileRows<H, R>([&] { dst.rows(residual.rows().addTo(average(a.rows(), b.rows()))); });
 }
 
 template <int W, int H, int next, class ResidualBlock>
 void predictAndAdd(const Reference& f, const Reference& b, int rounding, ResidualBlock residual, Vek8u* pDst,
                    Vek32s dstStep) {
-    withCase(f.half, rounding, [&]<Half halfF, int roundF>() {
-        withCase(b.half, rounding, [&]<Half halfB, int roundB>() {
-            constexpr int round = roundF | roundB;  // a full-sample case has no rounding of its own
-            predictAndAddCase<W, H, next, halfF, halfB, round>(f.pixels, f.step, b.pixels, b.step, residual, pDst,
-                                                               dstStep);
-        });
-    });
+    const auto use = [&]<Mean meanA, Mean meanB, int round>(const Reference& one, const Reference& other) {
+        averageAndAddCase<W, H, next, meanA, meanB, round>(one, other, residual, pDst, dstStep);
+    };
+    withPositions<kWideTileRows<W, H> == 1>(f, b, rounding, use);
 }
 
 inline void addConstant8x8(Vek16s value, Vek8u* pSrcDst, Vek32s srcDstStep) {

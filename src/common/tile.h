@@ -168,6 +168,65 @@ class Predictor {
     Line above_ = {};
 };
 
+// A position by how its samples are formed. A mean of two may also be one of a sample with itself: the two lie `next`
+// bytes, one row or nothing apart, so that all but the diagonal half-sample position are one kind, and two predictions
+// need a kernel for each pair of kinds only, not for each of 31 pairs of positions and roundings. The vertical one by
+// itself reads every row once.
+enum class Mean { ofOne, ofTwo, ofRows, ofFour };
+
+template <int W, int R, Mean mean, int rounding, int next = 1>
+class Position : public Predictor<W, R,
+                                  mean == Mean::ofOne    ? Half::none
+                                  : mean == Mean::ofRows ? Half::vertical
+                                                         : Half::both,
+                                  rounding, next> {
+  public:
+    explicit Position(const Reference& ref) : Position::Predictor(ref.pixels, ref.step) {}
+};
+template <int W, int R, int rounding, int next>
+class Position<W, R, Mean::ofTwo, rounding, next> {
+  public:
+    explicit Position(const Reference& ref)
+        : p_(ref.pixels),
+          step_(ownStep(ref.step)),
+          distance_(ref.half == Half::vertical     ? ref.step
+                    : ref.half == Half::horizontal ? next
+                                                   : 0) {}
+    [[gnu::always_inline]] u8x16 rows() {
+        const u8x16 a = Tile<W, R>::load(p_, step_), b = Tile<W, R>::load(p_ + distance_, step_);
+        p_ += R * step_;
+        const u8x16 mean = average(a, b);
+        return rounding ? mean - ((a ^ b) & splat<u8x16>(1)) : mean;
+    }
+
+  private:
+    const Vek8u* p_;
+    std::ptrdiff_t step_, distance_;
+};
+
+// Calls use<mean of one, mean of the other, rounding>(one, other) for two references in any order. Apart tells whether
+// a vertical position beside a mean of two is worth a kernel of its own.
+template <bool apart, class Use>
+[[gnu::always_inline]] inline void withPositions(const Reference& f, const Reference& b, int rounding, Use&& use) {
+    if (f.half == Half::none && b.half == Half::none) return use.template operator()<Mean::ofOne, Mean::ofOne, 0>(f, b);
+    // The references are passed by name in each branch: chosen by a condition, they would go through memory.
+    const auto with = [&]<Mean one, Mean other>(const Reference& r1, const Reference& r2)
+        __attribute__((always_inline)) {
+        return rounding ? use.template operator()<one, other, 1>(r1, r2)
+                        : use.template operator()<one, other, 0>(r1, r2);
+    };
+    const bool fFour = f.half == Half::both, bFour = b.half == Half::both;
+    if (fFour && bFour) return with.template operator()<Mean::ofFour, Mean::ofFour>(f, b);
+    if (fFour) return with.template operator()<Mean::ofTwo, Mean::ofFour>(b, f);
+    if (bFour) return with.template operator()<Mean::ofTwo, Mean::ofFour>(f, b);
+    if constexpr (apart) {
+        const bool fRows = f.half == Half::vertical, bRows = b.half == Half::vertical;
+        if (fRows && !bRows) return with.template operator()<Mean::ofTwo, Mean::ofRows>(b, f);
+        if (bRows && !fRows) return with.template operator()<Mean::ofTwo, Mean::ofRows>(f, b);
+    }
+    with.template operator()<Mean::ofTwo, Mean::ofTwo>(f, b);
+}
+
 }  // namespace vekvc::simd
 
 #endif

@@ -1,4 +1,4 @@
-// The exports of block variance and mean.
+// The exports of variance, mean and deviation.
 #include "common/variance_plain.h"
 #include "core/check.h"
 #include "core/kernel.h"
@@ -34,6 +34,26 @@ VekStatus varMean8x8(const Vek16s* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* p
     return vekStsOk;
 }
 
+template <int W, int H>
+VekStatus varMeanDiff(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek32s* pVar, Vek32s* pMean,
+                      Vek32s mcType) {
+    if (anyNull(pSrc, pRef, pVar, pMean)) return vekStsErrNullPtr;
+    const auto m = kernel::momentsOfDifference<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep),
+                                                     halfOfMcType(mcType));
+    // The square takes all 32 bits without sign: 256 * 255 squared is 4261478400.
+    const Vek32u squareOfSum = magnitude(m.sum) * magnitude(m.sum);
+    store(pVar, m.squares - static_cast<Vek32s>(squareOfSum / (W * H)));
+    store(pMean, m.sum);
+    return vekStsOk;
+}
+
+template <int W, int H>
+VekStatus meanAbsDev(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pDev) {
+    if (anyNull(pSrc, pDev)) return vekStsErrNullPtr;
+    store(pDev, kernel::sumOfDeviations<W, H>(Block<Vek8u>(pSrc, srcStep)));
+    return vekStsOk;
+}
+
 }  // namespace
 }  // namespace vekvc
 
@@ -61,4 +81,22 @@ VekStatus vekiVariance16x16_8u32s(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVa
     // Deliberately not exact: the square of the sum wraps at 32 bits and is read as signed.
     store(pVar, wrapSub(m.squares, wrapMul(m.sum, m.sum) / 256));
     return vekStsOk;
+}
+
+VekStatus vekiVarMeanDiff16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
+                                         Vek32s* pVar, Vek32s* pMean, Vek32s mcType) {
+    return varMeanDiff<16, 16>(pSrc, srcStep, pRef, refStep, pVar, pMean, mcType);
+}
+
+VekStatus vekiVarMeanDiff16x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep,
+                                        Vek32s* pVar, Vek32s* pMean, Vek32s mcType) {
+    return varMeanDiff<16, 8>(pSrc, srcStep, pRef, refStep, pVar, pMean, mcType);
+}
+
+VekStatus vekiMeanAbsDev8x8_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pDev) {
+    return meanAbsDev<8, 8>(pSrc, srcStep, pDev);
+}
+
+VekStatus vekiMeanAbsDev16x16_8u32s_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pDev) {
+    return meanAbsDev<16, 16>(pSrc, srcStep, pDev);
 }

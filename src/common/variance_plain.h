@@ -1,9 +1,8 @@
-// Variance, sum and squared deviations of a block. The definition.
+// Variance, sum and deviations of a block. The definition.
 #ifndef VEKVC_COMMON_VARIANCE_PLAIN_H
 #define VEKVC_COMMON_VARIANCE_PLAIN_H
 
-#include "core/arith.h"
-#include "core/memory.h"
+#include "common/predict_plain.h"
 
 namespace vekvc::plain {
 
@@ -34,6 +33,29 @@ inline Moments moments8x8(Block<Vek16s> s) {
         }
     for (const Vek16s column : columns) m.sum += column;
     return m;
+}
+
+// The same of s - p, p being the reference at its position with rounding 0: 256 * 255 * 255 fits 32 bits.
+template <int W, int H>
+Moments momentsOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+    Moments m = {0, 0};
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) {
+            const int difference = s(x, y) - samplePosition(ref, half, 0, 1, x, y);
+            m.sum += difference;
+            m.squares += difference * difference;
+        }
+    return m;
+}
+
+// The sum of |s - m|, m being the mean with the fraction dropped.
+template <int W, int H>
+Vek32s sumOfDeviations(Block<Vek8u> s) {
+    const int mean = moments<W, H>(s).sum / (W * H);
+    Vek32s sum = 0;
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) sum += s(x, y) < mean ? mean - s(x, y) : s(x, y) - mean;
+    return sum;
 }
 
 }  // namespace vekvc::plain

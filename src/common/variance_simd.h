@@ -1,9 +1,9 @@
-// Variance, sum and squared deviations of a block. The fast form of variance_plain.h.
+// Variance, sum and deviations of a block. The fast form of variance_plain.h.
 #ifndef VEKVC_COMMON_VARIANCE_SIMD_H
 #define VEKVC_COMMON_VARIANCE_SIMD_H
 
+#include "common/predict_simd.h"
 #include "common/variance_plain.h"
-#include "core/simd.h"
 
 namespace vekvc::simd {
 
@@ -52,6 +52,83 @@ inline Moments moments8x8(Block<Vek16s> s) {
         squares += mulAddPairs(row, row);
     }
     return {sumLanes(mulAddPairs(columns, splat<i16x8>(1))), sumLanes(squares)};
+}
+
+// Each lane takes at most 16 * 2 differences: 32 * 255 fits 16 bits.
+template <int H>
+[[gnu::always_inline]] inline Moments momentsOfDifference16(Block<Vek8u> s, Block<Vek8u> p) {
+#if VEKVC_VECTOR256
+    i16x16 sum = zero<i16x16>();
+    i32x8 squares = zero<i32x8>();
+#pragma GCC unroll 4
+    for (int y = 0; y < H; ++y, s.base += s.step, p.base += p.step) {
+        const i16x16 difference = widen(load<u8x16>(s.base)) - widen(load<u8x16>(p.base));
+        sum += difference;
+        squares += mulAddPairs(difference, difference);
+    }
+    return {sumLanes(mulAddPairs(sum, constant<i16x16, 1>())), sumLanes(squares)};
+#else
+    // From the bytes of both in turn, less than to widen each.
+    const i8x16 plusMinus = as<i8x16>(constant<i16x8, -255>());  // the bytes 1, -1
+    i16x8 sum = zero<i16x8>();
+    i32x4 squares = zero<i32x4>();
+#pragma GCC unroll 4
+    for (int y = 0; y < H; ++y, s.base += s.step, p.base += p.step) {
+        const u8x16 a = load<u8x16>(s.base), b = load<u8x16>(p.base);
+        const i16x8 low = mulAddPairs(interleaveLow(a, b), plusMinus);
+        const i16x8 high = mulAddPairs(interleaveHigh(a, b), plusMinus);
+        sum += low + high;
+        squares += mulAddPairs(low, low) + mulAddPairs(high, high);
+    }
+    return {sumLanes(mulAddPairs(sum, constant<i16x8, 1>())), sumLanes(squares)};
+#endif
+}
+
+template <int H>
+[[gnu::noinline]] Moments momentsAtHalfSample(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+    alignas(16) Vek8u copy[16 * H];
+    return momentsOfDifference16<H>(s, halfSampleBlock<16, H>(ref, half, copy));
+}
+
+template <int W, int H>
+[[gnu::always_inline]] inline Moments momentsOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+    static_assert(W == 16);
+    return half == Half::none ? momentsOfDifference16<H>(s, ref) : momentsAtHalfSample<H>(s, ref, half);
+}
+
+template <int W, int H>
+[[gnu::always_inline]] inline Vek32s sumOfDeviations(Block<Vek8u> s) {
+#if VEKVC_VECTOR256
+    using V = u8x32;
+    constexpr int kVectors = W * H / 32;
+    const auto vector = [&](int i) {
+        if constexpr (W == 16)
+            return loadPair16<V>(s.at(0, 2 * i), s.at(0, 2 * i + 1));
+        else
+            return loadFour8<V>(s.at(0, 4 * i), s.at(0, 4 * i + 1), s.at(0, 4 * i + 2), s.at(0, 4 * i + 3));
+    };
+#else
+    using V = u8x16;
+    constexpr int kVectors = W * H / 16;
+    const auto vector = [&](int i) {
+        if constexpr (W == 16)
+            return load<V>(s.at(0, i));
+        else
+            return loadPair8<V>(s.at(0, 2 * i), s.at(0, 2 * i + 1));
+    };
+#endif
+    using Sum = Vec<std::uint64_t, V::kBytes / 8>;
+    V block[kVectors];
+    Sum sum = zero<Sum>(), deviations = zero<Sum>();
+#pragma GCC unroll 16
+    for (int i = 0; i < kVectors; ++i) {
+        block[i] = vector(i);
+        sum += sumAbsDiff(block[i], zero<V>());
+    }
+    const V mean = splat<V>(sumLanes(sum) / (W * H));
+#pragma GCC unroll 16
+    for (int i = 0; i < kVectors; ++i) deviations += sumAbsDiff(block[i], mean);
+    return sumLanes(deviations);
 }
 
 }  // namespace vekvc::simd

@@ -77,7 +77,7 @@ VEKVC_SIMD_INLINE V splatFrom(const void* p) {
 template <class V, class... X>
 VEKVC_SIMD_INLINE V lanes(X... x) {
     static_assert(sizeof...(X) * sizeof(typename V::Lane) == V::kBytes);
-    alignas(32) const typename V::Lane values[] = {static_cast<typename V::Lane>(x)...};
+    const typename V::Lane values[] = {static_cast<typename V::Lane>(x)...};
     return load<V>(values);
 }
 

@@ -191,6 +191,12 @@ VEKVC_SIMD_FN void storePair8(void* low, void* high, Vec<T, N> v) {
     _mm_storel_epi64(static_cast<__m128i*>(low), v.raw);
     *static_cast<UnalignedDouble*>(high) = _mm_castsi128_pd(v.raw)[1];
 }
+// A run of 8 bytes in both halves.
+template <class V>
+VEKVC_SIMD_INLINE V loadTwice8(const void* p) {
+    static_assert(is128<V>);
+    return {_mm_castpd_si128(_mm_loaddup_pd(static_cast<const double*>(p)))};
+}
 template <class V>
 VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
     int bits;
@@ -241,6 +247,13 @@ VEKVC_SIMD_FN auto highHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_extra
 VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
     return {_mm256_permute2x128_si256(a.raw, b.raw, 0x21)};
 }
+// The low (high) halves of a and b as one vector.
+VEKVC_SIMD_FN Vec<T, N> joinLowHalves(Vec<T, N> a, Vec<T, N> b) {
+    return {_mm256_permute2x128_si256(a.raw, b.raw, 0x20)};
+}
+VEKVC_SIMD_FN Vec<T, N> joinHighHalves(Vec<T, N> a, Vec<T, N> b) {
+    return {_mm256_permute2x128_si256(a.raw, b.raw, 0x31)};
+}
 // 64-bit quarters in the order i0 i1 i2 i3.
 template <int i0, int i1, int i2, int i3, class T, int N>
 VEKVC_SIMD_INLINE Vec<T, N> shuffle64(Vec<T, N> a) {
@@ -251,6 +264,21 @@ template <class V>
 VEKVC_SIMD_INLINE V loadFour8(const void* a, const void* b, const void* c, const void* d) {
     return join(loadPair8<Vec<typename V::Lane, 16 / laneBytes<V>>>(a, b),
                 loadPair8<Vec<typename V::Lane, 16 / laneBytes<V>>>(c, d));
+}
+// 16 bytes of memory in both halves.
+template <class V>
+VEKVC_SIMD_INLINE V loadTwice16(const void* p) {
+    return {_mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p)))};
+}
+// Two runs of 8 bytes, each in both quarters of its half.
+template <class V>
+VEKVC_SIMD_INLINE V loadPairTwice8(const void* low, const void* high) {
+    const auto twice = [](const void* p) {
+        std::int64_t bits;
+        std::memcpy(&bits, p, sizeof bits);
+        return _mm256_set1_epi64x(bits);
+    };
+    return {_mm256_blend_epi32(twice(low), twice(high), 0xF0)};
 }
 // Two runs of 16 bytes into the halves of one vector: two rows of 16 samples.
 template <class V>

@@ -91,6 +91,34 @@ VEKVC_SIMD_INLINE Vec<T, N> blend32(Vec<T, N> a, Vec<T, N> b) {
     return blend16<(mask & 1) * 3 | (mask & 2) * 6 | (mask & 4) * 12 | (mask & 8) * 24>(a, b);
 #endif
 }
+// The even (odd) 32-bit lanes of a, then of b (of each half).
+VEKVC_SIMD_FN Vec<T, N> evenLanes32(Vec<T, N> a, Vec<T, N> b) {
+    if constexpr (is128<Vec<T, N>>)
+        return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw), 0x88))};
+#if VEKVC_VECTOR256
+    else
+        return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
+#endif
+}
+VEKVC_SIMD_FN Vec<T, N> oddLanes32(Vec<T, N> a, Vec<T, N> b) {
+    if constexpr (is128<Vec<T, N>>)
+        return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw), 0xDD))};
+#if VEKVC_VECTOR256
+    else
+        return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0xDD))};
+#endif
+}
+// The 16-bit lanes of each pair in the other order.
+VEKVC_SIMD_FN Vec<T, N> swapNeighbours16(Vec<T, N> a) {
+    static_assert(sizeof(T) == 2);
+    if constexpr (is128<Vec<T, N>>)
+        return shuffleBytes(a, lanes<u8x16>(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13));
+#if VEKVC_VECTOR256
+    else
+        return shuffleBytes(a, lanes<u8x32>(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13,  //
+                                            2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13));
+#endif
+}
 // Four runs of 4 bytes, from at(0) to at(3).
 template <class V, class At>
 VEKVC_SIMD_INLINE V loadLanes32(At at) {
@@ -236,8 +264,8 @@ VEKVC_SIMD_INLINE void transpose8x8(i32x8 (&r)[8]) {
     transpose4x4(r[4], r[5], r[6], r[7]);
     for (int i = 0; i < 4; ++i) {
         const i32x8 top = r[i], low = r[i + 4];
-        r[i] = {_mm256_permute2x128_si256(top.raw, low.raw, 0x20)};
-        r[i + 4] = {_mm256_permute2x128_si256(top.raw, low.raw, 0x31)};
+        r[i] = joinLowHalves(top, low);
+        r[i + 4] = joinHighHalves(top, low);
     }
 }
 #endif

@@ -26,11 +26,6 @@ VEKVC_SIMD_INLINE u16x16 eightSums(u8x32 reference, u8x32 source) {
     constexpr int low = lowReferenceQuad << 2 | lowSourceQuad, high = highReferenceQuad << 2 | highSourceQuad;
     return {_mm256_mpsadbw_epu8(reference.raw, source.raw, low | high << 3)};
 }
-// 16 bytes of memory in both halves.
-template <class V>
-VEKVC_SIMD_INLINE V loadTwice16(const void* p) {
-    return {_mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p)))};
-}
 #endif
 // The sum of all lanes (32-bit lanes with wrap-around; 64-bit lanes: their low 32 bits).
 VEKVC_SIMD_INLINE std::int32_t sumLanes(i32x4 a) {
