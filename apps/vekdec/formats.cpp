@@ -2,11 +2,12 @@
 #include "decoder.h"
 #include "h264/format.h"
 #include "mpeg12/format.h"
+#include "vc1/format.h"
 
 namespace vekdec {
 
 std::span<const Format> formats() {
-    static const Format kFormats[] = {h264::format(), mpeg12::format()};
+    static const Format kFormats[] = {h264::format(), mpeg12::format(), vc1::format()};
     return kFormats;
 }
 
