@@ -1,5 +1,7 @@
 #include "vc1/residual.h"
 
+#include <bit>
+
 namespace vekdec::vc1 {
 
 TransformCode transformCode(int symbol) {
@@ -80,6 +82,8 @@ void ResidualDecoder::parseLevels(WordReader& bits, const CoefficientSet& set, c
         const int position = scan[i] + offset;
         block.value[position] = static_cast<Vek16s>(s.level);
         block.include(position);
+        if (s.level == 0) [[unlikely]]
+            block.zeroLevels |= std::uint64_t{1} << position;
         if (s.last) return;
     }
 }
@@ -122,9 +126,13 @@ void ResidualDecoder::parseInter(WordReader& bits, const TransformCode* told, bo
     }
     mb.transform[block] = code.type;
     residual.clear();
+    const bool uniform = context_->header->uniform;
     const auto dequantize = [&](int offset, int width, int height) {
-        (context_->header->uniform ? vekiQuantInvInterUniform_VC1_16s_C1IR : vekiQuantInvInterNonuniform_VC1_16s_C1IR)(
+        (uniform ? vekiQuantInvInterUniform_VC1_16s_C1IR : vekiQuantInvInterNonuniform_VC1_16s_C1IR)(
             residual.value + offset, 16, {width, height}, mb.quant, mb.halfStep);
+        // A level 0 that an escape sends counts as positive in the non-uniform quantizer.
+        for (; !uniform && residual.zeroLevels != 0; residual.zeroLevels &= residual.zeroLevels - 1)
+            residual.value[std::countr_zero(residual.zeroLevels)] = mb.quant;
     };
     const std::uint8_t* scan = scans_[static_cast<int>(code.type)];
     if (code.type == Transform::T8x8) {

@@ -12,10 +12,12 @@ namespace vekdec::vc1 {
 struct Coefficients {
     alignas(32) Vek16s value[64];
     int columns, rows;
+    std::uint64_t zeroLevels;  // positions of levels that are sent and 0
 
     void clear() {
         for (Vek16s& v : value) v = 0;
         columns = rows = 0;
+        zeroLevels = 0;
     }
     void include(int position) {
         columns = columns > (position & 7) ? columns : (position & 7) + 1;
