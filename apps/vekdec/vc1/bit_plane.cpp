@@ -35,6 +35,7 @@ void parsePairs(WordReader& bits, std::vector<std::uint8_t>& plane) {
         const int pair = decode(bits, tables().norm2, "bit-plane pair");
         plane[i] = (pair & 1) != 0;
         plane[i + 1] = (pair & 2) != 0;
+        bits.checkEnd();
     }
 }
 
@@ -46,6 +47,7 @@ void parseTiles(WordReader& bits, const Region& r) {
         for (int x = left; x < r.width; x += tileWidth) {
             const int tile = decode(bits, tables().norm6, "bit-plane tile");
             for (int k = 0; k < 6; ++k) r.at(x + k % tileWidth, y + k / tileWidth) = (tile >> k & 1) != 0;
+            bits.checkEnd();
         }
     // What no tile covers: columns at the left, then a row above the tiles.
     parseColumns(bits, {r.first, r.stride, left, r.height});

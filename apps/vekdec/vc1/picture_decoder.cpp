@@ -63,7 +63,7 @@ void PictureDecoder::setPictureQuant(Macroblock& mb) const {
                         (x_ == context_.width - 1 ? Q::kRight : 0u) | (y_ == context_.height - 1 ? Q::kBottom : 0u);
     const bool alternative = (q.edges & at) != 0;
     mb.quant = static_cast<std::uint8_t>(alternative ? q.alternative : header.pquant);
-    mb.halfStep = header.halfStep && !alternative && !q.inMacroblocks;
+    mb.halfStep = header.halfStep && !alternative && !(q.inMacroblocks && !q.bilevel);
 }
 
 // MQUANT.
@@ -73,7 +73,10 @@ void PictureDecoder::parseQuant(Macroblock& mb) {
     if (!q.inMacroblocks) return;
     int quant = header.pquant;
     if (q.bilevel) {
-        if (bits_->flag()) quant = q.alternative;
+        if (bits_->flag()) {
+            quant = q.alternative;
+            mb.halfStep = false;
+        }
     } else {
         const int difference = static_cast<int>(bits_->u(3));
         quant = difference == 7 ? static_cast<int>(bits_->u(5)) : quant + difference;

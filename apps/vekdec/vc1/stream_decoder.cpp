@@ -241,7 +241,7 @@ void StreamDecoder::decodeSlices(WordReader& bits, std::size_t first, std::size_
         return header_.isField() ? row % context_.height : row;
     };
     const Stopwatch watch(secondsMacroblocks_);
-    int row = 0;
+    int row = 0, done = 0;
     for (std::size_t i = first; i < end; ++i) {
         int endRow = context_.height;
         for (std::size_t next = i + 1; next < end; ++next)
@@ -249,14 +249,17 @@ void StreamDecoder::decodeSlices(WordReader& bits, std::size_t first, std::size_
                 endRow = std::min(addressOf(next), context_.height);
                 break;
             }
+        if (i > first && waiting_[i].code != kSlice) continue;
         ++slicesSeen_;
         try {
             if (i == first) {
+                done = endRow;
                 pictureDecoder_.decodeRows(bits, 0, endRow);
                 continue;
             }
-            if (waiting_[i].code != kSlice) continue;
             row = addressOf(i);
+            if (row < done) throw BadSyntax("it lies over the one before");
+            done = std::max(row, endRow);
             payload_.assignUnescaped(Bytes(waitingBytes_).subspan(waiting_[i].begin, waiting_[i].size));
             WordReader sliceBits(payload_);
             sliceBits.u(9);          // SLICE_ADDR
