@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 
 #include "bits/start_code.h"
@@ -241,25 +242,21 @@ void StreamDecoder::decodeSlices(WordReader& bits, std::size_t first, std::size_
         return header_.isField() ? row % context_.height : row;
     };
     const Stopwatch watch(secondsMacroblocks_);
-    int row = 0, done = 0;
+    int done = 0;  // rows
     for (std::size_t i = first; i < end; ++i) {
-        int endRow = context_.height;
-        for (std::size_t next = i + 1; next < end; ++next)
-            if (waiting_[next].code == kSlice) {
-                endRow = std::min(addressOf(next), context_.height);
-                break;
-            }
         if (i > first && waiting_[i].code != kSlice) continue;
+        const int row = i == first ? 0 : addressOf(i);
+        int endRow = context_.height;
+        for (std::size_t next = end; --next > i;)
+            if (waiting_[next].code == kSlice && addressOf(next) > row) endRow = std::min(addressOf(next), endRow);
         ++slicesSeen_;
         try {
+            if (row < done) throw BadSyntax("it lies over the one before");
+            done = endRow;
             if (i == first) {
-                done = endRow;
                 pictureDecoder_.decodeRows(bits, 0, endRow);
                 continue;
             }
-            row = addressOf(i);
-            if (row < done) throw BadSyntax("it lies over the one before");
-            done = std::max(row, endRow);
             payload_.assignUnescaped(Bytes(waitingBytes_).subspan(waiting_[i].begin, waiting_[i].size));
             WordReader sliceBits(payload_);
             sliceBits.u(9);          // SLICE_ADDR
@@ -270,7 +267,7 @@ void StreamDecoder::decodeSlices(WordReader& bits, std::size_t first, std::size_
                     parseAdvancedHeader(sliceBits, sequence_);
             }
             pictureDecoder_.decodeRows(sliceBits, row, endRow);
-        } catch (const BadSyntax& e) {
+        } catch (const std::runtime_error& e) {  // BadSyntax; NotSupported from the header of a slice
             damage("slice in row " + std::to_string(row) + ": " + e.what());
         }
     }
