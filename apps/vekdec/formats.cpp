@@ -3,11 +3,12 @@
 #include "dv/format.h"
 #include "h264/format.h"
 #include "mpeg12/format.h"
+#include "vc1/format.h"
 
 namespace vekdec {
 
 std::span<const Format> formats() {
-    static const Format kFormats[] = {h264::format(), mpeg12::format(), dv::format()};
+    static const Format kFormats[] = {h264::format(), mpeg12::format(), vc1::format(), dv::format()};
     return kFormats;
 }
 

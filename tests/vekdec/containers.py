@@ -66,6 +66,14 @@ def main(vekdec, streams):
                 path = make("other." + kind, "-fflags", "+genpts", "-i", raw, "-map", "0:v", "-c", "copy")
                 done = run(vekdec, "-q", path, "--check", os.path.splitext(raw)[0] + ".md5")
                 expect(done.returncode == 0, f"{name} in {kind}", done)
+        # VC-1: frames without start codes, and what a container says of Simple and Main profile.
+        vc1 = os.path.join(streams, "..", "vc1")
+        for stream, kinds in ("g_main_2.rcv", ["wmv", "mkv", "avi"]), ("g_adv_field_p1.vc1", ["wmv", "mkv", "mp4", "ts"]):
+            name = os.path.splitext(stream)[0]
+            for kind in kinds:
+                path = make(f"{name}.{kind}", "-fflags", "+genpts", "-i", os.path.join(vc1, stream), "-c", "copy")
+                done = run(vekdec, "-q", path, "--check", os.path.join(vc1, name + ".md5"))
+                expect(done.returncode == 0, f"{name} in {kind}", done)
         # What it is, where it is nothing to decode.
         sound = make("sound.mp4", "-f", "lavfi", "-i", "sine=d=1", "-c:a", "aac")
         other = make("other.mkv", "-f", "lavfi", "-i", "testsrc2=s=64x64:d=1", "-c:v", "ffv1")

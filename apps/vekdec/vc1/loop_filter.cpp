@@ -1,0 +1,136 @@
+#include "vc1/loop_filter.h"
+
+#include "vekvc.h"
+
+namespace vekdec::vc1 {
+namespace {
+
+// Quarters of a block, as bits of Macroblock::corners.
+enum Corner : unsigned { kTopLeft = 8, kTopRight = 4, kBottomLeft = 2, kBottomRight = 1 };
+
+// Of an edge of two segments of 4 samples: those to be filtered, bit 0 the first one.
+constexpr unsigned segments(bool first, bool second) { return (first ? 1u : 0u) | (second ? 2u : 0u); }
+
+// The filter's view of one block.
+struct BlockView {
+    const Macroblock* mb;
+    int block;
+
+    unsigned corners() const { return mb->corners[block]; }
+    bool intra() const { return mb->isIntra(block); }
+    // Whether they move alike: neither is intra, and both have the same vector to the same field.
+    bool movesAs(const BlockView& other) const {
+        if (intra() || other.intra()) return false;
+        if (block >= 4) return mb->chroma == other.mb->chroma && mb->chromaOtherField == other.mb->chromaOtherField;
+        return mb->mv[block] == other.mb->mv[other.block] &&
+               (mb->otherField >> block & 1) == (other.mb->otherField >> other.block & 1);
+    }
+};
+
+unsigned edgeBelow(const BlockView& upper, const BlockView& lower) {
+    if (!upper.movesAs(lower)) return 3;
+    const unsigned u = upper.corners(), l = lower.corners();
+    return segments((u & kBottomLeft) != 0 || (l & kTopLeft) != 0, (u & kBottomRight) != 0 || (l & kTopRight) != 0);
+}
+
+unsigned edgeRight(const BlockView& left, const BlockView& right) {
+    if (!left.movesAs(right)) return 3;
+    const unsigned l = left.corners(), r = right.corners();
+    return segments((l & kTopRight) != 0 || (r & kTopLeft) != 0, (l & kBottomRight) != 0 || (r & kBottomLeft) != 0);
+}
+
+unsigned horizontalMiddle(const BlockView& b) {
+    const Transform t = b.mb->transform[b.block];
+    if (t != Transform::T8x4 && t != Transform::T4x4) return 0;
+    const unsigned c = b.corners();
+    return segments((c & (kTopLeft | kBottomLeft)) != 0, (c & (kTopRight | kBottomRight)) != 0);
+}
+
+unsigned verticalMiddle(const BlockView& b) {
+    const Transform t = b.mb->transform[b.block];
+    if (t != Transform::T4x8 && t != Transform::T4x4) return 0;
+    const unsigned c = b.corners();
+    return segments((c & (kTopLeft | kTopRight)) != 0, (c & (kBottomLeft | kBottomRight)) != 0);
+}
+
+class LoopFilter {
+  public:
+    explicit LoopFilter(const PictureContext& context)
+        : c_(context), quant_(context.header->pquant), byBlocks_(context.header->type == PictureType::P) {}
+
+    void run() {
+        for (int plane = 0; plane < 3; ++plane) {
+            const int rows = plane == 0 ? 2 * c_.height : c_.height;
+            // Rows of edges in the order of dependence: the middles behind both edges of their blocks.
+            for (int row = 1; row <= rows; ++row) {
+                if (row < rows) horizontalEdges(plane, row, false);
+                if (byBlocks_) horizontalEdges(plane, row - 1, true);
+            }
+            for (int row = 0; row < rows; row += plane == 0 ? 2 : 1) {
+                verticalEdges(plane, row, false);
+                if (byBlocks_) verticalEdges(plane, row, true);
+            }
+        }
+    }
+
+  private:
+    // The block at a column and row of the plane's blocks.
+    BlockView view(int plane, int x, int y) const {
+        if (plane != 0) return {&c_.mb(x, y), 3 + plane};
+        return {&c_.mb(x >> 1, y >> 1), (x & 1) | (y & 1) << 1};
+    }
+
+    void horizontalEdges(int plane, int row, bool middle) const {
+        const vekapp::Plane& p = c_.plane[plane];
+        const auto step = static_cast<Vek32s>(p.stride);
+        const int y = 8 * row + (middle ? 4 : 0);
+        const auto of = [&](int x) {
+            if (!byBlocks_) return 3u;
+            return middle ? horizontalMiddle(view(plane, x, row))
+                          : edgeBelow(view(plane, x, row - 1), view(plane, x, row));
+        };
+        for (int mbX = 0; mbX < c_.width; ++mbX) {
+            if (plane == 0) {
+                const unsigned wanted = of(2 * mbX) | of(2 * mbX + 1) << 2;
+                if (wanted != 0)
+                    vekiFilterDeblockingLuma_HorEdge_VC1_8u_C1IR(p.at(16 * mbX, y), quant_, step,
+                                                                 static_cast<Vek32s>(15 & ~wanted));
+            } else if (const unsigned wanted = of(mbX); wanted != 0) {
+                vekiFilterDeblockingChroma_HorEdge_VC1_8u_C1IR(p.at(8 * mbX, y), quant_, step,
+                                                               static_cast<Vek32s>((3 & ~wanted) << 1));
+            }
+        }
+    }
+
+    // Of one row of macroblocks. All edges come before all middles, which lie at least 4 samples from the next edge.
+    void verticalEdges(int plane, int row, bool middle) const {
+        const vekapp::Plane& p = c_.plane[plane];
+        const auto step = static_cast<Vek32s>(p.stride);
+        const int columns = plane == 0 ? 2 * c_.width : c_.width;
+        const auto of = [&](int x, int y) {
+            if (!byBlocks_) return 3u;
+            return middle ? verticalMiddle(view(plane, x, y)) : edgeRight(view(plane, x - 1, y), view(plane, x, y));
+        };
+        for (int x = middle ? 0 : 1; x < columns; ++x) {
+            Vek8u* const at = p.at(8 * x + (middle ? 4 : 0), 8 * row);
+            if (plane == 0) {
+                const unsigned wanted = of(x, row) | of(x, row + 1) << 2;
+                if (wanted != 0)
+                    vekiFilterDeblockingLuma_VerEdge_VC1_8u_C1IR(at, quant_, step, static_cast<Vek32s>(15 & ~wanted));
+            } else if (const unsigned wanted = of(x, row); wanted != 0) {
+                vekiFilterDeblockingChroma_VerEdge_VC1_8u_C1IR(at, quant_, step,
+                                                               static_cast<Vek32s>((3 & ~wanted) << 1));
+            }
+        }
+    }
+
+    const PictureContext& c_;
+    const int quant_;
+    const bool byBlocks_;  // P pictures choose by blocks; others filter all edges between blocks, and no middles
+};
+
+}  // namespace
+
+void filterPicture(const PictureContext& context) { LoopFilter(context).run(); }
+
+}  // namespace vekdec::vc1

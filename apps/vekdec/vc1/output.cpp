@@ -1,0 +1,104 @@
+// Frames as they are given out, and what is told of them.
+#include <iterator>
+#include <string>
+
+#include "vc1/stream_decoder.h"
+
+namespace vekdec::vc1 {
+namespace {
+
+constexpr vekapp::BlockKind kKinds[] = {
+    {"lost", {255, 0, 255}},  {"intra", {230, 60, 60}},   {"inter", {60, 120, 230}},
+    {"4MV", {90, 200, 240}},  {"forward", {60, 90, 180}}, {"backward", {60, 190, 120}},
+    {"both", {240, 210, 60}}, {"direct", {240, 150, 60}}, {"skipped", {60, 60, 70}},
+};
+
+}  // namespace
+
+// Range mapping and range reduction change what is shown, not what is predicted from (8.1.1.4, 6.2.15).
+void StreamDecoder::mapRange(const Picture& picture, int plane, const vekapp::Plane& to, int rangeMap) const {
+    const vekapp::Plane& from = picture.plane[plane];
+    vekiRangeMapping_VC1_8u_C1R(from.data, static_cast<Vek32s>(from.stride), to.data, static_cast<Vek32s>(to.stride),
+                                {from.width, from.height}, rangeMap);
+}
+
+void StreamDecoder::show(const PicturePtr& picture) {
+    Frame frame;
+    frame.chroma = Chroma::C420;
+    frame.number = static_cast<int>(frames_++);
+    frame.rate = sequence_.rate.known() ? sequence_.rate : stream_.rate;
+    frame.sampleAspect = sequence_.sampleAspect.known() ? sequence_.sampleAspect : stream_.sampleAspect;
+    frame.fields = !picture->interlaced     ? FieldOrder::Progressive
+                   : picture->topFieldFirst ? FieldOrder::TopFirst
+                                            : FieldOrder::BottomFirst;
+    for (int i = 0; i < 3; ++i) {
+        vekapp::Plane plane = picture->plane[i];
+        const int rangeMap = picture->rangeReduced ? 7 : i == 0 ? picture->rangeMapY : picture->rangeMapUv;
+        if (rangeMap >= 0) {
+            const PictureFormat format = sequence_.format();
+            if (!mapped_ || mappedFormat_ != format) {
+                mapped_.emplace(format);
+                mappedFormat_ = format;
+            }
+            mapRange(*picture, i, mapped_->plane[i], rangeMap);
+            plane = mapped_->plane[i];
+        }
+        const int shift = i == 0 ? 0 : 1;
+        frame.plane[i] = {plane.data, plane.stride, (sequence_.width + shift) >> shift,
+                          (sequence_.height + shift) >> shift};
+    }
+    shown_ = picture.get();
+    sinks_.frame(frame);
+    shown_ = nullptr;
+}
+
+Statistics StreamDecoder::statistics() const {
+    Statistics s;
+    s.frames = frames_;
+    s.pictures = pictures_;
+    s.slices = slicesSeen_;
+    s.damaged = damaged_;
+    s.bits = 8 * bytes_;
+    for (std::size_t i = 0; i < std::size(kKinds); ++i) s.kinds.emplace_back(kKinds[i].name, kinds_[i]);
+    s.seconds.emplace_back("macroblocks", secondsMacroblocks_);
+    s.seconds.emplace_back("filters", secondsFilters_);
+    s.secondsTotal = secondsTotal_;
+    if (skippedPictures_ > 0)
+        s.remarks.push_back(std::to_string(skippedPictures_) + " pictures are skipped: they show the one before again");
+    if (repeated_ > 0)
+        s.remarks.push_back(std::to_string(repeated_) +
+                            " frames ask to be shown longer (RPTFRM, RFF); they are given out once");
+    if (leftOutPictures_ > 0)
+        s.remarks.push_back(std::to_string(leftOutPictures_) +
+                            " B pictures at the beginning lack their references and are left out");
+    return s;
+}
+
+BlockMap StreamDecoder::blocks(const Frame&) const {
+    const Picture& picture = *shown_;
+    BlockMap map{kKinds, 1, 31, {}, {}};
+    const int width = sequence_.widthInMbs(), apart = picture.fields ? 2 : 1;
+    const int height = picture.fields ? sequence_.fieldHeightInMbs() : sequence_.heightInMbs();
+    for (int field = 0; field < apart; ++field) {
+        const Macroblock* mb = picture.mbs.data() + (field == 0 ? 0 : picture.mbs.size() / 2);
+        for (int i = 0; i < width * height; ++i, ++mb) {
+            const int x = 16 * (i % width), y = 16 * (i / width) * apart + field;
+            map.blocks.push_back({x, y, 16, 16, apart, static_cast<int>(mb->kind), mb->quant});
+            const auto vector = [&](int atX, int atY, MotionVector v, bool backward) {
+                map.vectors.push_back({x + atX, y + atY * apart, v.x / 4, v.y / 4 * apart, backward});
+            };
+            const bool inB = picture.type == PictureType::B;
+            if (mb->kind == MbKind::Lost || mb->intra == 0x3f) continue;
+            if (mb->kind == MbKind::FourMv) {
+                for (int k = 0; k < 4; ++k)
+                    if (!mb->isIntra(k)) vector(4 + 8 * (k & 1), 4 + 8 * (k >> 1), mb->mv[k], false);
+                continue;
+            }
+            if (mb->kind != MbKind::Backward) vector(8, 8, mb->mv[0], false);
+            if (inB && mb->kind != MbKind::Forward) vector(8, 8, mb->backward, true);
+        }
+    }
+    return map;
+}
+
+}  // namespace vekdec::vc1
