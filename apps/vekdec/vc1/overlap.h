@@ -8,9 +8,9 @@
 
 namespace vekdec::vc1 {
 
-// The samples of intra blocks before they are limited to 8 bits, of a whole frame or field. Both directions of smoothing
-// work on these: where they meet, in the corners of blocks, a first pass limited to 8 bits would lose what the second
-// one needs.
+// The samples of intra blocks before they are limited to 8 bits, of a whole frame or field. Both directions of
+// smoothing work on these: where they meet, in the corners of blocks, a first pass limited to 8 bits would lose what
+// the second one needs.
 class OverlapSmoother {
   public:
     void begin(const PictureContext& context);

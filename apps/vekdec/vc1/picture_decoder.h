@@ -21,8 +21,8 @@ class PictureDecoder {
   public:
     // All slices of a frame or field are decoded between this and finish(); its macroblocks are lost until then.
     void begin(const PictureContext& context);
-    // The macroblock rows from `firstRow` to before `endRow`. Throws BadSyntax where the data break off; what is decoded
-    // stands.
+    // The macroblock rows from `firstRow` to before `endRow`. Throws BadSyntax where the data break off; what is
+    // decoded stands.
     void decodeRows(WordReader& bits, int firstRow, int endRow);
     // Overlap smoothing and the loop filter.
     void finish();
