@@ -115,6 +115,10 @@ void StreamDecoder::activateSequence() {
     newSequence_.reset();
     if (next.width == 0 || next.height == 0)
         throw BadSyntax("the picture size is " + std::to_string(next.width) + "x" + std::to_string(next.height));
+    // The highest level of all profiles has 1920x1152 samples (Table 8-11); some streams go beyond it.
+    constexpr int kMostMbs = 4096 / 16 * (2304 / 16);
+    if (next.widthInMbs() * next.heightInMbs() > kMostMbs)
+        throw NotSupported("MPEG-2 of " + std::to_string(next.width) + "x" + std::to_string(next.height) + " samples");
     if (!haveSequence_ || next.format() != sequence_.format() || next.mpeg2 != sequence_.mpeg2) {
         finishFrame();
         showLast();
