@@ -120,15 +120,16 @@ VEKVC_API VekStatus vekiDCT8x8Fwd248_DV_16s_C1I(Vek16s* pSrcDst);
  *  @{ */
 
 /** Stores the samples of a macroblock's blocks, plus 128 and clipped to 0..255, as bytes Cb Y Cr Y for every two luma
- *  samples. Chroma of 4:1:1 is repeated; each line of 4:2:0 chroma serves two luma lines of its own field.
+ *  samples. Chroma of 4:1:1 is repeated; each line of 4:2:0 chroma serves two luma lines of its own field. Written are
+ *  - 4:1:1: 64 bytes in 8 rows, or, where bit 0 of `edge` is set, the macroblock of 16x16 samples at the right edge of
+ *    the picture: 32 bytes in 16 rows;
+ *  - 4:2:0: 32 bytes in 16 rows;
+ *  - 4:2:2: 32 bytes in 8 rows;
+ *  - DV100, by bits 0 and 1 of `layout`: 0 frame order, 1 field order (Y0 Y1 Cr0 Cb0 are the even rows), 32 bytes in 16
+ *    rows; 2 and 3 the macroblock of 32x8 samples in the bottom row of 1080 lines, 64 bytes in 8 rows.
  *  @param[in] pSrc   the macroblock's blocks of samples: 6 (4:1:1, 4:2:0), 4 (4:2:2) or 8 (DV100)
- *  @param[out] pDst  the Cb byte of the macroblock's first luma sample. Written are 64 bytes in 8 rows (4:1:1; DV100
- *                    with @p layout 2, 3), 32 bytes in 16 rows (4:1:1 with @p edge 1; 4:2:0; DV100) or 32 bytes in 8
- *                    rows (4:2:2)
+ *  @param[out] pDst  the Cb byte of the macroblock's first luma sample
  *  @param dstStep    bytes between rows that follow one another in the picture, for fields too
- *  @param edge       bit 0: 0 a macroblock of 32x8 samples, 1 of 16x16, at the right edge of the picture
- *  @param layout     bits 0 and 1: 0 16x16 in frame order; 1 16x16 in field order (Y0 Y1 Cr0 Cb0 the even rows); 2 and
- *                    3 32x8, in the bottom row of 1080 lines
  *  @return vekStsOk; vekStsErrNullPtr
  */
 VEKVC_API VekStatus vekiYCrCb411ToCbYCr422_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep, Vek32s edge);
@@ -142,12 +143,11 @@ VEKVC_API VekStatus vekiYCrCb422ToCbYCr422_DV100_16s8u_C2R(const Vek16s* pSrc, V
  *  @{ */
 
 /** The like conversion reduced by n = 2^zoom in both directions: each byte is the mean of the n x n bytes of its
- *  component that the conversion at full size would store, (sum + n * n / 2) >> (2 * zoom).
+ *  component that the conversion at full size would store, (sum + n * n / 2) >> (2 * zoom). `edge` and `layout` are
+ *  those of the conversions at full size.
  *  @param[in] pSrc   the macroblock's blocks of samples
  *  @param[out] pDst  the Cb byte of the reduced macroblock; written are n-ths of the bytes and rows of the full size
  *  @param dstStep    bytes between rows of the reduced picture
- *  @param edge       as in vekiYCrCb411ToCbYCr422_DV_16s8u_C2R()
- *  @param layout     as in vekiYCrCb422ToCbYCr422_DV100_16s8u_C2R()
  *  @param zoom       bits 0 and 1: 0 full size, 1 half, 2 a quarter, 3 an eighth
  *  @return vekStsOk; vekStsErrNullPtr
  */
