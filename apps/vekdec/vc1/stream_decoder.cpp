@@ -314,7 +314,11 @@ Reference StreamDecoder::referenceTo(const PicturePtr& picture, int field) const
             plane.width = i == 0 ? sequence_.width : sequence_.width / 2;
             plane.height = i == 0 ? sequence_.height : sequence_.height / 2;
         }
-        reference.plane[i] = field < 0 ? plane : plane.field(field == 1);
+        if (field >= 0) {
+            plane = plane.field(field == 1);
+            plane.height = std::max(plane.height, 1);  // of a chroma plane of one row
+        }
+        reference.plane[i] = plane;
     }
     return reference;
 }
