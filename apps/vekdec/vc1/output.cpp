@@ -87,15 +87,13 @@ BlockMap StreamDecoder::blocks(const Frame&) const {
             const auto vector = [&](int atX, int atY, MotionVector v, bool backward) {
                 map.vectors.push_back({x + atX, y + atY * apart, v.x / 4, v.y / 4 * apart, backward});
             };
-            const bool inB = picture.type == PictureType::B;
-            if (mb->kind == MbKind::Lost || mb->intra == 0x3f) continue;
             if (mb->kind == MbKind::FourMv) {
                 for (int k = 0; k < 4; ++k)
                     if (!mb->isIntra(k)) vector(4 + 8 * (k & 1), 4 + 8 * (k >> 1), mb->mv[k], false);
                 continue;
             }
-            if (mb->kind != MbKind::Backward) vector(8, 8, mb->mv[0], false);
-            if (inB && mb->kind != MbKind::Forward) vector(8, 8, mb->backward, true);
+            if (mb->uses[0]) vector(8, 8, mb->mv[0], false);
+            if (mb->uses[1]) vector(8, 8, mb->backward, true);
         }
     }
     return map;

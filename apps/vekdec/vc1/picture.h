@@ -29,16 +29,16 @@ struct Macroblock {
     bool halfStep = false;        // MQUANT counts half a step more
     bool chromaOtherField = false;
     bool fieldTransform = false;
-    bool overlap = false;          // OVERFLAGS
-    std::uint8_t corners[6] = {};  // of each block: quarters with coded sub-blocks, bit 3 top left, 2 top right,
-                                   // 1 bottom left, 0 bottom right
+    bool overlap = false;           // OVERFLAGS
+    bool uses[2] = {false, false};  // forward, backward
+    std::uint8_t corners[6] = {};   // of each block: quarters with coded sub-blocks, bit 3 top left, 2 top right,
+                                    // 1 bottom left, 0 bottom right
     Transform transform[6] = {};
     MotionVector mv[4];      // of the luma blocks; forward in B pictures
     MotionVector backward;   // B pictures
     MotionVector chroma;     // before it is rounded for fast chroma
     MotionVector colocated;  // of an anchor: what direct mode scales
 
-    bool usesForward() const { return kind == MbKind::Forward || kind == MbKind::Both || kind == MbKind::Direct; }
     bool isIntra(int block) const { return (intra >> block & 1) != 0; }
 };
 

@@ -220,6 +220,7 @@ void PictureDecoder::decodeInterBlock(Macroblock& mb, int k) {
 
 void PictureDecoder::setVector(Macroblock& mb, MotionVector v) const {
     for (MotionVector& block : mb.mv) block = v;
+    mb.uses[0] = true;
     mb.colocated = v;
     mb.chroma = chromaVector(v);
 }
@@ -391,6 +392,8 @@ void PictureDecoder::decodeB(Macroblock& mb) {
     if (kind == MbKind::Backward || kind == MbKind::Both) mv[1] = vectors_.vectorB(x_, y_, true, backward);
     setVector(mb, mv[0]);
     mb.backward = mv[1];
+    mb.uses[0] = kind != MbKind::Backward;
+    mb.uses[1] = kind != MbKind::Forward;
     unsigned pattern = 0;
     if (coefficients) {
         pattern = patternByBlock(static_cast<unsigned>(decode(bits, tables().cbpP[header.cbpTable], "CBPCY")));
@@ -399,12 +402,11 @@ void PictureDecoder::decodeB(Macroblock& mb) {
     }
     if (!context_.forward.present() || !context_.backward.present())
         throw BadSyntax("a prediction from a picture that is not there");
-    const bool usesForward = kind != MbKind::Backward;
-    const Reference& first = usesForward ? context_.forward : context_.backward;
-    const MotionVector firstMv = usesForward ? mv[0] : mv[1];
+    const Reference& first = mb.uses[0] ? context_.forward : context_.backward;
+    const MotionVector firstMv = mb.uses[0] ? mv[0] : mv[1];
     predictLuma(context_, first, 16 * x_, 16 * y_, 16, firstMv, context_.plane[0]);
     predictChroma(context_, first, 8 * x_, 8 * y_, roundedChroma(chromaVector(firstMv)), context_.plane);
-    if (kind == MbKind::Both || kind == MbKind::Direct)
+    if (mb.uses[0] && mb.uses[1])
         averageMacroblock(context_, context_.backward, x_, y_, mv[1], roundedChroma(chromaVector(mv[1])));
     decodeBlocks(mb, pattern, false);
     mb.kind = skipped ? MbKind::Skipped : kind;

@@ -109,22 +109,22 @@ void StreamDecoder::handleUnit(Bytes unit) {
                 payload_.assignUnescaped(unit.subspan(1));
                 WordReader bits(payload_);
                 haveEntryPoint_ = false;
-                const Sequence next = parseSequenceHeader(bits);
-                // What entry points say stays in force until the next one.
-                activate(next);
-                haveEntryPoint_ = false;
+                newSequence_.reset();
+                newSequence_ = parseSequenceHeader(bits);
             });
             break;
         case kEntryPoint:
             decodeWaiting();
             guarded([&] {
-                if (!haveSequence_ || !sequence_.advanced()) throw BadSyntax("an entry point without its sequence");
+                haveEntryPoint_ = false;
+                if (!newSequence_ && !(haveSequence_ && sequence_.advanced()))
+                    throw BadSyntax("an entry point without its sequence");
                 payload_.assignUnescaped(unit.subspan(1));
                 WordReader bits(payload_);
-                Sequence next = sequence_;
-                haveEntryPoint_ = false;
+                Sequence next = newSequence_ ? *newSequence_ : sequence_;
                 parseEntryPoint(bits, next);
                 activate(next);
+                newSequence_.reset();
                 haveEntryPoint_ = true;
             });
             break;
@@ -314,7 +314,11 @@ Reference StreamDecoder::referenceTo(const PicturePtr& picture, int field) const
             plane.width = i == 0 ? sequence_.width : sequence_.width / 2;
             plane.height = i == 0 ? sequence_.height : sequence_.height / 2;
         }
-        reference.plane[i] = field < 0 ? plane : plane.field(field == 1);
+        if (field >= 0) {
+            plane = plane.field(field == 1);
+            plane.height = std::max(plane.height, 1);  // of a chroma plane of one row
+        }
+        reference.plane[i] = plane;
     }
     return reference;
 }

@@ -74,6 +74,7 @@ class StreamDecoder : public Decoder {
     std::optional<vekapp::PictureMemory> mapped_;  // for output
     vekapp::PictureFormat mappedFormat_;
 
+    std::optional<Sequence> newSequence_;  // read, in force from its entry point on
     Sequence sequence_;
     bool haveSequence_ = false, haveEntryPoint_ = false;
     bool rounding_ = true;  // RNDCTRL of Simple and Main profile
