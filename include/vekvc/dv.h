@@ -107,8 +107,8 @@ VEKVC_API VekStatus vekiQuantInv8x8xN_DV100_16s_C1I(Vek16s* pSrcDst, const VekDV
 
 /** The orthonormal 2-4-8 DCT (SMPTE 314M), inverse and forward, in place: an 8-point DCT along the rows, 4-point DCTs
  *  along the columns of the sums and of the differences of line pairs. Each result is the ideal value rounded to the
- *  nearest integer, ties upward, and saturated to 16 bits. Samples of a macroblock's lines 2z and 2z + 1 come from rows
- *  z (sums) and 4 + z (differences).
+ *  nearest integer, ties upward (and what lies less than 2^-30 below a tie like the tie), and saturated to 16 bits.
+ *  Samples of lines 2z and 2z + 1 of a block come from rows z (sums) and 4 + z (differences).
  *  @param[in,out] pSrcDst  64 coefficients, replaced by samples, or the other way round
  *  @return vekStsOk; vekStsErrNullPtr
  */

@@ -116,7 +116,7 @@ inline std::uint64_t undecided(const DctSpill& sums, Vek32s margin) {
     return found;
 }
 
-// Makes sums anew: those with a bit in `which`, or all of a block with any values.
+// Makes sums anew that have a bit in `which`.
 [[gnu::always_inline]] inline void decide(DctSpill& sums, std::uint64_t which, const i16x8 (&values)[8],
                                           const ExactLine (&lines)[8]) {
     for (; which != 0; which &= which - 1) {
@@ -124,15 +124,19 @@ inline std::uint64_t undecided(const DctSpill& sums, Vek32s margin) {
         sums.at[i][j] = dct::roundSum(exactSum(values, lines[i], lines[j])) * 65536;
     }
 }
-[[gnu::always_inline]] inline void decideAll(DctSpill& sums, const i16x8 (&values)[8], const ExactLine (&lines)[8]) {
+// All sums of a block with any values.
+[[gnu::noinline]] inline DctSums exactSums(const i16x8 (&values)[8], const ExactLine (&lines)[8]) {
+    DctSums sums = {};
+    DctSpill spilled(sums);
     for (int i = 0; i < 8; ++i)
-        for (int j = 0; j < 8; ++j) sums.at[i][j] = dct::roundSum(exactSumOfAny(values, lines[i], lines[j])) * 65536;
+        for (int j = 0; j < 8; ++j) spilled.at[i][j] = dct::roundSum(exactSumOfAny(values, lines[i], lines[j])) * 65536;
+    spilled.fetch(sums);
+    return sums;
 }
 
-// The inverse transform's sums below the margin, or all of them. With coefficients 0 and 4 alone in both directions 8
-// X is an integer, and ties are frequent.
-[[gnu::noinline]] inline void decideInverse(const i16x8 (&rows)[8], DctSpill& sums, Vek32s margin, bool all) {
-    if (all) return decideAll(sums, rows, kExactTables.ofPlace);
+// The inverse transform's sums below the margin. With coefficients 0 and 4 alone in both directions 8 X is an integer,
+// and ties are frequent.
+[[gnu::noinline]] inline void decideInverse(const i16x8 (&rows)[8], DctSpill& sums, Vek32s margin) {
     std::uint64_t which = undecided(sums, margin);
     const i16x8 not04 = lanes<i16x8>(0, -1, -1, -1, 0, -1, -1, -1);
     i16x8 others = (rows[0] | rows[4]) & not04;

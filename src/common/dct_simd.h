@@ -38,7 +38,8 @@
 // 0)|, halved where roundings are to the nearest: 1100 / 512 leaves more than 0.1 for the terms in r^2.
 //
 // All of it holds while the magnitudes add up to at most kMostMagnitude: t fits 32 bits, as 2^13 * 1.93 * 32766 <
-// 2^30, and the sums of the forward transform's first pass fit 16 bits. Else all results are made from exact sums.
+// 2^30, and the sums of the forward transform's first pass fit 16 bits. Else all results are made from exact sums, and
+// no number is converted that does not fit: the caller may have set a trap for that.
 //
 // No value is subnormal: inputs are integers, constants and quotients multiples of 2^-26, and no value is the product
 // of more than two of them in either pass; so every one, rounded or not, is a multiple of 2^-104.
@@ -319,11 +320,21 @@ template <int corner>
 #endif
 }
 
+template <int corner>
+VEKVC_SIMD_INLINE void loadCorner(const Vek16s* src, i16x8 (&rows)[8]) {
+    for (int v = 0; v < 8; ++v) rows[v] = v < corner ? loadBytes<i16x8, 2 * corner>(src + 8 * v) : zero<i16x8>();
+}
+
 template <int corner, class Destination>
 void dctInverse(const Vek16s* src, Destination dst) {
     const Vek32s all = magnitudesOfCorner<corner>(src);
     const Vek32s first = load<Vek16s>(src), magnitudeOfFirst = first < 0 ? -first : first;
     if (all == magnitudeOfFirst) return storeRows(dst, rowsOfOne(first));
+    if (all > kMostMagnitude) [[unlikely]] {
+        i16x8 coefficients[8];
+        loadCorner<corner>(src, coefficients);
+        return storeRows(dst, roundedRows(exactSums(coefficients, kExactTables.ofPlace)));
+    }
     const Vek32s e = errorBound(11 * all - 8 * magnitudeOfFirst);
     const DctFloats bias = toFloat(splat<DctInts>(32768 + e));
     DctFloats z[kDctParts][8];
@@ -333,12 +344,11 @@ void dctInverse(const Vek16s* src, Destination dst) {
         inversePass<corner, true>(z[p], bias);
         for (int i = 0; i < 8; ++i) sums.at[p][i] = truncate(z[p][i]);
     }
-    if (all > kMostMagnitude || anyBelowMargin(sums, 2 * e)) [[unlikely]] {
+    if (anyBelowMargin(sums, 2 * e)) [[unlikely]] {
         DctSpill spilled(sums);
         i16x8 coefficients[8];
-        for (int v = 0; v < 8; ++v)
-            coefficients[v] = v < corner ? loadBytes<i16x8, 2 * corner>(src + 8 * v) : zero<i16x8>();
-        decideInverse(coefficients, spilled, 2 * e, all > kMostMagnitude);
+        loadCorner<corner>(src, coefficients);
+        decideInverse(coefficients, spilled, 2 * e);
         spilled.fetch(sums);
     }
     storeRows(dst, roundedRows(sums));
@@ -346,11 +356,9 @@ void dctInverse(const Vek16s* src, Destination dst) {
 
 // ---- forward
 
-// The forward transform's sums below the margin, but for the exact ones, or all of them. Where values are large but
-// near to each other, the bound e of the error is too, and counts anew from their mean: to inexact coefficients a
-// constant adds nothing.
-[[gnu::noinline]] inline void decideForward(const i16x8 (&rows)[8], DctSpill& sums, Vek32s e, bool all) {
-    if (all) return decideAll(sums, rows, kExactTables.ofFrequency);
+// The forward transform's sums below the margin, but for the exact ones. Where values are large but near to each other,
+// the bound e of the error is too, and counts anew from their mean: to inexact coefficients a constant adds nothing.
+[[gnu::noinline]] inline void decideForward(const i16x8 (&rows)[8], DctSpill& sums, Vek32s e) {
     i32x4 total = zero<i32x4>();
     for (const i16x8 row : rows) total += mulAddPairs(row, splat<i16x8>(1));
     const i16x8 mean = splat<i16x8>((sumLanes(total) + 32) >> 6);
@@ -455,6 +463,8 @@ void dctForward(Block<T> src, Vek16s* dst) {
     } else {
         for (int i = 0; i < 8; ++i) row[i] = load<i16x8>(src.at(0, i));
         all = sumOfMagnitudes(row);
+        if (all > kMostMagnitude) [[unlikely]]
+            return storeRows(dct::Residual{{dst, 16}}, roundedRows(exactSums(row, kExactTables.ofFrequency)));
     }
     const Vek32s e = errorBound(11 * all);
     const auto bias = splat<DctInts>(32768);
@@ -477,9 +487,9 @@ void dctForward(Block<T> src, Vek16s* dst) {
     DctSums tested = sums;
     for (int p = 0; p < kDctParts; ++p)
         for (const int i : {0, 4}) tested.at[p][i] = andNot(inexact, splat<DctInts>(-1)) | sums.at[p][i];
-    if (all > kMostMagnitude || anyBelowMargin(tested, 2 * e)) [[unlikely]] {
+    if (anyBelowMargin(tested, 2 * e)) [[unlikely]] {
         DctSpill spilled(sums);
-        decideForward(row, spilled, e, all > kMostMagnitude);
+        decideForward(row, spilled, e);
         spilled.fetch(sums);
     }
     storeRows(dct::Residual{{dst, 16}}, roundedRows(sums));

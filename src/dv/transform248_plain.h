@@ -1,5 +1,6 @@
-// The 2-4-8 DCT (SMPTE 314M, IEC 61834-2) in double precision, which is far closer to the ideal than any result lies to
-// a tie without being one; true ties are lifted over their boundary.
+// The 2-4-8 DCT (SMPTE 314M, IEC 61834-2) in double precision. Its results are off by less than 2^-30: those of 16-bit
+// values where roundings are to the nearest, those of values up to 2048 in any rounding mode. So no true tie falls below
+// its boundary (kRound).
 #ifndef VEKVC_DV_TRANSFORM248_PLAIN_H
 #define VEKVC_DV_TRANSFORM248_PLAIN_H
 
@@ -24,7 +25,7 @@ constexpr double cos16(int m) {
     return m <= 8 ? kCos16[m] : -kCos16[16 - m];
 }
 
-// What lies on a tie, or so near below that no input reaches it otherwise, is rounded up.
+// What lies on a tie, or less than 2^-30 below one, is rounded up.
 inline constexpr double kRound = 0.5 + 0x1p-30;
 
 // The basis functions with their norms: C(h) cos((2x + 1) h pi / 16) and C(k) cos((2z + 1) k pi / 8).

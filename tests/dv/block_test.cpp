@@ -107,6 +107,18 @@ long double ideal(const Vek16s* half, int z, int x) {
                    std::cos((2 * x + 1) * h * pi / 16) * std::cos((2 * z + 1) * k * pi / 8);
     return sum / 4;
 }
+long double idealCoefficient(const Vek16s* samples, int row, int h) {
+    const long double pi = std::acos(-1.0L);
+    const int k = row % 4;
+    long double sum = 0;
+    for (int z = 0; z < 4; ++z)
+        for (int x = 0; x < 8; ++x) {
+            const int even = samples[16 * z + x], odd = samples[16 * z + 8 + x];
+            sum += (row < 4 ? even + odd : even - odd) * std::cos((2 * x + 1) * h * pi / 16) *
+                   std::cos((2 * z + 1) * k * pi / 8);
+        }
+    return sum / 4 * (h == 0 ? std::sqrt(0.5L) : 1) * (k == 0 ? std::sqrt(0.5L) : 1);
+}
 int rounded(long double v) { return static_cast<int>(std::floor(v + 0.5L + 0x1p-30L)); }
 
 TEST(Dct248, IsTheIdealTransformRounded) {
@@ -123,9 +135,28 @@ TEST(Dct248, IsTheIdealTransformRounded) {
                 ASSERT_EQ(result[16 * z + x], rounded(s + d));
                 ASSERT_EQ(result[16 * z + 8 + x], rounded(s - d));
             }
+        Vek16s samples[64];
+        std::copy_n(result, 64, samples);
         ASSERT_EQ(vekiDCT8x8Fwd248_DV_16s_C1I(result), vekStsOk);
-        for (int i = 0; i < 64; ++i) ASSERT_NEAR(result[i], block[i], 4);
+        for (int i = 0; i < 64; ++i) {
+            ASSERT_EQ(result[i], rounded(idealCoefficient(samples, i / 8, i % 8)));
+            ASSERT_NEAR(result[i], block[i], 4);
+        }
     }
+}
+
+// A sample less than 63.5 - 2^-30 by 2^-43: made by a search, so that sums in another order reach the boundary.
+TEST(Dct248, AllFormsRoundAlikeNextToTheBoundary) {
+    constexpr Vek16s kBlock[64] = {
+        -1438, 523,   -645,  -1252, 876,   1807,  1539, -75,   1012, -1719, -68,   881,  -301,  1117,  1441,  -538,
+        -772,  1534,  1491,  -387,  -1205, -348,  589,  122,   1489, -731,  1332,  1095, -1470, 777,   -1023, 1093,
+        1627,  260,   -1696, 839,   -1856, 633,   858,  -1543, 1519, 1271,  -93,   86,   -769,  997,   -1416, 462,
+        1381,  -1672, -1373, 865,   -1642, -1458, 254,  -424,  -780, -477,  -1369, 281,  514,   -1602, 1310,  -761};
+    Vek16s result[64];
+    std::copy_n(kBlock, 64, result);
+    ASSERT_EQ(vekiDCT8x8Inv248_DV_16s_C1I(result), vekStsOk);
+    EXPECT_NEAR(static_cast<double>(ideal(kBlock, 0, 1) + ideal(kBlock + 32, 0, 1)), 63.5 - 0x1p-30, 0x1p-40);
+    EXPECT_EQ(result[1], 63);
 }
 
 TEST(Dct248, TiesGoUp) {

@@ -16,6 +16,10 @@ VEKVC_SIMD_INLINE f64v operator-(f64v a, f64v b) { return {_mm256_sub_pd(a.raw, 
 VEKVC_SIMD_INLINE f64v operator*(f64v a, double b) { return {_mm256_mul_pd(a.raw, _mm256_set1_pd(b))}; }
 VEKVC_SIMD_INLINE f64v operator+(f64v a, double b) { return {_mm256_add_pd(a.raw, _mm256_set1_pd(b))}; }
 VEKVC_SIMD_INLINE f64v floor(f64v a) { return {_mm256_floor_pd(a.raw)}; }
+VEKVC_SIMD_INLINE f64v min(f64v a, f64v b) { return {_mm256_min_pd(a.raw, b.raw)}; }
+VEKVC_SIMD_INLINE bool anyLess(f64v a, double b) {
+    return _mm256_movemask_pd(_mm256_cmp_pd(a.raw, _mm256_set1_pd(b), _CMP_LT_OQ)) != 0;
+}
 // Four integers to 4 / kLanes vectors, and back; what is no integer is cut toward zero.
 VEKVC_SIMD_INLINE void toDoubles(i32x4 a, f64v* v) { v[0] = {_mm256_cvtepi32_pd(a.raw)}; }
 VEKVC_SIMD_INLINE i32x4 toInts(const f64v* v) { return {_mm256_cvttpd_epi32(v[0].raw)}; }
@@ -37,6 +41,8 @@ VEKVC_SIMD_INLINE f64v operator-(f64v a, f64v b) { return {_mm_sub_pd(a.raw, b.r
 VEKVC_SIMD_INLINE f64v operator*(f64v a, double b) { return {_mm_mul_pd(a.raw, _mm_set1_pd(b))}; }
 VEKVC_SIMD_INLINE f64v operator+(f64v a, double b) { return {_mm_add_pd(a.raw, _mm_set1_pd(b))}; }
 VEKVC_SIMD_INLINE f64v floor(f64v a) { return {_mm_floor_pd(a.raw)}; }
+VEKVC_SIMD_INLINE f64v min(f64v a, f64v b) { return {_mm_min_pd(a.raw, b.raw)}; }
+VEKVC_SIMD_INLINE bool anyLess(f64v a, double b) { return _mm_movemask_pd(_mm_cmplt_pd(a.raw, _mm_set1_pd(b))) != 0; }
 // Four integers to 4 / kLanes vectors, and back; what is no integer is cut toward zero.
 VEKVC_SIMD_INLINE void toDoubles(i32x4 a, f64v* v) {
     v[0] = {_mm_cvtepi32_pd(a.raw)};
