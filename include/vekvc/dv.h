@@ -91,8 +91,8 @@ VEKVC_API VekStatus vekiDecodeCoeffsSegment_DV100_1u16s(const Vek8u* pSrc, Vek16
 VEKVC_API VekStatus vekiQuantInv8x8xN_DV_16s_C1I(Vek16s* pSrcDst, const VekDVBlockInfo* pInfo, Vek32s count);
 
 /** Inverse-quantizes and weights blocks of DV100 in place (SMPTE 370M): ((level << classNo) * step * W + 16) >> 5,
- *  saturated to 16 bits, with the step of the record's qNo and the weight W of the coefficient's place. The DC becomes 4
- *  times itself, wrapping. Levels outside -255 to 255 give unspecified coefficients.
+ *  saturated to 16 bits, with the step of the record's qNo and the weight W of the coefficient's place. The DC becomes
+ *  4 times itself, wrapping. Levels outside -255 to 255 give unspecified coefficients.
  *  @param[in,out] pSrcDst  @p count blocks
  *  @param[in] pInfo        @p count records; classNo and qNo are read, masked
  *  @param count            number of blocks
@@ -127,8 +127,8 @@ VEKVC_API VekStatus vekiDCT8x8Fwd248_DV_16s_C1I(Vek16s* pSrcDst);
  *                    rows (4:2:2)
  *  @param dstStep    bytes between rows that follow one another in the picture, for fields too
  *  @param edge       bit 0: 0 a macroblock of 32x8 samples, 1 of 16x16, at the right edge of the picture
- *  @param layout     bits 0 and 1: 0 16x16 in frame order; 1 16x16 in field order (Y0 Y1 Cr0 Cb0 the even rows); 2 and 3
- *                    32x8, in the bottom row of 1080 lines
+ *  @param layout     bits 0 and 1: 0 16x16 in frame order; 1 16x16 in field order (Y0 Y1 Cr0 Cb0 the even rows); 2 and
+ *                    3 32x8, in the bottom row of 1080 lines
  *  @return vekStsOk; vekStsErrNullPtr
  */
 VEKVC_API VekStatus vekiYCrCb411ToCbYCr422_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep, Vek32s edge);

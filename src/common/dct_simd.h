@@ -86,8 +86,8 @@ VEKVC_SIMD_INLINE V factor() {
     return splatFloat<V>(static_cast<float>(kDctFactors.k[k] * scale));
 }
 
-// A sum of values times factors. With fused products the first factor waits for a later product, where it costs nothing,
-// and the others are divided by it.
+// A sum of values times factors. With fused products the first factor waits for a later product, where it costs
+// nothing, and the others are divided by it.
 template <class V, int first, int scale>
 struct WeightedSum {
     V sum;
@@ -114,8 +114,8 @@ struct WeightedSum {
     }
 };
 
-// What odd frequencies give to samples 0 to 3, and differences of samples to odd frequencies: the same sums, named after
-// their first factor.
+// What odd frequencies give to samples 0 to 3, and differences of samples to odd frequencies: the same sums, named
+// after their first factor.
 template <class V, int scale, int terms>
 struct OddPart {
     WeightedSum<V, 1, scale> s1;
