@@ -1,6 +1,6 @@
 // The 2-4-8 DCT (SMPTE 314M, IEC 61834-2) in double precision. Its results are off by less than 2^-30: those of 16-bit
-// values where roundings are to the nearest, those of values up to 2048 in any rounding mode. So no true tie falls below
-// its boundary (kRound).
+// values where roundings are to the nearest, those of values up to 2048 in any rounding mode. So no true tie falls
+// below its boundary (kRound).
 #ifndef VEKVC_DV_TRANSFORM248_PLAIN_H
 #define VEKVC_DV_TRANSFORM248_PLAIN_H
 

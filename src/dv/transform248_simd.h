@@ -4,10 +4,10 @@
 // values have magnitudes of at most 2048. A value with the basis value B in a result passes through at most 37
 // roundings in the definition and 14 here, constants counted, each by at most 2^-52 of its size in any rounding mode.
 // The |value| |B| of a result add up to at most 2^16: in the inverse, where the |B| of a half add up to less than 14.4,
-// to 2 * 14.4 * 2048; in the forward transform, of sums of two with |B| that add up to 16, to 16 * 4096. So a quarter of
-// it, the result, is off by less than 51 * 2^-52 * 2^14 < 2^-32.3 in both together, and the addition of kRound by less
-// than 2^-37 more. Results that lie further than 2^-32 from a boundary are the same; ties do, lifted by 2^-30. For a
-// block that has others, or larger values, the definition does the work.
+// to 2 * 14.4 * 2048; in the forward transform, of sums of two with |B| that add up to 16, to 16 * 4096. So a quarter
+// of it, the result, is off by less than 51 * 2^-52 * 2^14 < 2^-32.3 in both together, and the addition of kRound by
+// less than 2^-37 more. Results that lie further than 2^-32 from a boundary are the same; ties do, lifted by 2^-30.
+// For a block that has others, or larger values, the definition does the work.
 #ifndef VEKVC_DV_TRANSFORM248_SIMD_H
 #define VEKVC_DV_TRANSFORM248_SIMD_H
 
