@@ -321,7 +321,7 @@ template <int corner>
 }
 
 template <int corner>
-VEKVC_SIMD_INLINE void loadCorner(const Vek16s* src, i16x8 (&rows)[8]) {
+[[gnu::always_inline]] inline void loadCorner(const Vek16s* src, i16x8 (&rows)[8]) {
     for (int v = 0; v < 8; ++v) rows[v] = v < corner ? loadBytes<i16x8, 2 * corner>(src + 8 * v) : zero<i16x8>();
 }
 
