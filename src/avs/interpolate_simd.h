@@ -97,11 +97,11 @@ void avsLumaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::pt
     using R = AvsRow<W>;
     using V = typename R::V;
     constexpr bool kBothOdd = dx % 2 != 0 && dy % 2 != 0;
-    if constexpr (dy == 0) {
+    if constexpr (dx == 0 && dy == 0) {
+        copyColumn<W, 4>(src, srcStep, dst, dstStep, height);
+    } else if constexpr (dy == 0) {
         do {
-            if constexpr (dx == 0)
-                storeBytes<W>(dst, loadBytes<u8x16, W>(src));
-            else if constexpr (dx == 2)
+            if constexpr (dx == 2)
                 R::store(dst, avsRounded<3>(R::template across<2>(src)));
             else
                 R::storeCentred(dst, avsRounded<7>(R::template across<dx>(src)));

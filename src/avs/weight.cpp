@@ -11,7 +11,11 @@ using namespace vekvc;
 
 namespace {
 
-constexpr bool isBlock(VekiSize size) { return !outside(size.width, 2, 16) && !outside(size.height, 2, 16); }
+// Of the packed size, which spares taking a VekiSize apart in a vector.
+constexpr bool isBlock(std::uint64_t packed) {
+    const VekiSize size = unpackedSize(packed);
+    return !outside(size.width, 2, 16) && !outside(size.height, 2, 16);
+}
 constexpr bool isWeight(Vek32s scale, Vek32s shift) { return !outside(scale, 0, 255) && !outside(shift, -128, 127); }
 
 }  // namespace
@@ -19,8 +23,9 @@ constexpr bool isWeight(Vek32s scale, Vek32s shift) { return !outside(scale, 0, 
 VekStatus vekiInterpolateBlock_AVS_8u_P3P1R(const Vek8u* pSrc1, Vek32s src1Step, const Vek8u* pSrc2, Vek32s src2Step,
                                             Vek8u* pDst, Vek32s dstStep, VekiSize roiSize) {
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
-    if (!isBlock(roiSize)) return vekStsErrSize;
-    kernel::averageAvs({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, roiSize);
+    const std::uint64_t size = packedSize(roiSize);
+    if (!isBlock(size)) return vekStsErrSize;
+    kernel::averageAvs({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, unpackedSize(size));
     return vekStsOk;
 }
 
@@ -28,8 +33,9 @@ VekStatus vekiUniDirWeightBlock_AVS_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, V
                                             VekiSize roiSize) {
     if (anyNull(pSrcDst)) return vekStsErrNullPtr;
     if (!isWeight(scale, shift)) return vekStsErrOutOfRange;
-    if (!isBlock(roiSize)) return vekStsErrSize;
-    kernel::weightAvsOne({pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, roiSize, {scale, shift});
+    const std::uint64_t size = packedSize(roiSize);
+    if (!isBlock(size)) return vekStsErrSize;
+    kernel::weightAvsOne({pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, unpackedSize(size), {scale, shift});
     return vekStsOk;
 }
 
@@ -37,8 +43,9 @@ VekStatus vekiUniDirWeightBlock_AVS_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Ve
                                            Vek32s shift, VekiSize roiSize) {
     if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
     if (!isWeight(scale, shift)) return vekStsErrOutOfRange;
-    if (!isBlock(roiSize)) return vekStsErrSize;
-    kernel::weightAvsOne({pSrc, srcStep}, {pDst, dstStep}, roiSize, {scale, shift});
+    const std::uint64_t size = packedSize(roiSize);
+    if (!isBlock(size)) return vekStsErrSize;
+    kernel::weightAvsOne({pSrc, srcStep}, {pDst, dstStep}, unpackedSize(size), {scale, shift});
     return vekStsOk;
 }
 
@@ -47,8 +54,9 @@ VekStatus vekiBiDirWeightBlock_AVS_8u_P3P1R(const Vek8u* pSrc1, Vek32s src1Step,
                                             Vek32s shift2, VekiSize roiSize) {
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
     if (!isWeight(scale1, shift1) || !isWeight(scale2, shift2)) return vekStsErrOutOfRange;
-    if (!isBlock(roiSize)) return vekStsErrSize;
-    kernel::weightAvsTwo({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, roiSize, {scale1, shift1},
+    const std::uint64_t size = packedSize(roiSize);
+    if (!isBlock(size)) return vekStsErrSize;
+    kernel::weightAvsTwo({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, unpackedSize(size), {scale1, shift1},
                          {scale2, shift2});
     return vekStsOk;
 }
