@@ -10,6 +10,7 @@
 #define VEKVC_H
 
 #include "vekcore.h"
+#include "vekvc/avs.h"
 #include "vekvc/common.h"
 #include "vekvc/dct.h"
 #include "vekvc/dv.h"

@@ -55,12 +55,6 @@ template <class U>
         min(subSat(l.alpha, absDiff(p0, q0)), min(subSat(l.beta, absDiff(p1, p0)), subSat(l.beta, absDiff(q1, q0))));
     return andNot(below == zero<U>(), l.active);
 }
-// (a + b) >> 1
-template <class U>
-[[gnu::always_inline]] inline U averageDown(U a, U b) {
-    const U ones = splat<U>(255);
-    return average(a ^ ones, b ^ ones) ^ ones;
-}
 
 // p0 + delta and q0 - delta with delta = Clip3(-tC, tC, (((q0 - p0) << 2) + (p1 - q1) + 4) >> 3). With r = (q0 - p0) &
 // 1, h = (q0 - p0) >> 1 and f = (p1 - q1) >> 2, delta = h + ((f + r + 1) >> 1). In unsigned bytes h + 128 = average(q0,

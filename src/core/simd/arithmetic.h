@@ -182,6 +182,12 @@ VEKVC_SIMD_FN Vec<T, N> average(Vec<T, N> a, Vec<T, N> b) {
         VEKVC_BOTH(a, b, avg_epu16)
     }
 }
+// (a + b) >> 1 of unsigned bytes.
+VEKVC_SIMD_FN Vec<T, N> averageDown(Vec<T, N> a, Vec<T, N> b) {
+    static_assert(std::is_same_v<T, std::uint8_t>);
+    const Vec<T, N> ones = splat<Vec<T, N>>(255);
+    return average(a ^ ones, b ^ ones) ^ ones;
+}
 VEKVC_SIMD_FN Vec<T, N> min(Vec<T, N> a, Vec<T, N> b) {
     VEKVC_CASE(uint8_t) { VEKVC_BOTH(a, b, min_epu8) }
     else VEKVC_CASE(int8_t) {

@@ -1,0 +1,26 @@
+// Exports: dequantization, the inverse transform, and both with the addition to the prediction.
+#include "avs/transform_kernel.h"
+#include "core/check.h"
+#include "vekvc/avs.h"
+
+using namespace vekvc;
+
+VekStatus vekiQuantInv8x8_AVS_16s_C1I(Vek16s* pSrcDst, Vek32s QP) {
+    if (anyNull(pSrcDst)) return vekStsErrNullPtr;
+    if (outside(QP, 0, avs::kMaxQP)) return vekStsErrOutOfRange;
+    kernel::quantInvAvs(pSrcDst, pSrcDst, QP);
+    return vekStsOk;
+}
+
+VekStatus vekiTransform8x8Inv_AVS_16s_C1I(Vek16s* pSrcDst) {
+    if (anyNull(pSrcDst)) return vekStsErrNullPtr;
+    kernel::transformInvAvs(pSrcDst);
+    return vekStsOk;
+}
+
+VekStatus vekiReconstruct8x8_AVS_16s8u_C1IR(const Vek16s* pCoeffs, Vek8u* pSrcDst, Vek32s srcDstStep, Vek32s QP) {
+    if (anyNull(pCoeffs) || anyNull(pSrcDst)) return vekStsErrNullPtr;
+    if (outside(QP, 0, avs::kMaxQP)) return vekStsErrOutOfRange;
+    kernel::reconstructAvs(pCoeffs, pSrcDst, srcDstStep, QP);
+    return vekStsOk;
+}
