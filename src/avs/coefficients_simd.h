@@ -47,7 +47,7 @@ struct AvsTables {
                 to.levels[run] = static_cast<Vek8u>(level);
             }
             for (int code = 0; code < avs::kFirstEscape; ++code) {
-                const int bits = std::bit_width(static_cast<unsigned>(code + (1 << from.order)));
+                const auto bits = static_cast<int>(std::bit_width(static_cast<unsigned>(code + (1 << from.order))));
                 const int length = 2 * bits - 1 - from.order;
                 if (length > kAvsLookBits) continue;
                 const int first = (code + (1 << from.order)) << (kAvsLookBits - length);
