@@ -69,7 +69,8 @@ class LoopFilter {
             const int rows = plane == 0 ? 2 * c_.height : c_.height;
             // Rows of edges in the order of dependence: the middles behind both edges of their blocks.
             for (int row = 1; row <= rows; ++row) {
-                if (row < rows) horizontalEdges(plane, row, false);
+                if (row < rows && !(row % (rows / c_.height) == 0 && sliceBegins(row * c_.height / rows)))
+                    horizontalEdges(plane, row, false);
                 if (byBlocks_) horizontalEdges(plane, row - 1, true);
             }
             for (int row = 0; row < rows; row += plane == 0 ? 2 : 1) {
@@ -85,6 +86,8 @@ class LoopFilter {
         if (plane != 0) return {&c_.mb(x, y), 3 + plane};
         return {&c_.mb(x >> 1, y >> 1), (x & 1) | (y & 1) << 1};
     }
+
+    bool sliceBegins(int mbY) const { return c_.sliceBegins[static_cast<std::size_t>(mbY)] != 0; }
 
     void horizontalEdges(int plane, int row, bool middle) const {
         const vekapp::Plane& p = c_.plane[plane];
@@ -141,7 +144,7 @@ class LoopFilter {
         for (int mbY = 0; mbY < c_.height; ++mbY)
             for (int mbX = 0; mbX < c_.width; ++mbX) {
                 Vek8u* const at = p.at(size * mbX, size / 2 * mbY);
-                if (mbY > 0) horizontalEdge(at, quant_, step, 0);
+                if (mbY > 0 && !sliceBegins(mbY)) horizontalEdge(at, quant_, step, 0);
                 if (luma && !c_.mb(mbX, mbY).fieldTransform) horizontalEdge(at + 4 * p.stride, quant_, step, 0);
             }
         // The exports filter two rows of macroblocks at once; the second half of the last one may not be there.
