@@ -162,11 +162,12 @@ void FieldVectorDecoder::decode(WordReader& bits, int mbX, int mbY, int block, c
         const auto far = [&](MotionVector v) { return std::abs(p.x - v.x) + std::abs(p.y - v.y) > 32; };
         if (far(a.mv) || far(c.mv)) p = bits.flag() ? a.mv : c.mv;
     }
-    // A bottom field's vectors to a top field lie one line lower.
-    const int rangeY = header.twoReferences ? rangeY_ / 2 : rangeY_, below = header.bottomField() && other ? 1 : 0;
-    const MotionVector v{
-        static_cast<std::int16_t>(((p.x + data.x + rangeX_) & (2 * rangeX_ - 1)) - rangeX_),
-        static_cast<std::int16_t>(((p.y + data.y + rangeY - below) & (2 * rangeY - 1)) - rangeY + below)};
+    // A bottom field's vectors to a top field lie one line lower. The range counts samples of the mode's precision.
+    const int unit = header.halfPel() ? 2 : 1, below = header.bottomField() && other ? 1 : 0;
+    const auto wrapped = [](int v, int range) { return ((v + range) & (2 * range - 1)) - range; };
+    const int vx = wrapped(p.x + data.x, unit * rangeX_);
+    const int vy = wrapped(p.y + data.y - below, unit * (header.twoReferences ? rangeY_ / 2 : rangeY_)) + below;
+    const MotionVector v{static_cast<std::int16_t>(vx), static_cast<std::int16_t>(vy)};
     if (whole) {
         for (MotionVector& m : mb.mv) m = v;
         mb.otherField = other ? 15 : 0;

@@ -59,11 +59,18 @@ class LoopFilter {
         : c_(context), quant_(context.header->pquant), byBlocks_(context.header->type == PictureType::P) {}
 
     void run() {
+        if (c_.header->coding == Coding::FrameInterlaced) {
+            for (int plane = 0; plane < 3; ++plane) {
+                for (const bool bottom : {false, true}) filterFieldLines(plane, c_.plane[plane].field(bottom));
+            }
+            return;
+        }
         for (int plane = 0; plane < 3; ++plane) {
             const int rows = plane == 0 ? 2 * c_.height : c_.height;
             // Rows of edges in the order of dependence: the middles behind both edges of their blocks.
             for (int row = 1; row <= rows; ++row) {
-                if (row < rows) horizontalEdges(plane, row, false);
+                if (row < rows && !(row % (rows / c_.height) == 0 && sliceBegins(row * c_.height / rows)))
+                    horizontalEdges(plane, row, false);
                 if (byBlocks_) horizontalEdges(plane, row - 1, true);
             }
             for (int row = 0; row < rows; row += plane == 0 ? 2 : 1) {
@@ -79,6 +86,8 @@ class LoopFilter {
         if (plane != 0) return {&c_.mb(x, y), 3 + plane};
         return {&c_.mb(x >> 1, y >> 1), (x & 1) | (y & 1) << 1};
     }
+
+    bool sliceBegins(int mbY) const { return c_.sliceBegins[static_cast<std::size_t>(mbY)] != 0; }
 
     void horizontalEdges(int plane, int row, bool middle) const {
         const vekapp::Plane& p = c_.plane[plane];
@@ -122,6 +131,32 @@ class LoopFilter {
                                                                static_cast<Vek32s>((3 & ~wanted) << 1));
             }
         }
+    }
+
+    // Frame-interlaced intra pictures: the lines of each field by themselves. Horizontal edges lie between macroblocks,
+    // and inside those whose luma blocks lie one below the other; vertical edges are as in other pictures.
+    void filterFieldLines(int plane, const vekapp::Plane& p) const {
+        const auto step = static_cast<Vek32s>(p.stride);
+        const bool luma = plane == 0;
+        const int size = luma ? 16 : 8;  // of a macroblock; half as many lines of a field
+        const auto horizontalEdge =
+            luma ? vekiFilterDeblockingLuma_HorEdge_VC1_8u_C1IR : vekiFilterDeblockingChroma_HorEdge_VC1_8u_C1IR;
+        for (int mbY = 0; mbY < c_.height; ++mbY)
+            for (int mbX = 0; mbX < c_.width; ++mbX) {
+                Vek8u* const at = p.at(size * mbX, size / 2 * mbY);
+                if (mbY > 0 && !sliceBegins(mbY)) horizontalEdge(at, quant_, step, 0);
+                if (luma && !c_.mb(mbX, mbY).fieldTransform) horizontalEdge(at + 4 * p.stride, quant_, step, 0);
+            }
+        // The exports filter two rows of macroblocks at once; the second half of the last one may not be there.
+        for (int mbY = 0; mbY < c_.height; mbY += 2)
+            for (int x = 8; x < size * c_.width; x += 8) {
+                Vek8u* const at = p.at(x, size / 2 * mbY);
+                const bool two = mbY + 1 < c_.height;
+                if (luma)
+                    vekiFilterDeblockingLuma_VerEdge_VC1_8u_C1IR(at, quant_, step, two ? 0 : 12);
+                else
+                    vekiFilterDeblockingChroma_VerEdge_VC1_8u_C1IR(at, quant_, step, two ? 0 : 4);
+            }
     }
 
     const PictureContext& c_;

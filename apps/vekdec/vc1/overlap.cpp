@@ -56,7 +56,9 @@ void OverlapSmoother::smoothHorizontalEdges(Plane16& p, int index) {
     const auto step = static_cast<Vek32s>(2 * p.stride);
     const vekapp::Plane& to = context_->plane[index];
     const auto dstStep = static_cast<Vek32s>(to.stride);
-    for (int by = 1; by < rows; ++by)
+    for (int by = 1; by < rows; ++by) {
+        const int mbY = by >> p.shift;
+        if (by == mbY << p.shift && context_->sliceBegins[static_cast<std::size_t>(mbY)] != 0) continue;
         for (int mbX = 0; mbX < context_->width; ++mbX) {
             const auto both = [&](int bx) { return smooths(p, bx, by - 1) && smooths(p, bx, by); };
             if (index == 0) {
@@ -69,6 +71,7 @@ void OverlapSmoother::smoothHorizontalEdges(Plane16& p, int index) {
                                                           to.at(8 * mbX, 8 * by), dstStep);
             }
         }
+    }
 }
 
 // Frame-interlaced pictures have their vertical edges smoothed only, row by row of the frame.

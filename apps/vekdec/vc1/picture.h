@@ -75,6 +75,7 @@ struct PictureContext {
     Macroblock* mbs = nullptr;
     int width = 0, height = 0;              // in macroblocks
     int codedWidth = 0, codedHeight = 0;    // in luma samples
+    std::vector<std::uint8_t> sliceBegins;  // by row of macroblocks: no filter works across these rows' upper edges
     bool rounding = false;                  // RNDCTRL
     Reference forward, backward;            // of frames
     Reference field[2];                     // of fields, by parity

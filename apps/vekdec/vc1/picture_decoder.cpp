@@ -9,6 +9,7 @@ namespace vekdec::vc1 {
 
 void PictureDecoder::begin(const PictureContext& context) {
     context_ = context;
+    context_.sliceBegins.assign(static_cast<std::size_t>(context_.height), 0);
     std::fill_n(context_.mbs, context_.width * context_.height, Macroblock{});
     residual_.begin(context_);
     intra_.begin(context_);
@@ -20,6 +21,7 @@ void PictureDecoder::begin(const PictureContext& context) {
 void PictureDecoder::decodeRows(WordReader& bits, int firstRow, int endRow) {
     bits_ = &bits;
     firstRow_ = firstRow;
+    if (firstRow < endRow) context_.sliceBegins[static_cast<std::size_t>(firstRow)] = 1;
     residual_.beginSlice();
     intra_.beginSlice(firstRow);
     vectors_.beginSlice(firstRow);
