@@ -8,11 +8,14 @@
  *
  *  | selector | values |
  *  |---|---|
- *  | `cbp` | bits 0 to 3: luma blocks 0 (top left), 1 (top right), 2 (bottom left), 3; bit 4: Cb; bit 5: Cr. Others are ignored |
- *  | `availability` | bit 0 (1): the samples above; bit 1 (2): left; bit 5 (32): above left, with bits 0 and 1 only; bit 6 (64): above right, with bit 0 only; bit 7 (128): below left, with bit 1 only. Others are ignored |
+ *  | `cbp` | bits 0 to 3: luma blocks in raster order; bit 4: Cb; bit 5: Cr. Others are ignored |
+ *  | `availability` | samples: bit 0 (1) above; 1 (2) left; 5 (32) above left; 6 (64) above right; 7 (128) below left |
  *  | luma prediction mode | 0 vertical, 1 horizontal, 2 DC, 3 down-left, 4 down-right |
  *  | chroma prediction mode | 0 DC, 1 horizontal, 2 vertical, 3 plane |
  *  | `scanMode` | 0 zigzag, 1 field |
+ *
+ *  Of `availability`, bit 5 counts only with bits 0 and 1, bit 6 only with bit 0, bit 7 only with bit 1; others are
+ *  ignored.
  *
  *  For the fields of a frame pass the field's first row and twice the step. Steps are not checked.
  */
@@ -54,8 +57,8 @@ typedef struct {
  *  @param[in,out] ppDstCoeffs  receives all 64 levels; moved on by 64
  *  @param scanMode             0 zigzag, 1 field
  *  @return vekStsOk; vekStsErrNullPtr; vekStsErrBadArg for @p pBitOffset outside 0..31, for @p scanMode; and
- *      vekStsErrOutOfRange, with nothing written, for data that no block has: 16 zero bits before a code's one bit, code
- *      58 of a first table, more than 64 positions, a level above 32767
+ *      vekStsErrOutOfRange, with nothing written, for data that no block has: 16 zero bits before a code's one bit,
+ *      code 58 of a first table, more than 64 positions, a level above 32767
  */
 VEKVC_API VekStatus vekiDecodeCoeffsLumaIntra_AVS_1u16s(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s** ppDstCoeffs,
                                                         Vek32s scanMode);
@@ -76,8 +79,8 @@ VEKVC_API VekStatus vekiDecodeCoeffsChroma_AVS_1u16s(Vek32u** ppBitStream, Vek32
  */
 VEKVC_API VekStatus vekiQuantInv8x8_AVS_16s_C1I(Vek16s* pSrcDst, Vek32s QP);
 
-/** The inverse 8x8 transform in place (GB/T 20090.2 clause 9): rows, (sum + 4) >> 3, then columns, (sum + 64) >> 7. Sums
- *  are exact, and the results of both passes saturated to 16 bits.
+/** The inverse 8x8 transform in place (GB/T 20090.2 clause 9): rows, (sum + 4) >> 3, then columns, (sum + 64) >> 7.
+ *  Sums are exact, and the results of both passes saturated to 16 bits.
  *  @param[in,out] pSrcDst  64 coefficients, replaced by the residual
  *  @return vekStsOk; vekStsErrNullPtr
  */
@@ -98,8 +101,8 @@ VEKVC_API VekStatus vekiReconstruct8x8_AVS_16s8u_C1IR(const Vek16s* pCoeffs, Vek
  *  @{ */
 
 /** Predicts a luma (chroma) block in place from its neighbours (GB/T 20090.2 clause 9), which must not yet be
- *  deblocked. Modes take the neighbours that are available; a missing above-right or below-left arm is replaced by copies
- *  of the last sample. DC without neighbours is 128. Chroma ignores bit 7 of @p availability.
+ *  deblocked. Modes take the neighbours that are available; a missing above-right or below-left arm is replaced by
+ *  copies of the last sample. DC without neighbours is 128. Chroma ignores bit 7 of @p availability.
  *
  *  Only available neighbours are read: by luma modes 0 and 1 and chroma modes 1 and 2 just the eight above or left; by
  *  DC those above, left, above left, and one beyond each end; by mode 3 of luma no corner but eight beyond each end.
@@ -174,8 +177,8 @@ VEKVC_API VekStatus vekiReconstructChromaInterMB_AVS_16s8u_P2R(Vek16s** ppCoeffs
  *  @{ */
 
 /** Interpolates luma at quarter-sample positions (GB/T 20090.2 clause 9): the filter of @p dx along the rows, of @p dy
- *  along the columns, without rounding between; with both fractions odd, half of the way from the centre of four samples
- *  to the one of them that is nearest.
+ *  along the columns, without rounding between; with both fractions odd, half of the way from the centre of four
+ *  samples to the one of them that is nearest.
  *
  *  A fraction of 1 reads two samples before and behind the block in its direction, 2 reads one and two, 3 reads one and
  *  three; two odd fractions read one before and two behind in both directions. Nothing else is read.
@@ -313,8 +316,8 @@ VEKVC_API VekStatus vekiFilterDeblockingLuma_HorEdge_AVS_8u_C1IR(Vek8u* pSrcDst,
                                                                  const Vek8u* pBeta, const Vek8u* pThresholds,
                                                                  const Vek8u* pBs);
 
-/** Filters the vertical (horizontal) edge at 0 of an 8x8 chroma block. Three samples on each side are read and at most one
- *  is written.
+/** Filters the vertical (horizontal) edge at 0 of an 8x8 chroma block. Three samples on each side are read and at most
+ *  one is written.
  *  @param[in,out] pSrcDst   the block's first sample, amid the picture
  *  @param srcDstStep        bytes between rows
  *  @param[in] pAlpha        alpha

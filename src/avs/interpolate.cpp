@@ -49,7 +49,8 @@ struct Reference {
     avs::Reach across, down;
 };
 
-// Calls interpolate(src, srcStep) with the block's reference: in the plane, or in a copy with the plane's edges repeated.
+// Calls interpolate(src, srcStep) with the block's reference: in the plane, or in a copy with the plane's edges
+// repeated.
 template <class Interpolate>
 void onClamped(const Vek8u* pPlane, Vek32s planeStep, VekiSize planeSize, VekiSize blockSize, const Reference& r,
                Interpolate interpolate) {

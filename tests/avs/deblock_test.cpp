@@ -65,8 +65,8 @@ TEST(AvsDeblock, StrengthOne) {
     EXPECT_EQ(filtered({100, 100, 100, 110, 113, 112}, true, 1, limits), (Line{100, 100, 102, 108, 112, 112}));
     // p2 and q2 beyond beta: only the inner samples.
     EXPECT_EQ(filtered({92, 97, 100, 110, 113, 118}, true, 1, limits), (Line{92, 97, 102, 108, 113, 118}));
-    // Samples are clipped: delta = (-19 + 4) >> 3 = -2 leaves p0 at 0, then q1 is lowered by (3 * (19 - 2) + (0 - 19) + 4)
-    // >> 3 = 4; delta = (19 + 4) >> 3 = 2 leaves p0 at 255, and q1 rises by 4.
+    // Samples are clipped: delta = (-19 + 4) >> 3 = -2 leaves p0 at 0, then q1 is lowered by (3 * (19 - 2) + (0 - 19) +
+    // 4) >> 3 = 4; delta = (19 + 4) >> 3 = 2 leaves p0 at 255, and q1 rises by 4.
     EXPECT_EQ(filtered({0, 0, 0, 0, 19, 19}, true, 1, {20, 20, 9}), (Line{0, 0, 0, 2, 15, 19}));
     EXPECT_EQ(filtered({255, 255, 255, 255, 236, 236}, true, 1, {20, 20, 9}), (Line{255, 255, 255, 253, 240, 236}));
 }

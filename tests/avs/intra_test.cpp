@@ -111,8 +111,8 @@ TEST(AvsIntra, EverySampleOfEveryMode) {
 }
 
 TEST(AvsIntra, BlocksWorkedByHand) {
-    // A ramp above and 100 on the left, with a corner of 20: DC smooths (20 + 2 * 0 + 10 + 2) / 4 = 8 with (20 + 3 * 100
-    // + 2) / 4 = 80, then 10 with 100.
+    // A ramp above and 100 on the left, with a corner of 20: DC smooths (20 + 2 * 0 + 10 + 2) / 4 = 8 with (20 + 3 *
+    // 100 + 2) / 4 = 80, then 10 with 100.
     Area area(1);
     for (int i = 0; i < 16; ++i) {
         area.at(i, -1) = static_cast<Vek8u>(10 * i);

@@ -1,5 +1,5 @@
-// AVS coefficient blocks as an encoder writes them. The code tables stand here in the other direction: what the positive
-// codes mean, in order of the codes.
+// AVS coefficient blocks as an encoder writes them. The code tables stand here in the other direction: what the
+// positive codes mean, in order of the codes.
 #ifndef VEKVC_TESTS_AVS_H
 #define VEKVC_TESTS_AVS_H
 
