@@ -37,7 +37,7 @@ IntraPredictor::Neighbour IntraPredictor::neighbour(int mbX, int mbY, int block,
     mbY -= up;
     if (mbX < 0 || mbY < firstRow_) return n;
     n.mb = &context_->mb(mbX, mbY);
-    n.levels = &levels(mbX, mbY, n.block);
+    n.levels = &levels_[index(mbX, mbY, n.block)];
     return n;
 }
 
@@ -90,7 +90,7 @@ void IntraPredictor::finish(int mbX, int mbY, int block, const Prediction& predi
             coefficients.include(i * apart);
         }
     }
-    Levels& kept = const_cast<Levels&>(levels(mbX, mbY, block));
+    Levels& kept = levels_[index(mbX, mbY, block)];
     kept.dc = value[0];
     for (int i = 1; i < 8; ++i) {
         kept.column[i - 1] = value[8 * i];

@@ -41,8 +41,8 @@ class IntraPredictor {
         bool intra() const { return mb != nullptr && mb->isIntra(block); }
     };
     Neighbour neighbour(int mbX, int mbY, int block, int left, int up) const;
-    const Levels& levels(int mbX, int mbY, int block) const {
-        return levels_[static_cast<std::size_t>(((mbY & 1) * context_->width + mbX) * 6 + block)];
+    std::size_t index(int mbX, int mbY, int block) const {
+        return static_cast<std::size_t>(((mbY & 1) * context_->width + mbX) * 6 + block);
     }
 
     const PictureContext* context_ = nullptr;

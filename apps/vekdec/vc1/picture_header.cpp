@@ -110,7 +110,7 @@ void HeaderParser::advanced() {
     fromQuantizer();
 }
 
-// Annex: from PQINDEX on the fields of a frame have headers of their own.
+// From PQINDEX on the fields of a frame have headers of their own.
 void HeaderParser::fromQuantizer() {
     quantizer();
     if (seq_.postProcessing) bits_.u(2);  // POSTPROC
