@@ -120,35 +120,6 @@ inline void predictAvsPlane(const MutableBlock<Vek8u>& b) {
     }
 }
 
-inline void predictAvsLuma(Vek8u* pSrcDst, Vek32s step, Vek32u mode, Vek32u available) {
-    const MutableBlock<Vek8u> b(pSrcDst, step);
-    switch (mode) {
-        case 0:
-            return predictAvsVertical(b);
-        case 1:
-            return predictAvsHorizontal(b);
-        case 2:
-            return predictAvsDc(b, available);
-        case 3:
-            return predictAvsDownLeft(b, available);
-        default:
-            return predictAvsDownRight(b);
-    }
-}
-inline void predictAvsChroma(Vek8u* pSrcDst, Vek32s step, Vek32u mode, Vek32u available) {
-    const MutableBlock<Vek8u> b(pSrcDst, step);
-    switch (mode) {
-        case 0:
-            return predictAvsDc(b, available & ~avs::kBelowLeft);
-        case 1:
-            return predictAvsHorizontal(b);
-        case 2:
-            return predictAvsVertical(b);
-        default:
-            return predictAvsPlane(b);
-    }
-}
-
 }  // namespace vekvc::simd
 
 #endif

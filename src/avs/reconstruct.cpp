@@ -26,13 +26,44 @@ void addCoded(const Vek16s*& levels, bool coded, Vek8u* pixels, Vek32s step, Vek
     levels += 64;
 }
 
+void predictLuma(Vek8u* pSrcDst, Vek32s step, Vek32u mode, Vek32u available) {
+    const MutableBlock<Vek8u> b(pSrcDst, step);
+    switch (mode) {
+        case 0:
+            return kernel::predictAvsVertical(b);
+        case 1:
+            return kernel::predictAvsHorizontal(b);
+        case 2:
+            return kernel::predictAvsDc(b, available);
+        case 3:
+            return kernel::predictAvsDownLeft(b, available);
+        default:
+            return kernel::predictAvsDownRight(b);
+    }
+}
+
+// Below left does not count here.
+void predictChroma(Vek8u* pSrcDst, Vek32s step, Vek32u mode, Vek32u available) {
+    const MutableBlock<Vek8u> b(pSrcDst, step);
+    switch (mode) {
+        case 0:
+            return kernel::predictAvsDc(b, available & ~avs::kBelowLeft);
+        case 1:
+            return kernel::predictAvsHorizontal(b);
+        case 2:
+            return kernel::predictAvsVertical(b);
+        default:
+            return kernel::predictAvsPlane(b);
+    }
+}
+
 }  // namespace
 
 VekStatus vekiPredictIntraLuma8x8_AVS_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32s predMode, Vek32u availability) {
     if (anyNull(pSrcDst)) return vekStsErrNullPtr;
     if (outside(predMode, 0, avs::kLumaModes - 1)) return vekStsErrOutOfRange;
     if (lacks(availability, avs::kLumaNeeds[predMode])) return vekStsErrBadArg;
-    kernel::predictAvsLuma(pSrcDst, srcDstStep, static_cast<Vek32u>(predMode), availability);
+    predictLuma(pSrcDst, srcDstStep, static_cast<Vek32u>(predMode), availability);
     return vekStsOk;
 }
 
@@ -41,7 +72,7 @@ VekStatus vekiPredictIntraChroma8x8_AVS_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstSte
     if (anyNull(pSrcDst)) return vekStsErrNullPtr;
     if (outside(predMode, 0, avs::kChromaModes - 1)) return vekStsErrOutOfRange;
     if (lacks(availability, avs::kChromaNeeds[predMode])) return vekStsErrBadArg;
-    kernel::predictAvsChroma(pSrcDst, srcDstStep, static_cast<Vek32u>(predMode), availability);
+    predictChroma(pSrcDst, srcDstStep, static_cast<Vek32u>(predMode), availability);
     return vekStsOk;
 }
 
@@ -59,7 +90,7 @@ VekStatus vekiReconstructLumaIntraMB_AVS_16s8u_C1R(Vek16s** ppCoeffs, Vek8u* pSr
     const Vek16s* levels = load<Vek16s*>(ppCoeffs);
     for (int k = 0; k < 4; ++k) {
         Vek8u* const pixels = lumaBlock(pSrcDst, srcDstStep, k);
-        kernel::predictAvsLuma(pixels, srcDstStep, load<Vek32u>(pPredModes + k), avs::blockNeighbours(availability, k));
+        predictLuma(pixels, srcDstStep, load<Vek32u>(pPredModes + k), avs::blockNeighbours(availability, k));
         addCoded(levels, (cbp >> k & 1) != 0, pixels, srcDstStep, QP);
     }
     store(ppCoeffs, const_cast<Vek16s*>(levels));
@@ -88,9 +119,9 @@ VekStatus vekiReconstructChromaIntraMB_AVS_16s8u_P2R(Vek16s** ppCoeffs, Vek8u* p
     if (outside(chromaQP, 0, avs::kMaxChromaQP)) return vekStsErrOutOfRange;
     const Vek16s* levels = load<Vek16s*>(ppCoeffs);
     const auto mode = static_cast<Vek32u>(predMode);
-    kernel::predictAvsChroma(pSrcDstU, srcDstStep, mode, availability);
+    predictChroma(pSrcDstU, srcDstStep, mode, availability);
     addCoded(levels, (cbp & 16) != 0, pSrcDstU, srcDstStep, chromaQP);
-    kernel::predictAvsChroma(pSrcDstV, srcDstStep, mode, availability);
+    predictChroma(pSrcDstV, srcDstStep, mode, availability);
     addCoded(levels, (cbp & 32) != 0, pSrcDstV, srcDstStep, chromaQP);
     store(ppCoeffs, const_cast<Vek16s*>(levels));
     return vekStsOk;
