@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "frames/frame.h"
 #include "report/statistics.h"
@@ -40,6 +41,12 @@ struct DecoderOptions {
     bool interleaved = false;  // give out Cb Y Cr Y; of formats with Format::interleaves
     int zoom = 1;              // and reduced so many times: 1, 2, 4, 8
 };
+
+// The decoder that Format::make gives.
+template <class StreamDecoder>
+std::unique_ptr<Decoder> makeDecoder(Sinks sinks, const DecoderOptions& options) {
+    return std::make_unique<StreamDecoder>(std::move(sinks), options);
+}
 
 struct Format {
     const char* name;                     // as --format takes it

@@ -1,6 +1,18 @@
 #include "frames/plane.h"
 
+#include <cstring>
+
 namespace vekapp {
+
+void copyOrGrey(const Plane& to, const Plane* from, int x, int y, int width, int height) {
+    for (int row = y; row < y + height; ++row) {
+        const auto bytes = static_cast<std::size_t>(width);
+        if (from == nullptr)
+            std::memset(to.at(x, row), 128, bytes);
+        else
+            std::memmove(to.at(x, row), from->at(x, row), bytes);
+    }
+}
 
 PictureMemory::PictureMemory(const PictureFormat& format) {
     for (int i = 0; i < format.planes(); ++i) {

@@ -22,6 +22,9 @@ struct Plane {
     std::uint8_t* at(int x, int y) const { return data + stride * y + x; }
 };
 
+// The rectangle of `to` as it is in `from`, or grey if there is none. Planes of 8 bits.
+void copyOrGrey(const Plane& to, const Plane* from, int x, int y, int width, int height);
+
 // What the planes of a picture are like. Sizes are those of memory: whole macroblocks, before cropping.
 struct PictureFormat {
     int width = 0, height = 0;  // luma samples

@@ -298,14 +298,9 @@ constexpr const char* kCodecs[] = {"dvvideo"};
 }  // namespace
 
 Format format() {
-    return {"dv",
-            "DV and DV100 (IEC 61834-2, SMPTE 314M, 370M): 25, 50 and 100 Mb/s",
-            kCodecs,
-            probe,
-            split,
-            [](Sinks sinks, const DecoderOptions& options) -> std::unique_ptr<Decoder> {
-                return std::make_unique<StreamDecoder>(std::move(sinks), options);
-            },
+    return {"dv",    "DV and DV100 (IEC 61834-2, SMPTE 314M, 370M): 25, 50 and 100 Mb/s",
+            kCodecs, probe,
+            split,   makeDecoder<StreamDecoder>,
             true};
 }
 

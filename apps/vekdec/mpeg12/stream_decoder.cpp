@@ -16,17 +16,6 @@ constexpr vekapp::BlockKind kKinds[] = {
     {"backward", {60, 190, 120}}, {"both", {240, 210, 60}}, {"skipped", {60, 60, 70}},
 };
 
-// The macroblock's rectangle of `to` as it is in `from`, or grey.
-void copyMacroblock(const vekapp::Plane& to, const vekapp::Plane* from, int x, int y, int width, int height) {
-    for (int row = y; row < y + height; ++row) {
-        const auto bytes = static_cast<std::size_t>(width);
-        if (from == nullptr)
-            std::memset(to.at(x, row), 128, bytes);
-        else
-            std::memmove(to.at(x, row), from->at(x, row), bytes);
-    }
-}
-
 }  // namespace
 
 void StreamDecoder::damage(const std::string& what) {
@@ -220,7 +209,7 @@ void StreamDecoder::conceal() {
         const int x = static_cast<int>(i) % width, y = static_cast<int>(i) / width;
         for (int p = 0; p < 3; ++p) {
             const int w = p == 0 ? 16 : 8, h = p == 0 || sequence_.chroma == vekapp::Chroma::C422 ? 16 : 8;
-            copyMacroblock(context_.target()[p], before != nullptr ? from + p : nullptr, x * w, y * h, w, h);
+            copyOrGrey(context_.target()[p], before != nullptr ? from + p : nullptr, x * w, y * h, w, h);
         }
     }
     if (missing > 0) damage(std::to_string(missing) + " of " + std::to_string(count) + " macroblocks are missing");
@@ -359,14 +348,9 @@ constexpr const char* kCodecs[] = {"mpeg1video", "mpeg2video"};
 }  // namespace
 
 Format format() {
-    return {"mpeg2",
-            "MPEG-1 and MPEG-2 video (ISO 11172-2, 13818-2): Main and 4:2:2 profile, 8 bits",
-            kCodecs,
-            probe,
-            splitAtStartCode,
-            [](Sinks sinks, const DecoderOptions& options) -> std::unique_ptr<Decoder> {
-                return std::make_unique<StreamDecoder>(std::move(sinks), options);
-            }};
+    return {"mpeg2",          "MPEG-1 and MPEG-2 video (ISO 11172-2, 13818-2): Main and 4:2:2 profile, 8 bits",
+            kCodecs,          probe,
+            splitAtStartCode, makeDecoder<StreamDecoder>};
 }
 
 }  // namespace vekdec::mpeg12

@@ -48,13 +48,12 @@ constexpr const char* kCodecs[] = {"wmv3", "vc1"};
 
 Format format() {
     return {"vc1",
-            "VC-1 video (SMPTE 421M): Simple, Main and Advanced profile, without interlaced frames and fields with B",
+            "VC-1 video (SMPTE 421M): Simple, Main and Advanced profile, without frame-interlaced P and B pictures, "
+            "nor B fields",
             kCodecs,
             probe,
             split,
-            [](Sinks sinks, const DecoderOptions& options) -> std::unique_ptr<Decoder> {
-                return std::make_unique<StreamDecoder>(std::move(sinks), options);
-            }};
+            makeDecoder<StreamDecoder>};
 }
 
 }  // namespace vekdec::vc1

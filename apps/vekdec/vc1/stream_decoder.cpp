@@ -16,17 +16,6 @@ namespace {
 // Slices and fields that a picture can have, and more.
 constexpr std::size_t kMostUnits = 2048;
 
-// The macroblock's rectangle of `to` as it is in `from`, or grey.
-void copyMacroblock(const vekapp::Plane& to, const vekapp::Plane* from, int x, int y, int size) {
-    for (int row = y; row < y + size; ++row) {
-        const auto bytes = static_cast<std::size_t>(size);
-        if (from == nullptr)
-            std::memset(to.at(x, row), 128, bytes);
-        else
-            std::memmove(to.at(x, row), from->at(x, row), bytes);
-    }
-}
-
 }  // namespace
 
 void StreamDecoder::damage(const std::string& what) {
@@ -401,8 +390,8 @@ void StreamDecoder::conceal() {
         ++missing;
         for (int p = 0; p < 3; ++p) {
             const int size = p == 0 ? 16 : 8;
-            copyMacroblock(context_.plane[p], before.present() ? &before.plane[p] : nullptr, i % context_.width * size,
-                           i / context_.width * size, size);
+            copyOrGrey(context_.plane[p], before.present() ? &before.plane[p] : nullptr, i % context_.width * size,
+                       i / context_.width * size, size, size);
         }
     }
     if (missing > 0) damage(std::to_string(missing) + " of " + std::to_string(count) + " macroblocks are missing");
