@@ -273,26 +273,30 @@ void PictureDecoder::decodeP(Macroblock& mb) {
         decodeOneMv(mb, skipped);
 }
 
+// An intra macroblock of a P or B picture with one vector's syntax.
+void PictureDecoder::decodeIntra(Macroblock& mb, bool coefficients) {
+    WordReader& bits = *bits_;
+    mb.intra = 0x3f;
+    unsigned pattern = 0;
+    bool acPrediction = false;
+    if (coefficients) {
+        acPrediction = bits.flag();
+        pattern =
+            patternByBlock(static_cast<unsigned>(decode(bits, tables().cbpP[context_.header->cbpTable], "CBPCY")));
+        parseQuant(mb);
+    } else {
+        parseQuant(mb);
+        acPrediction = bits.flag();
+    }
+    decodeBlocks(mb, pattern, acPrediction);
+    mb.kind = MbKind::Intra;
+}
+
 void PictureDecoder::decodeOneMv(Macroblock& mb, bool skipped) {
     const PictureHeader& header = *context_.header;
     WordReader& bits = *bits_;
     const VectorData data = skipped ? VectorData{} : vectors_.parse(bits);
-    if (data.intra) {
-        mb.intra = 0x3f;
-        unsigned pattern = 0;
-        bool acPrediction = false;
-        if (data.coefficients) {
-            acPrediction = bits.flag();
-            pattern = patternByBlock(static_cast<unsigned>(decode(bits, tables().cbpP[header.cbpTable], "CBPCY")));
-            parseQuant(mb);
-        } else {
-            parseQuant(mb);
-            acPrediction = bits.flag();
-        }
-        decodeBlocks(mb, pattern, acPrediction);
-        mb.kind = MbKind::Intra;
-        return;
-    }
+    if (data.intra) return decodeIntra(mb, data.coefficients);
     setVector(mb, vectors_.vector(bits, x_, y_, data));
     unsigned pattern = 0;
     if (data.coefficients) {
@@ -356,33 +360,15 @@ void PictureDecoder::decodeB(Macroblock& mb) {
         VectorData data;
         if (!skipped) data = vectors_.parse(bits);
         coefficients = data.coefficients;
-        if (data.intra) {
-            mb.intra = 0x3f;
-        } else {
-            const bool forwardNearer = header.scaleFactor < 128;
-            if (!bits.flag())
-                kind = forwardNearer ? MbKind::Forward : MbKind::Backward;
-            else if (!bits.flag())
-                kind = forwardNearer ? MbKind::Backward : MbKind::Forward;
-            else
-                kind = MbKind::Both;
-            (kind == MbKind::Forward ? forward : backward) = data;
-        }
-    }
-    if (mb.intra != 0) {
-        unsigned pattern = 0;
-        bool acPrediction = false;
-        if (coefficients) {
-            acPrediction = bits.flag();
-            pattern = patternByBlock(static_cast<unsigned>(decode(bits, tables().cbpP[header.cbpTable], "CBPCY")));
-            parseQuant(mb);
-        } else {
-            parseQuant(mb);
-            acPrediction = bits.flag();
-        }
-        decodeBlocks(mb, pattern, acPrediction);
-        mb.kind = MbKind::Intra;
-        return;
+        if (data.intra) return decodeIntra(mb, data.coefficients);
+        const bool forwardNearer = header.scaleFactor < 128;
+        if (!bits.flag())
+            kind = forwardNearer ? MbKind::Forward : MbKind::Backward;
+        else if (!bits.flag())
+            kind = forwardNearer ? MbKind::Backward : MbKind::Forward;
+        else
+            kind = MbKind::Both;
+        (kind == MbKind::Forward ? forward : backward) = data;
     }
     if (kind == MbKind::Both && coefficients) {
         forward = vectors_.parse(bits);

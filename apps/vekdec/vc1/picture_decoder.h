@@ -32,6 +32,7 @@ class PictureDecoder {
   private:
     void decodeI(Macroblock& mb);
     void decodeP(Macroblock& mb);
+    void decodeIntra(Macroblock& mb, bool coefficients);
     void decodeOneMv(Macroblock& mb, bool skipped);
     void decodeFourMv(Macroblock& mb, bool skipped);
     void decodeB(Macroblock& mb);
