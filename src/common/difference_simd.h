@@ -20,7 +20,7 @@ class DifferenceWriter {
         if constexpr (W == 8) {
             vekvc::store(p_, widenLow(a) - widenLow(b));
         } else {  // from the bytes of both in turn: no more instructions than to widen one
-            const i8x16 plusMinus = as<i8x16>(constant<i16x8, -255>());  // the bytes 1, -1
+            const i8x16 plusMinus = plusMinusOne();
             vekvc::store(p_, mulAddPairs(interleaveLow(a, b), plusMinus));
             vekvc::store(p_ + 8, mulAddPairs(interleaveHigh(a, b), plusMinus));
         }

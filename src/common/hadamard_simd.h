@@ -71,12 +71,6 @@ template <class V>
 }
 #endif
 
-// The lanes added up.
-template <int N>
-[[gnu::always_inline]] inline Vek32s sumOfLanes(Vec<Vek16s, N> a) {
-    return sumLanes(mulAddPairs(a, constant<Vec<Vek16s, N>, 1>()));
-}
-
 // ---- the rows of an 8-bit block
 //
 // The first stage comes with the widening: of a row of 8 samples, the low half of a vector receives the sums of

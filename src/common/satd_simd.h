@@ -12,13 +12,13 @@ namespace vekvc::simd {
 
 [[gnu::always_inline]] inline Vek32s satdOf4x4(Block<Vek8u> s, Block<Vek8u> ref) {
     const auto block = [](Block<Vek8u> b) { return loadLanes32<u8x16>([&](int y) { return b.at(0, y); }); };
-    const i8x16 ones = constant<i8x16, 1>(), differ = as<i8x16>(constant<i16x8, -255>());  // -255: the bytes 1, -1
+    const i8x16 ones = constant<i8x16, 1>(), differ = plusMinusOne();
     const u8x16 a = block(s), b = block(ref);
     i16x8 sums = mulAddPairs(a, ones) - mulAddPairs(b, ones);  // lane: row and half of the row
     i16x8 differences = mulAddPairs(a, differ) - mulAddPairs(b, differ);
     butterflyHalves(sums, differences);
     butterflyPairs(sums, differences);
-    return sumOfLanes(halfSumOfNeighbours(sums, differences));
+    return sumLanes(halfSumOfNeighbours(sums, differences));
 }
 
 template <int W, int H>
@@ -30,13 +30,13 @@ template <int W, int H>
         if constexpr (W == 8) {
             static_assert(H == 8);
             const EightRows a(s), b(ref);
-            return sumOfLanes(halfSumOf4Rows([&](int y) { return a.firstStage(y) - b.firstStage(y); }));
+            return sumLanes(halfSumOf4Rows([&](int y) { return a.firstStage(y) - b.firstStage(y); }));
         } else {
             i16x16 sum = zero<i16x16>();
 #pragma GCC unroll 2
             for (int top = 0; top < H; top += 4, s.base += 4 * s.step, ref.base += 4 * ref.step)
                 sum += halfSumOf4Rows([&](int y) { return firstStageOf16(s.at(0, y)) - firstStageOf16(ref.at(0, y)); });
-            return sumOfLanes(sum);
+            return sumLanes(sum);
         }
 #else
         i16x8 sum = zero<i16x8>();
@@ -44,7 +44,7 @@ template <int W, int H>
             for (int left = 0; left < W; left += 8)
                 sum += halfSumOf4Rows(
                     [&](int y) { return firstStageOf8(s.at(left, y)) - firstStageOf8(ref.at(left, y)); });
-        return sumOfLanes(sum);
+        return sumLanes(sum);
 #endif
     }
 }
@@ -57,7 +57,7 @@ template <int W, int H>
     if constexpr (W == 8) {
         static_assert(H == 8);
         const EightRows a(s), b(ref);
-        return sumOfLanes(halfSumOf8RowsIn4([&](int y) { return a.firstStage(y) - b.firstStage(y); }));
+        return sumLanes(halfSumOf8RowsIn4([&](int y) { return a.firstStage(y) - b.firstStage(y); }));
     } else {
         i32x8 sum = zero<i32x8>();
 #pragma GCC unroll 1

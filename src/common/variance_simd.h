@@ -40,7 +40,7 @@ Moments moments(Block<Vek8u> s) {
 #endif
         }
     }
-    return {sumLanes(mulAddPairs(sum, splat<Wide>(1))), sumLanes(squares)};
+    return {sumLanes(sum), sumLanes(squares)};
 }
 
 inline Moments moments8x8(Block<Vek16s> s) {
@@ -51,7 +51,7 @@ inline Moments moments8x8(Block<Vek16s> s) {
         columns = addSat(columns, row);
         squares += mulAddPairs(row, row);
     }
-    return {sumLanes(mulAddPairs(columns, splat<i16x8>(1))), sumLanes(squares)};
+    return {sumLanes(columns), sumLanes(squares)};
 }
 
 // Each lane takes at most 16 * 2 differences: 32 * 255 fits 16 bits.
@@ -66,10 +66,10 @@ template <int H>
         sum += difference;
         squares += mulAddPairs(difference, difference);
     }
-    return {sumLanes(mulAddPairs(sum, constant<i16x16, 1>())), sumLanes(squares)};
+    return {sumLanes(sum), sumLanes(squares)};
 #else
     // From the bytes of both in turn, less than to widen each.
-    const i8x16 plusMinus = as<i8x16>(constant<i16x8, -255>());  // the bytes 1, -1
+    const i8x16 plusMinus = plusMinusOne();
     i16x8 sum = zero<i16x8>();
     i32x4 squares = zero<i32x4>();
 #pragma GCC unroll 4
@@ -80,7 +80,7 @@ template <int H>
         sum += low + high;
         squares += mulAddPairs(low, low) + mulAddPairs(high, high);
     }
-    return {sumLanes(mulAddPairs(sum, constant<i16x8, 1>())), sumLanes(squares)};
+    return {sumLanes(sum), sumLanes(squares)};
 #endif
 }
 

@@ -15,7 +15,7 @@ namespace vekvc::simd {
 #else
     const auto halfSums = halfSumOf8Rows([&](int y) { return firstStageOf8(p.at(0, y)); });
 #endif
-    return static_cast<Vek16s>((2 * sumOfLanes(halfSums) - sumLanes(samples) + 2) >> 2);
+    return static_cast<Vek16s>((2 * sumLanes(halfSums) - sumLanes(samples) + 2) >> 2);
 }
 
 // All stages in 16 bits, which wrap as the definition does: the magnitudes, up to 32768, are added without sign.

@@ -85,7 +85,7 @@ Vek32s quantizeVc1(MutableBlock<Vek16s> block, VekiSize size, const Vc1Quantizer
         return withSign(as<i16x8>(level), coefficient);
     });
     const bool half = size.width == 4 && size.height % 2 != 0;  // the last row came with four zeros
-    return size.width * size.height + (half ? 4 : 0) + sumLanes(mulAddPairs(zeros, splat<i16x8>(1)));
+    return size.width * size.height + (half ? 4 : 0) + sumLanes(zeros);
 }
 
 }  // namespace vekvc::simd

@@ -14,6 +14,12 @@ void copyOrGrey(const Plane& to, const Plane* from, int x, int y, int width, int
     }
 }
 
+void repeatField(const Plane& plane, bool bottom) {
+    const int have = bottom ? 1 : 0;
+    for (int y = 0; y + 1 < plane.height; y += 2)
+        std::memcpy(plane.at(0, y + 1 - have), plane.at(0, y + have), static_cast<std::size_t>(plane.width));
+}
+
 PictureMemory::PictureMemory(const PictureFormat& format) {
     for (int i = 0; i < format.planes(); ++i) {
         Plane& p = plane[i];

@@ -25,6 +25,9 @@ struct Plane {
 // The rectangle of `to` as it is in `from`, or grey if there is none. Planes of 8 bits.
 void copyOrGrey(const Plane& to, const Plane* from, int x, int y, int width, int height);
 
+// The rows of one field over those of the other. Planes of 8 bits.
+void repeatField(const Plane& plane, bool bottom);
+
 // What the planes of a picture are like. Sizes are those of memory: whole macroblocks, before cropping.
 struct PictureFormat {
     int width = 0, height = 0;  // luma samples

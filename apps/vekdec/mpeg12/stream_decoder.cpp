@@ -1,7 +1,6 @@
 #include "mpeg12/stream_decoder.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 
 #include "bits/start_code.h"
@@ -228,11 +227,7 @@ void StreamDecoder::finishFrame() {
     if (current_ == nullptr) return;
     if (decodedFields_ != kFrame) {  // a field that never came shows the lines of the other one
         damage("a field is missing");
-        for (vekapp::Plane& plane : current_->plane) {
-            const int have = decodedFields_ == kBottomField ? 1 : 0;
-            for (int y = 0; y + 1 < plane.height; y += 2)
-                std::memcpy(plane.at(0, y + 1 - have), plane.at(0, y + have), static_cast<std::size_t>(plane.width));
-        }
+        for (const vekapp::Plane& plane : current_->plane) vekapp::repeatField(plane, decodedFields_ == kBottomField);
     }
     const PicturePtr done = std::move(current_);
     current_ = nullptr;

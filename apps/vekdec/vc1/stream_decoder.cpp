@@ -1,7 +1,6 @@
 #include "vc1/stream_decoder.h"
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -400,9 +399,7 @@ void StreamDecoder::conceal() {
 void StreamDecoder::finishFrame(bool complete) {
     if (!complete) {  // a field that never came shows the lines of the other one
         const int have = current_->topFieldFirst ? 0 : 1;
-        for (vekapp::Plane& plane : current_->plane)
-            for (int y = 0; y + 1 < plane.height; y += 2)
-                std::memcpy(plane.at(0, y + 1 - have), plane.at(0, y + have), static_cast<std::size_t>(plane.width));
+        for (const vekapp::Plane& plane : current_->plane) vekapp::repeatField(plane, have == 1);
         const auto half = static_cast<std::ptrdiff_t>(current_->mbs.size() / 2);
         std::fill_n(current_->mbs.begin() + (have == 0 ? half : 0), half, Macroblock{});
     }

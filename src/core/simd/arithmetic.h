@@ -55,6 +55,8 @@ VEKVC_SIMD_INLINE V constant() {
     using T = typename V::Lane;
     return load<V>(opaque(&kFilled<T, static_cast<T>(x)>.lane[0]));
 }
+// The bytes 1, -1 in turn: for the differences of interleaved bytes.
+VEKVC_SIMD_INLINE i8x16 plusMinusOne() { return as<i8x16>(constant<i16x8, -255>()); }
 // Every lane the value at p. 32-bit lanes are broadcast by the load itself: GCC 12 does so for floats only.
 template <class V>
 VEKVC_SIMD_INLINE V splatFrom(const void* p) {

@@ -2,6 +2,7 @@
 #ifndef VEKVC_CORE_SIMD_REDUCE_H
 #define VEKVC_CORE_SIMD_REDUCE_H
 
+#include "core/simd/arithmetic.h"
 #include "core/simd/move.h"
 
 namespace vekvc {
@@ -39,6 +40,11 @@ VEKVC_SIMD_INLINE std::int32_t sumLanes(u64x2 a) {
 VEKVC_SIMD_INLINE std::int32_t sumLanes(i32x8 a) { return sumLanes(lowHalf(a) + highHalf(a)); }
 VEKVC_SIMD_INLINE std::int32_t sumLanes(u64x4 a) { return sumLanes(lowHalf(a) + highHalf(a)); }
 #endif
+// The sum of signed 16-bit lanes.
+template <int N>
+VEKVC_SIMD_INLINE std::int32_t sumLanes(Vec<std::int16_t, N> a) {
+    return sumLanes(mulAddPairs(a, constant<Vec<std::int16_t, N>, 1>()));
+}
 // The sum of unsigned 16-bit lanes.
 VEKVC_SIMD_FN std::int32_t sumLanes(Vec<T, N> a) requires std::is_same_v<T, std::uint16_t> {
     using D = Vec<std::int32_t, N / 2>;
