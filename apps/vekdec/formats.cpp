@@ -1,4 +1,5 @@
 // The formats that vekdec decodes. A new one is a line here and a folder beside this file.
+#include "avs/format.h"
 #include "decoder.h"
 #include "dv/format.h"
 #include "h264/format.h"
@@ -8,7 +9,7 @@
 namespace vekdec {
 
 std::span<const Format> formats() {
-    static const Format kFormats[] = {h264::format(), mpeg12::format(), vc1::format(), dv::format()};
+    static const Format kFormats[] = {h264::format(), mpeg12::format(), vc1::format(), avs::format(), dv::format()};
     return kFormats;
 }
 

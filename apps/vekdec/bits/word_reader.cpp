@@ -1,5 +1,6 @@
 #include "bits/word_reader.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <string>
@@ -37,10 +38,48 @@ void WordPayload::assignUnescaped(std::span<const std::uint8_t> bytes) {
         n += run;
         bytes = bytes.subspan(escape == nullptr ? run : run + 1);
     }
-    // The last one bit ends the data; zero bytes may lie behind it.
-    while (n > 0 && to[n - 1] == 0) --n;
-    bits_ = n == 0 ? 0 : 8 * n - 1 - static_cast<std::size_t>(std::countr_zero(to[n - 1]));
+    bits_ = 8 * n;
     finish(n);
+    trimToLastOne();
+}
+
+void WordPayload::assignUnstuffed(std::span<const std::uint8_t> bytes) {
+    static constexpr std::uint8_t kStuffed[3] = {0, 0, 2};
+    std::uint8_t* const to = room(bytes.size());
+    std::size_t bits = 0;  // payload bits so far; those of a byte that is begun are there, zeros behind them
+    const auto append = [&](std::span<const std::uint8_t> run) {
+        std::uint8_t* at = to + bits / 8;
+        const auto begun = static_cast<int>(bits % 8);
+        if (begun == 0)
+            std::copy(run.begin(), run.end(), at);
+        else
+            for (const std::uint8_t byte : run) {
+                *at = static_cast<std::uint8_t>(*at | byte >> begun);
+                *++at = static_cast<std::uint8_t>(byte << (8 - begun));
+            }
+        bits += 8 * run.size();
+    };
+    while (!bytes.empty()) {
+        const auto* stuffed =
+            static_cast<const std::uint8_t*>(memmem(bytes.data(), bytes.size(), kStuffed, sizeof kStuffed));
+        if (stuffed == nullptr) {
+            append(bytes);
+            break;
+        }
+        const std::size_t run = static_cast<std::size_t>(stuffed - bytes.data()) + sizeof kStuffed;
+        append(bytes.first(run));
+        bits -= 2;
+        to[bits / 8] = static_cast<std::uint8_t>(to[bits / 8] & 0xff << (8 - bits % 8));
+        bytes = bytes.subspan(run);
+    }
+    bits_ = bits;
+    finish((bits + 7) / 8);
+}
+
+void WordPayload::trimToLastOne() {
+    std::size_t word = (bits_ + 31) / 32;
+    while (word > 0 && words_[word - 1] == 0) --word;
+    bits_ = word == 0 ? 0 : 32 * word - 1 - static_cast<std::size_t>(std::countr_zero(words_[word - 1]));
 }
 
 void WordReader::throwEnd() { throw BadSyntax("the data ends inside a syntax element"); }

@@ -21,6 +21,10 @@ class WordPayload {
     void assign(std::span<const std::uint8_t> bytes);
     // Without the bytes 03 of 00 00 03 (H.264 7.4.1, SMPTE 421M E.2), and up to the last one bit, without it.
     void assignUnescaped(std::span<const std::uint8_t> bytes);
+    // Without the two lowest bits of the bytes 02 of 00 00 02 (the stuffing of GB/T 20090.2).
+    void assignUnstuffed(std::span<const std::uint8_t> bytes);
+    // Ends before the last one bit.
+    void trimToLastOne();
 
     const std::vector<Vek32u>& words() const { return words_; }
     std::size_t bits() const { return bits_; }

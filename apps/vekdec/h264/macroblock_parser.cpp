@@ -122,7 +122,7 @@ void MacroblockParser::parse(BitReader& reader, const SliceContext& context, Par
     };
     const auto next = [&] {
         finishMacroblock();
-        const bool ends = !bits_->moreRbspData() || (column_ == context.widthInMbs - 1 && (!mbaff || current_.bottom));
+        const bool ends = !bits_->moreData() || (column_ == context.widthInMbs - 1 && (!mbaff || current_.bottom));
         address = nextAddress(address);
         if (!ends && parsed.macroblocks.size() < most) return true;
         return rowIsParsed(ends && slice.mbToSliceGroupMap == nullptr ? address : -1);
@@ -137,20 +137,20 @@ void MacroblockParser::parse(BitReader& reader, const SliceContext& context, Par
                     // The flag of a pair whose bottom macroblock is coded stands in front of that one.
                     BitReader ahead = *bits_;
                     field =
-                        run == 1 && bits_->moreRbspData() ? ahead.flag() : inferFieldDecodingFlag(*context_, address);
+                        run == 1 && bits_->moreData() ? ahead.flag() : inferFieldDecodingFlag(*context_, address);
                     topSkipped = true;
                 }
                 parseSkipped(address, field);
                 if (!next()) return;
             }
-            if (skipped && !bits_->moreRbspData()) return;
+            if (skipped && !bits_->moreData()) return;
         }
         more();
         if (mbaff && (address % 2 == 0 || topSkipped)) field = bits_->flag();
         topSkipped = false;
         parseMacroblock(address, field);
         if (bits_->beyondEnd()) throw BadSyntax("the data ends inside a macroblock");
-        if (!next() || !bits_->moreRbspData()) return;
+        if (!next() || !bits_->moreData()) return;
     }
 }
 

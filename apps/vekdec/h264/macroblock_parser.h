@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "h264/bit_reader.h"
+#include "bits/bit_reader.h"
 #include "h264/motion_vector_prediction.h"
 #include "h264/parsed_macroblock.h"
 

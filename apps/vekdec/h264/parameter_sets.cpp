@@ -252,7 +252,7 @@ PictureParameterSet parsePictureParameterSet(BitReader& bits, const SequencePara
     pps.constrainedIntraPred = bits.flag();
     pps.redundantPicCntPresent = bits.flag();
     pps.scaling = sps->scaling;
-    if (bits.moreRbspData()) {
+    if (bits.moreData()) {
         pps.transform8x8Mode = bits.flag();
         pps.scalingMatrixPresent = bits.flag();
         if (pps.scalingMatrixPresent) {

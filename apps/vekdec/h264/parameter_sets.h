@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
+#include "bits/bit_reader.h"
 #include "frames/frame.h"
-#include "h264/bit_reader.h"
 
 namespace vekdec::h264 {
 
@@ -84,7 +84,7 @@ struct PictureParameterSet {
     ScalingLists scaling;  // what holds for pictures of this PPS: its own lists or those of its SPS
 };
 
-// Parse one NAL unit's payload. They throw BadSyntax with a sentence (see bit_reader.h) and change nothing then.
+// Parse one NAL unit's payload. They throw BadSyntax with a sentence (see bits/errors.h) and change nothing then.
 SequenceParameterSet parseSequenceParameterSet(BitReader& bits);
 // The SPS by id, null where none came. The PPS needs its SPS for sizes, chroma_format_idc and the scaling lists.
 using SequenceParameterSets = std::array<std::shared_ptr<const SequenceParameterSet>, 32>;

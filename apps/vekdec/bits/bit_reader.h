@@ -1,4 +1,4 @@
-// The bits of one NAL unit and the descriptors of H.264 7.2 and 9.1.
+// The descriptors of H.264 7.2 and 9.1, which AVS (GB/T 20090.2) has too.
 #pragma once
 
 #include <bit>
@@ -6,7 +6,7 @@
 
 #include "bits/word_reader.h"
 
-namespace vekdec::h264 {
+namespace vekdec {
 
 class BitReader : public WordReader {
   public:
@@ -36,10 +36,9 @@ class BitReader : public WordReader {
         if (value < least || value > most) throwOutside(element, value, least, most);
         return value;
     }
-    bool moreRbspData() const { return moreData(); }
 
   private:
     std::uint32_t longUe();
 };
 
-}  // namespace vekdec::h264
+}  // namespace vekdec

@@ -1,6 +1,6 @@
-#include "h264/bit_reader.h"
+#include "bits/bit_reader.h"
 
-namespace vekdec::h264 {
+namespace vekdec {
 
 std::uint32_t BitReader::longUe() {
     Vek32s value = 0;
@@ -11,4 +11,4 @@ std::uint32_t BitReader::longUe() {
     return static_cast<std::uint32_t>(value);
 }
 
-}  // namespace vekdec::h264
+}  // namespace vekdec
