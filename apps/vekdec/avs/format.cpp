@@ -11,19 +11,14 @@ namespace {
 int probe(std::span<const std::uint8_t> begin) {
     StartCodeReader reader(begin);
     bool sequence = false;
-    WordPayload payload;
     StartCodeUnit unit;
     for (int i = 0; i < 64 && reader.next(unit); ++i) {
         if (i == 0 && unit.position > 64) return 0;
         const std::uint8_t code = unit.bytes[0];
-        if (code == kSequenceHeader) try {
-                payload.assignUnstuffed(unit.bytes.subspan(1));
-                BitReader bits(payload);
-                parseSequenceHeader(bits);
-                sequence = true;
-            } catch (const std::runtime_error&) {  // BadSyntax, NotSupported
-                return 0;
-            }
+        if (code == kSequenceHeader) {
+            if (unit.bytes.size() < 2 || unit.bytes[1] != kJizhun) return 0;
+            sequence = true;
+        }
         if (sequence && (code == kIntraPicture || code == kInterPicture)) return 98;
     }
     return 0;

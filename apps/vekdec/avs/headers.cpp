@@ -24,7 +24,7 @@ vekapp::Rational Sequence::sampleAspect() const {  // aspect_ratio: of the whole
 Sequence parseSequenceHeader(BitReader& bits) {
     Sequence s;
     const unsigned profile = bits.u(8);
-    if (profile != 0x20) throw NotSupported("AVS of profile " + std::to_string(profile) + " (Jizhun is 32)");
+    if (profile != kJizhun) throw NotSupported("AVS of profile " + std::to_string(profile) + " (Jizhun is 32)");
     bits.u(8);  // level_id
     s.progressive = bits.flag();
     s.width = static_cast<int>(bits.u(14));

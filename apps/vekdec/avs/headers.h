@@ -16,9 +16,10 @@ enum StartCode : std::uint8_t {
     kSequenceEnd = 0xb1,
     kUserData = 0xb2,
     kIntraPicture = 0xb3,
-    kExtension = 0xb5,
     kInterPicture = 0xb6,
 };
+
+inline constexpr std::uint8_t kJizhun = 0x20;  // profile_id
 
 struct Sequence {
     int width = 0, height = 0;

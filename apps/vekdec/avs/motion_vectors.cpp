@@ -79,7 +79,7 @@ MotionVector VectorPredictor::skipped() const {
     return predict(kForward, kWhole[0], 0).vector();
 }
 
-void VectorPredictor::set(Macroblock& mb, Direction direction, const Partition& p, const Motion& motion) {
+void VectorPredictor::set(Macroblock& mb, Direction direction, const Partition& p, Motion motion) {
     for (int y = p.y; y < p.y + p.height; ++y)
         for (int x = p.x; x < p.x + p.width; ++x) {
             grid_[direction].at[kFirst + kColumns * y + x] = motion;

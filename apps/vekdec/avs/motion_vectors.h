@@ -37,7 +37,7 @@ class VectorPredictor {
     VectorSum predict(Direction direction, const Partition& partition, int ref) const;
     // What a skipped macroblock of a P picture moves by.
     MotionVector skipped() const;
-    void set(Macroblock& mb, Direction direction, const Partition& partition, const Motion& motion);
+    void set(Macroblock& mb, Direction direction, const Partition& partition, Motion motion);
 
     // B pictures: the backward vector of a symmetric partition.
     MotionVector symmetric(MotionVector forward) const;

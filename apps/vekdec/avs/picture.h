@@ -16,11 +16,11 @@ struct MotionVector {
 
 // What a block of 8x8 samples is predicted from in one direction.
 struct Motion {
-    static constexpr std::int16_t kNone = -1;         // another direction, or intra
-    static constexpr std::int16_t kUnavailable = -2;  // for neighbours: outside the slice, or not yet decoded
+    static constexpr std::int32_t kNone = -1;         // another direction, or intra
+    static constexpr std::int32_t kUnavailable = -2;  // for neighbours: outside the slice, or not yet decoded
 
     MotionVector mv;
-    std::int16_t ref = kNone;  // number of the reference, from 0 on
+    std::int32_t ref = kNone;  // number of the reference, from 0 on
 
     bool used() const { return ref >= 0; }
     bool operator==(const Motion&) const = default;

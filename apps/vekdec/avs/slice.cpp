@@ -201,7 +201,7 @@ void SliceDecoder::parseMotionP(int type, Macroblock& mb) {
     for (std::size_t i = 0; i < partitions.size(); ++i) {
         if (!context_->reference[ref[i]].present()) throw BadSyntax("a prediction from a picture that is not there");
         const MotionVector v = parseVector(kForward, partitions[i], ref[i]);
-        vectors_.set(mb, kForward, partitions[i], {v, static_cast<std::int16_t>(ref[i])});
+        vectors_.set(mb, kForward, partitions[i], {v, ref[i]});
     }
 }
 

@@ -49,7 +49,7 @@ void StreamDecoder::handleAll(Bytes bytes) {
 
 void StreamDecoder::handle(Bytes unit) {
     const std::uint8_t code = unit[0];
-    if (code == kUserData || code == kExtension || code > kInterPicture) return;
+    if (code == kUserData || (code > kIntraPicture && code != kInterPicture)) return;
     if (!firstPicture_.empty()) settleSyntax(code);
     switch (code) {
         case kSequenceHeader:
@@ -151,7 +151,8 @@ void StreamDecoder::activateSequence() {
         refused_ = true;
         throw NotSupported("AVS of " + std::to_string(next.width) + "x" + std::to_string(next.height) + " samples");
     }
-    if (!haveSequence_ || next.format() != sequence_.format()) endSequence();
+    if (next.format() != sequence_.format() || next.width != sequence_.width || next.height != sequence_.height)
+        endSequence();
     sequence_ = next;
     haveSequence_ = true;
 }
@@ -174,7 +175,6 @@ bool StreamDecoder::beginPicture() {
     if (header_.repeatFirstField) ++repeated_;
     current_ = pool_.take(sequence_.format());
     current_->header = header_;
-    std::fill(current_->mbs.begin(), current_->mbs.end(), Macroblock{});
     beginField(false);
     return true;
 }
@@ -268,6 +268,8 @@ void StreamDecoder::finishPicture() {
     if (header_.fields && !secondField_) {  // a field that never came shows the lines of the other one
         damage("a field is missing");
         for (const vekapp::Plane& plane : current_->plane) vekapp::repeatField(plane, false);
+        std::fill(current_->mbs.begin() + static_cast<std::ptrdiff_t>(current_->mbs.size() / 2), current_->mbs.end(),
+                  Macroblock{});
     }
     secondField_ = false;
     const PicturePtr done = std::move(current_);
