@@ -120,7 +120,6 @@ class BlockPredictor {
 
     void predictFrom(const Motion& motion, const Place& luma, const Place& chroma, const Samples* to) const {
         const Reference& reference = context_.reference[motion.ref];
-        if (!reference.present()) throw BadSyntax("a prediction from a picture that is not there");
         predictLuma(reference.plane[0], luma, motion.mv, to[0]);
         predictChroma(reference.plane + 1, chroma, motion.mv, to + 1);
     }

@@ -5,8 +5,8 @@
 
 namespace vekdec::avs {
 
-// Predicts the inter macroblock at column x and row y (in macroblocks of the frame or field). `weights`: by number of
-// the reference; nullptr: none. Throws BadSyntax for a reference that is not there.
+// Predicts the inter macroblock at column x and row y (in macroblocks of the frame or field); its references are there.
+// `weights`: by number of the reference; nullptr: none.
 void predictMacroblock(const PictureContext& context, int x, int y, const Macroblock& mb, const Weight* weights);
 
 }  // namespace vekdec::avs

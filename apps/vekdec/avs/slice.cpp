@@ -50,7 +50,15 @@ void SliceDecoder::decode(BitReader& bits, int row) {
     nextRow_ = row + 1;
     context_->sliceBegins[static_cast<std::size_t>(row)] = 1;
     qp_ = slice_.qp;
-    decodeMacroblocks(row * context_->width);
+    x_ = 0;
+    y_ = row;
+    try {
+        decodeMacroblocks(row * context_->width);
+    } catch (const BadSyntax&) {
+        Macroblock& last = context_->mbs[y_ * context_->width + x_];
+        if (last.kind == MbKind::Lost) last = {};
+        throw;
+    }
 }
 
 void SliceDecoder::decodeMacroblocks(int address) {
