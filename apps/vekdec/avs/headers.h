@@ -10,8 +10,7 @@
 namespace vekdec::avs {
 
 enum StartCode : std::uint8_t {
-    kFirstSlice = 0x00,
-    kLastSlice = 0xaf,
+    kLastSlice = 0xaf,  // the first is 0
     kSequenceHeader = 0xb0,
     kSequenceEnd = 0xb1,
     kUserData = 0xb2,

@@ -35,7 +35,7 @@ struct Macroblock {
 
     MbKind kind = MbKind::Lost;
     std::uint8_t qp = 0;
-    std::int8_t intraMode[4] = {kNoMode, kNoMode, kNoMode, kNoMode};  // as neighbours' modes are predicted from them
+    std::int8_t intraMode[4] = {kNoMode, kNoMode, kNoMode, kNoMode};
     Motion motion[2][4];  // by direction, of the luma blocks in raster order
 
     bool isIntra() const { return kind == MbKind::Intra; }
@@ -71,12 +71,11 @@ struct PictureContext {
     vekapp::Plane plane[3];
     Macroblock* mbs = nullptr;
     int width = 0, height = 0;  // in macroblocks
-    bool extendedRows = false;  // above 2800 rows, slices have three bits more for their place
     Reference reference[kMostReferences];
     int references = 0;                  // that the syntax knows; some may not be present
     const Picture* colocated = nullptr;  // of B pictures: what direct mode looks at
-    std::vector<std::uint8_t>
-        sliceBegins;  // by row of macroblocks: no prediction or filter works across its upper edge
+    // By row of macroblocks; no prediction or filter works across the upper edge of such a row.
+    std::vector<std::uint8_t> sliceBegins;
 };
 
 }  // namespace vekdec::avs
