@@ -136,8 +136,7 @@ void MacroblockParser::parse(BitReader& reader, const SliceContext& context, Par
                 if (mbaff && address % 2 == 0) {
                     // The flag of a pair whose bottom macroblock is coded stands in front of that one.
                     BitReader ahead = *bits_;
-                    field =
-                        run == 1 && bits_->moreData() ? ahead.flag() : inferFieldDecodingFlag(*context_, address);
+                    field = run == 1 && bits_->moreData() ? ahead.flag() : inferFieldDecodingFlag(*context_, address);
                     topSkipped = true;
                 }
                 parseSkipped(address, field);
