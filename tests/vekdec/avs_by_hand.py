@@ -150,6 +150,27 @@ def damaged(checks, streams):
                   and shown[:48 * 208] == whole[2 * size:2 * size + 48 * 208], f"status {status}, said {said.strip()[:300]}")
 
 
+def lost_field(checks, streams):
+    """The lines of the other field stand in for one that never came."""
+    units, _ = read(streams, "fields")  # 176x160, one slice a field
+    second = [i for i, u in enumerate(units) if u[3] == 5][0]
+    status, video, said = checks.run(b"".join(units[:second] + units[second + 1:]), "-o", "-", "--frames", "1")
+    rows = [video[i * 176:(i + 1) * 176] for i in range(160)]
+    checks.expect("a lost field", status == 1 and "a field is missing" in said and rows[0::2] == rows[1::2] and len(set(rows)) > 9,
+                  f"status {status}, said {said.strip()[:300]}")
+
+
+def cut(checks, streams):
+    """From the second I picture on: the B picture before it in order of display lacks a reference and is left out."""
+    units, sums = read(streams, "ratecontrol")  # I P B P B I B P ...
+    start = [i for i, u in enumerate(units) if u[3] == 0xB3][1]
+    status, out, said = checks.run(units[0] + b"".join(units[start:]), "--md5", "--stats")
+    found = out.decode().split()
+    missing = "a prediction from a picture that is not there"  # the P picture behind it refers over the cut
+    checks.expect("a cut stream", status == 1 and found[0] == sums[6] and len(found) == 9 and "1 B pictures at the" in said
+                  and missing in said, f"status {status}, {len(found)} frames, said {said.strip()[:300]}")
+
+
 def sizes(checks, streams):
     """Another size in mid-stream: all frames of both."""
     (one, first), (other, second) = read(streams, "ip_qp36"), read(streams, "ipb_odd")
@@ -174,6 +195,8 @@ def main(vekdec, streams):
     draft(checks)
     refused(checks, streams)
     damaged(checks, streams)
+    lost_field(checks, streams)
+    cut(checks, streams)
     sizes(checks, streams)
     if checks.failures == 0:
         print("all as worked out")
