@@ -12,8 +12,8 @@
 namespace vekdec::avs {
 namespace {
 
-// Macroblock types, P: skipped, 16x16, 16x8, 8x16, 8x8, then intra with each cbp code; B: skipped, direct, 16x16 forward,
-// backward, symmetric, two partitions, 8x8, intra.
+// Macroblock types, P: skipped, 16x16, 16x8, 8x16, 8x8, then intra with each cbp code; B: skipped, direct, 16x16
+// forward, backward, symmetric, two partitions, 8x8, intra.
 constexpr int kSkipped = 0;
 constexpr int kRowsP = 2, kColumnsP = 3, kQuartersP = 4, kIntraP = 5;
 constexpr int kDirectB = 1, kWholeB = 2, kTwoB = 5, kQuartersB = 23, kIntraB = 24;
