@@ -9,6 +9,18 @@
 
 namespace vekvc {
 
+// Bytes in memory as a number, the first one most significant; and the number that becomes such bytes.
+template <class T>
+constexpr T bigEndian(T x) {
+    static_assert(std::is_unsigned_v<T> && (sizeof(T) == 4 || sizeof(T) == 8));
+    if constexpr (std::endian::native != std::endian::little)
+        return x;
+    else if constexpr (sizeof(T) == 4)
+        return __builtin_bswap32(x);
+    else
+        return __builtin_bswap64(x);
+}
+
 // Two words as one number, the first one above the second.
 inline std::uint64_t loadTwoWords(const Vek32u* words) {
     const auto both = load<std::uint64_t>(words);
@@ -188,7 +200,8 @@ class WordWriter {
 // The byte form: `offset` (0 to 7) bits of the byte at `byte` are already consumed, counted from its most significant.
 class ByteReader {
   public:
-    ByteReader(Vek8u* const* ppBitStream, const Vek32s* pBitOffset) : byte_(*ppBitStream), offset_(*pBitOffset) {}
+    ByteReader(Vek8u* const* ppBitStream, const Vek32s* pBitOffset)
+        : byte_(load<Vek8u*>(ppBitStream)), offset_(load<Vek32s>(pBitOffset)) {}
 
     static constexpr bool validOffset(Vek32s offset) { return offset >= 0 && offset <= 7; }
 
@@ -213,13 +226,103 @@ class ByteReader {
     }
 
     void commit(Vek8u** ppBitStream, Vek32s* pBitOffset) const {
-        *ppBitStream = byte_;
-        *pBitOffset = offset_;
+        store(ppBitStream, byte_);
+        store(pBitOffset, offset_);
     }
 
   private:
     Vek8u* byte_;
     Vek32s offset_;
+};
+
+// The byte form for fast readers: the coming bits lie left-aligned in a 64-bit register, zeros behind those that are
+// true. It loads the eight bytes that begin with the one that holds the next bit; therefore make one, and call need(),
+// only when at least one more bit is sure to be consumed.
+class ByteWindow {
+  public:
+    ByteWindow(Vek8u* const* ppBitStream, const Vek32s* pBitOffset)
+        : byte_(load<Vek8u*>(ppBitStream)), used_(load<Vek32s>(pBitOffset)) {
+        fill();
+    }
+
+    std::uint64_t bits() const { return bits_; }
+
+    // Makes at least n bits (0 to 57) true.
+    void need(int n) {
+        if (used_ > 64 - n) [[unlikely]]
+            fill();
+    }
+
+    // The first n bits (0 to 32) of those that need() made true.
+    Vek32u top(int n) const { return static_cast<Vek32u>(bits_ >> 1 >> (63 - n)); }
+
+    // Moves on by n bits (0 to 57, all true).
+    void drop(int n) {
+        bits_ <<= n;
+        used_ += n;
+    }
+
+    // The next n bits (0 to 32), which need() made true.
+    Vek32u take(int n) {
+        const Vek32u value = top(n);
+        drop(n);
+        return value;
+    }
+
+    void commit(Vek8u** ppBitStream, Vek32s* pBitOffset) const {
+        store(ppBitStream, byte_ + (used_ >> 3));
+        store<Vek32s>(pBitOffset, used_ & 7);
+    }
+
+  private:
+    void fill() {
+        byte_ += used_ >> 3;
+        used_ &= 7;
+        bits_ = bigEndian(load<std::uint64_t>(byte_)) << used_;
+    }
+
+    Vek8u* byte_;         // the first of the eight that were loaded
+    Vek32s used_;         // bits of them that are consumed
+    std::uint64_t bits_;  // the others
+};
+
+// Writing through the byte form: bits go in at the cursor, most significant first. The bits before the cursor keep
+// their values, those behind the last one written become 0 in its byte, and no further byte is touched. Make one only
+// when at least one bit will be written.
+class ByteWriter {
+  public:
+    ByteWriter(Vek8u* const* ppBitStream, const Vek32s* pBitOffset)
+        : byte_(load<Vek8u*>(ppBitStream)), count_(load<Vek32s>(pBitOffset)) {
+        if (count_ > 0) bits_ = load<Vek8u>(byte_) >> (8 - count_);
+    }
+
+    // Appends n bits (0 to 32); value has no others.
+    void put(std::uint64_t value, int n) {
+        const int left = 64 - count_ - n;
+        if (left > 0) {
+            bits_ = bits_ << n | value;
+            count_ += n;
+        } else {
+            store(byte_, bigEndian(bits_ << (n + left) | value >> -left));
+            byte_ += 8;
+            bits_ = value;
+            count_ = -left;
+        }
+    }
+
+    // Writes what is still to be written, and the cursor.
+    void finish(Vek8u** ppBitStream, Vek32s* pBitOffset) const {
+        // copyShort looks at 16 bytes behind those that it copies.
+        const std::uint64_t bytes[3] = {bigEndian(bits_ << 1 << (63 - count_)), 0, 0};
+        copyShort<8, 1>(byte_, bytes, static_cast<std::size_t>(count_ + 7) / 8);
+        store(ppBitStream, byte_ + (count_ >> 3));
+        store<Vek32s>(pBitOffset, count_ & 7);
+    }
+
+  private:
+    Vek8u* byte_;
+    Vek32s count_;            // bits that are not yet in memory, 0 to 63: the low ones of
+    std::uint64_t bits_ = 0;  // these; those above have been written
 };
 
 }  // namespace vekvc

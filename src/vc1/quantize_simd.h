@@ -2,6 +2,7 @@
 #ifndef VEKVC_VC1_QUANTIZE_SIMD_H
 #define VEKVC_VC1_QUANTIZE_SIMD_H
 
+#include "core/reciprocal.h"
 #include "core/simd.h"
 #include "vc1/quantize_plain.h"
 
@@ -38,38 +39,16 @@ void dequantizeVc1(MutableBlock<Vek16s> block, VekiSize size, const Vc1Quantizer
     });
 }
 
-// floor(n / d) = (n * factor) >> (16 + shift). With k = 16 + shift, e = factor * d - 2^k is at least 0; the product is
-// then n / d * 2^k + n * e / d, and the second term does not reach the next integer while n * e < 2^k.
-struct Reciprocal {
-    Vek16u factor = 0, shift = 0;
-};
-struct Reciprocals {
-    static constexpr int kLargest = 63;             // divisor
-    static constexpr int kLargestDividend = 32830;  // 32768 + 62
-    Reciprocal of[kLargest + 1];
-    bool proven = true;
-
-    constexpr Reciprocals() : of() {
-        for (int d = 2; d <= kLargest; ++d) {
-            int shift = 0;
-            while (2 << shift < d) ++shift;  // the factor has 16 bits: 2^shift < d <= 2 * 2^shift
-            const Vek32u power = Vek32u{1} << (16 + shift);
-            const Vek32u factor = (power + static_cast<Vek32u>(d) - 1) / static_cast<Vek32u>(d);
-            const Vek32u excess = factor * static_cast<Vek32u>(d) - power;
-            of[d] = {static_cast<Vek16u>(factor), static_cast<Vek16u>(shift)};
-            proven = proven && factor < 65536 && std::uint64_t{kLargestDividend} * excess < power;
-        }
-    }
-};
-inline constexpr Reciprocals kReciprocals;
-static_assert(kReciprocals.proven);
+// Steps up to 63, dividends up to 32768 + 62.
+inline constexpr Reciprocals<63, 32830> kReciprocalsVc1;
+static_assert(kReciprocalsVc1.proven);
 
 template <bool intra, bool uniform>
 Vek32s quantizeVc1(MutableBlock<Vek16s> block, VekiSize size, const Vc1Quantizer& q, int offset) {
-    const Reciprocal& r = kReciprocals.of[q.step];
+    const Reciprocal& r = kReciprocalsVc1.of(q.step);
     const u16x8 factor = splat<u16x8>(r.factor), added = splat<u16x8>(offset), dead = splat<u16x8>(q.quant);
     const auto c = static_cast<Vek32s>(magnitude(load<Vek16s>(block.base)));
-    const Reciprocal& rDc = kReciprocals.of[q.dcStep];
+    const Reciprocal& rDc = kReciprocalsVc1.of(q.dcStep);
     const Vek32u dcLevel = (static_cast<Vek32u>(c + q.dcStep / 2) * rDc.factor) >> (16 + rDc.shift);
     i16x8 zeros = zero<i16x8>();  // counts them, negative
     forRows(block, size, [&](i16x8 coefficient, bool isFirst) {
