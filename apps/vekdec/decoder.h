@@ -35,11 +35,17 @@ class Decoder {
     virtual BlockMap blocks(const Frame& frame) const = 0;
 };
 
+// Filters of the shown pictures; references stay as the standard has them.
+struct PostProcessing {
+    bool deblock = false, dering = false;
+};
+
 // What the command line offers to every decoder; each takes what it knows.
 struct DecoderOptions {
-    StreamInfo stream;         // what the container says
-    bool interleaved = false;  // give out Cb Y Cr Y; of formats with Format::interleaves
-    int zoom = 1;              // and reduced so many times: 1, 2, 4, 8
+    StreamInfo stream;              // what the container says
+    bool interleaved = false;       // give out Cb Y Cr Y; of formats with Format::interleaves
+    int zoom = 1;                   // and reduced so many times: 1, 2, 4, 8
+    PostProcessing postProcessing;  // of formats with Format::postProcesses
 };
 
 // The decoder that Format::make gives.
@@ -57,6 +63,7 @@ struct Format {
     SplitPacket split;  // of raw streams
     std::unique_ptr<Decoder> (*make)(Sinks sinks, const DecoderOptions& options);
     bool interleaves = false;
+    bool postProcesses = false;
 };
 
 // Looking at more of a stream tells no more.

@@ -39,7 +39,9 @@ std::vector<std::unique_ptr<FrameOutput>> makeOutputs(const Options& options, co
 DecoderOptions decoderOptions(const Options& options, const OpenStream& stream) {
     if ((options.interleaved || options.zoom > 1) && !stream.format->interleaves)
         throw std::runtime_error(std::string("--interleaved and --zoom are not for ") + stream.format->name);
-    return {stream.source->info(), options.interleaved, options.zoom};
+    if ((options.postProcessing.deblock || options.postProcessing.dering) && !stream.format->postProcesses)
+        throw std::runtime_error(std::string("--postprocess is not for ") + stream.format->name);
+    return {stream.source->info(), options.interleaved, options.zoom, options.postProcessing};
 }
 
 int decodeOnce(const Options& options) {

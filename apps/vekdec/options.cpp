@@ -68,6 +68,12 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
     app.add_flag("--interleaved", options.interleaved, "DV: write bytes Cb Y Cr Y instead of planes");
     app.add_option("--zoom", options.zoom, "DV: write them reduced 2, 4 or 8 times")
         ->check(CLI::IsMember({1, 2, 4, 8}));
+    const std::map<std::string, PostProcessing> filters{
+        {"deblock", {true, false}}, {"dering", {false, true}}, {"both", {true, true}}};
+    app.add_option_function<std::string>(
+           "--postprocess", [&](const std::string& name) { options.postProcessing = filters.at(name); },
+           "MPEG-4, H.263, H.261: filter the shown pictures: deblock block edges, dering, or both")
+        ->check(CLI::IsMember({"deblock", "dering", "both"}));
     app.add_flag("--stats", options.stats, "say what the stream was made of and where the time went");
     auto* bench =
         app.add_option("--bench", options.bench, "decode so many times without output and tell the frames per second")

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "decoder.h"
 #include "show/overlay.h"
 
 namespace vekdec {
@@ -13,6 +14,7 @@ struct Options {
     std::string input, output, check, pngDirectory, sheet, memory, format;
     vekapp::Overlay overlay = vekapp::Overlay::None;
     int zoom = 1;
+    PostProcessing postProcessing;
     bool interleaved = false, md5 = false, stats = false, quiet = false, listFormats = false;
     long frames = -1, skip = 0;
     int bench = 0;

@@ -60,6 +60,8 @@ def main(vekdec, streams):
             expect(done.returncode == 0, f"{name} in mp4", done)
         # The other standards, where they usually are.
         for name, kinds in [("mpeg2/m2_ibp.m2v", ["mpg", "ts", "mxf", "mkv"]), ("mpeg2/m1_ibp.m1v", ["mpg", "avi"]),
+                            ("mpeg4/m4_ibp.m4v", ["avi", "mp4", "mkv"]), ("h263/p_all.h263", ["mkv", "avi"]),
+                            ("h263/base_gob.h263", ["3gp"]), ("h261/loop.h261", ["avi", "mkv"]),
                             ("avs/random_i_small.avs", ["mpg"]),
                             ("avs/ipb_odd.avs", ["ts", "mkv", "avi"]), ("dv/ntsc411_all.dv", ["avi", "mov", "mxf"])]:
             raw = os.path.join(os.path.dirname(streams), name)

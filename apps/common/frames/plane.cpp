@@ -4,6 +4,14 @@
 
 namespace vekapp {
 
+void showPlanes(Frame& frame, const Plane (&planes)[3], int width, int height) {
+    for (int i = 0; i < (frame.chroma == Chroma::None ? 1 : 3); ++i) {
+        const int shiftX = i == 0 ? 0 : chromaShiftX(frame.chroma), shiftY = i == 0 ? 0 : chromaShiftY(frame.chroma);
+        frame.plane[i] = {planes[i].data, planes[i].stride, (width + (1 << shiftX) - 1) >> shiftX,
+                          (height + (1 << shiftY) - 1) >> shiftY};
+    }
+}
+
 void copyOrGrey(const Plane& to, const Plane* from, int x, int y, int width, int height) {
     for (int row = y; row < y + height; ++row) {
         const auto bytes = static_cast<std::size_t>(width);

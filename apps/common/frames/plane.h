@@ -22,6 +22,10 @@ struct Plane {
     std::uint8_t* at(int x, int y) const { return data + stride * y + x; }
 };
 
+// The first `width` x `height` luma samples of a picture, and the chroma samples that belong to them, as the planes of
+// a frame whose chroma format is set.
+void showPlanes(Frame& frame, const Plane (&planes)[3], int width, int height);
+
 // The rectangle of `to` as it is in `from`, or grey if there is none. Planes of 8 bits.
 void copyOrGrey(const Plane& to, const Plane* from, int x, int y, int width, int height);
 

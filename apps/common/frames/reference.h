@@ -19,19 +19,18 @@ struct ReferenceScratch {
     std::uint8_t samples[kMostWidth * kMostHeight];
 };
 
-namespace detail {
-ReferenceBlock copyClamped(const Plane& plane, std::int64_t x, std::int64_t y, int width, int height,
-                           ReferenceScratch& scratch);
-}
+// The block as a copy in `scratch`, always.
+ReferenceBlock copyReferenceBlock(const Plane& plane, std::int64_t x, std::int64_t y, int width, int height,
+                                  ReferenceScratch& scratch, int rowDistance);
 
-// The block of an 8-bit plane whose first sample is (x, y), up to 32x32: where it lies inside the plane that memory
-// itself, else a copy in `scratch`.
+// The block of an 8-bit plane whose first sample is (x, y), up to 32x32, of every `rowDistance`-th row: where it lies
+// inside the plane that memory itself, else a copy in `scratch`.
 inline ReferenceBlock referenceBlock(const Plane& plane, std::int64_t x, std::int64_t y, int width, int height,
-                                     ReferenceScratch& scratch) {
-    if (x >= 0 && y >= 0 && x + width <= plane.width && y + height <= plane.height) [[likely]]
+                                     ReferenceScratch& scratch, int rowDistance = 1) {
+    if (x >= 0 && y >= 0 && x + width <= plane.width && y + (height - 1) * rowDistance < plane.height) [[likely]]
         return {plane.data + plane.stride * static_cast<std::ptrdiff_t>(y) + x,
-                static_cast<std::int32_t>(plane.stride)};
-    return detail::copyClamped(plane, x, y, width, height, scratch);
+                static_cast<std::int32_t>(plane.stride) * rowDistance};
+    return copyReferenceBlock(plane, x, y, width, height, scratch, rowDistance);
 }
 
 }  // namespace vekapp

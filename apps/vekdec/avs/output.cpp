@@ -24,11 +24,7 @@ void StreamDecoder::show(const PicturePtr& picture) {
     frame.fields = sequence_.progressive || header.progressiveFrame ? FieldOrder::Progressive
                    : header.topFieldFirst                           ? FieldOrder::TopFirst
                                                                     : FieldOrder::BottomFirst;
-    for (int i = 0; i < 3; ++i) {
-        const int shift = i == 0 ? 0 : 1;
-        frame.plane[i] = {picture->plane[i].data, picture->plane[i].stride, (sequence_.width + shift) >> shift,
-                          (sequence_.height + shift) >> shift};
-    }
+    showPlanes(frame, picture->plane, sequence_.width, sequence_.height);
     shown_ = picture.get();
     sinks_.frame(frame);
     shown_ = nullptr;

@@ -5,6 +5,7 @@
 
 #include "avs/loop_filter.h"
 #include "bits/start_code.h"
+#include "concealment.h"
 #include "report/stopwatch.h"
 
 namespace vekdec::avs {
@@ -234,22 +235,13 @@ void StreamDecoder::setReferences(bool second) {
 // What no slice brought is taken from the picture before.
 void StreamDecoder::conceal() {
     const PicturePtr& before = anchors_[1] != nullptr ? anchors_[1] : anchors_[0];
-    const int count = context_.width * context_.height;
-    long missing = 0;
-    for (int i = 0; i < count; ++i) {
-        const Macroblock& mb = context_.mbs[i];
-        ++kinds_[static_cast<int>(mb.kind)];
-        if (mb.kind != MbKind::Lost) continue;
-        ++missing;
-        for (int p = 0; p < 3; ++p) {
-            const int size = p == 0 ? 16 : 8;
-            vekapp::Plane from;
-            if (before != nullptr) from = header_.fields ? before->plane[p].field(secondField_) : before->plane[p];
-            copyOrGrey(context_.plane[p], before != nullptr ? &from : nullptr, i % context_.width * size,
-                       i / context_.width * size, size, size);
-        }
-    }
-    if (missing > 0) damage(std::to_string(missing) + " of " + std::to_string(count) + " macroblocks are missing");
+    vekapp::Plane from[3];
+    for (int p = 0; p < 3 && before != nullptr; ++p)
+        from[p] = header_.fields ? before->plane[p].field(secondField_) : before->plane[p];
+    const auto count = static_cast<std::size_t>(context_.width * context_.height);
+    const long missing = concealLost<Macroblock>(context_.plane, std::span<const Macroblock>(context_.mbs, count),
+                                                 before != nullptr ? from : nullptr, kinds_);
+    if (missing > 0) damage(missingMacroblocks(missing, count));
 }
 
 void StreamDecoder::finishField() {

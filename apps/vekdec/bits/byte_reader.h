@@ -1,6 +1,7 @@
 // Streams in bytes, as the byte cursor of the library takes them.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -44,9 +45,10 @@ class ByteReader {
     bool flag() { return u(1) != 0; }
     // The next 32 bits; zeros stand behind the end.
     std::uint32_t peek32() const {
-        std::uint64_t window = 0;
-        for (int i = 0; i < 5; ++i) window = window << 8 | byte_[i];
-        return static_cast<std::uint32_t>(window >> (8 - offset_));
+        std::uint64_t window;
+        std::memcpy(&window, byte_, sizeof window);
+        if constexpr (std::endian::native == std::endian::little) window = __builtin_bswap64(window);
+        return static_cast<std::uint32_t>(window << offset_ >> 32);
     }
     std::uint32_t peek(int n) const { return n == 0 ? 0 : peek32() >> (32 - n); }
     // Stops at a place where peek32() stays in the memory, however far it is asked to go.

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "bits/start_code.h"
+#include "concealment.h"
 #include "mpeg12/format.h"
 #include "report/stopwatch.h"
 
@@ -192,26 +193,19 @@ void StreamDecoder::handleSlice(WordReader& bits, int verticalPosition) {
 
 // What no slice brought is taken from the picture before.
 void StreamDecoder::conceal() {
-    const int width = sequence_.widthInMbs();
     const auto half = current_->mbs.size() / 2;
     const std::size_t first = header_.structure == kBottomField ? half : 0;
     const std::size_t count = header_.structure == kFrame ? current_->mbs.size() : half;
     const Picture* before = anchors_[1] != nullptr ? anchors_[1].get() : anchors_[0].get();
-    const PlaneSet source = before != nullptr ? PlaneSet(*before) : PlaneSet();
-    const vekapp::Plane* from = context_.isFrame() ? source.frame : source.field[context_.parity()];
-    long missing = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        Macroblock& mb = current_->mbs[first + i];
-        ++kinds_[static_cast<int>(mb.kind)];
-        if (mb.kind != MbKind::Lost) continue;
-        ++missing;
-        const int x = static_cast<int>(i) % width, y = static_cast<int>(i) / width;
-        for (int p = 0; p < 3; ++p) {
-            const int w = p == 0 ? 16 : 8, h = p == 0 || sequence_.chroma == vekapp::Chroma::C422 ? 16 : 8;
-            copyOrGrey(context_.target()[p], before != nullptr ? from + p : nullptr, x * w, y * h, w, h);
-        }
-    }
-    if (missing > 0) damage(std::to_string(missing) + " of " + std::to_string(count) + " macroblocks are missing");
+    const PlaneSet from = before != nullptr ? PlaneSet(*before) : PlaneSet(), to = context_.current;
+    const int parity = context_.parity();
+    const long missing = concealLost<Macroblock>(context_.isFrame() ? to.frame : to.field[parity],
+                                                 std::span(current_->mbs).subspan(first, count),
+                                                 before == nullptr    ? nullptr
+                                                 : context_.isFrame() ? from.frame
+                                                                      : from.field[parity],
+                                                 kinds_);
+    if (missing > 0) damage(missingMacroblocks(missing, count));
 }
 
 void StreamDecoder::finishField() {
@@ -262,12 +256,7 @@ void StreamDecoder::show(const PicturePtr& picture) {
                        ? FieldOrder::Progressive
                    : topFirst ? FieldOrder::TopFirst
                               : FieldOrder::BottomFirst;
-    for (int i = 0; i < 3; ++i) {
-        const int shiftX = i == 0 ? 0 : chromaShiftX(frame.chroma), shiftY = i == 0 ? 0 : chromaShiftY(frame.chroma);
-        frame.plane[i] = {picture->plane[i].data, picture->plane[i].stride,
-                          (sequence_.width + (1 << shiftX) - 1) >> shiftX,
-                          (sequence_.height + (1 << shiftY) - 1) >> shiftY};
-    }
+    showPlanes(frame, picture->plane, sequence_.width, sequence_.height);
     shown_ = picture.get();
     sinks_.frame(frame);
     shown_ = nullptr;

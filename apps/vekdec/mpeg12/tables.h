@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "bits/scan.h"
 #include "bits/word_reader.h"
 #include "vekvc.h"
 
@@ -38,8 +39,8 @@ struct Tables {
 // The code at the reader's cursor; BadSyntax names the element where no code matches.
 int decode(WordReader& bits, const Vek32s* table, const char* element);
 
-extern const Vek32s kZigzagScan[64], kAlternateScan[64];  // raster position by scan index (7.3)
-extern const Vek16s kDefaultIntraMatrix[64];              // 6.3.11, raster order
-extern const std::uint8_t kNonLinearScale[32];            // Table 7-6, q_scale_type 1
+extern const Vek32s kAlternateScan[64];         // raster position by scan index (7.3)
+extern const Vek16s kDefaultIntraMatrix[64];    // 6.3.11, raster order
+extern const std::uint8_t kNonLinearScale[32];  // Table 7-6, q_scale_type 1
 
 }  // namespace vekdec::mpeg12

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "bits/start_code.h"
+#include "concealment.h"
 #include "report/stopwatch.h"
 #include "vc1/reference_map.h"
 #include "vc1/units.h"
@@ -380,20 +381,10 @@ void StreamDecoder::conceal() {
     if (anchor)
         for (int i = 0; i < 3; ++i)
             before.plane[i] = field < 0 ? anchor->picture->plane[i] : anchor->picture->plane[i].field(field == 1);
-    const int count = context_.width * context_.height;
-    long missing = 0;
-    for (int i = 0; i < count; ++i) {
-        const Macroblock& mb = context_.mbs[i];
-        ++kinds_[static_cast<int>(mb.kind)];
-        if (mb.kind != MbKind::Lost) continue;
-        ++missing;
-        for (int p = 0; p < 3; ++p) {
-            const int size = p == 0 ? 16 : 8;
-            copyOrGrey(context_.plane[p], before.present() ? &before.plane[p] : nullptr, i % context_.width * size,
-                       i / context_.width * size, size, size);
-        }
-    }
-    if (missing > 0) damage(std::to_string(missing) + " of " + std::to_string(count) + " macroblocks are missing");
+    const auto count = static_cast<std::size_t>(context_.width * context_.height);
+    const long missing = concealLost<Macroblock>(context_.plane, std::span<const Macroblock>(context_.mbs, count),
+                                                 before.present() ? before.plane : nullptr, kinds_);
+    if (missing > 0) damage(missingMacroblocks(missing, count));
 }
 
 void StreamDecoder::finishFrame(bool complete) {
