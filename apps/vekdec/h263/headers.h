@@ -18,7 +18,7 @@ struct Modes {
     bool alternativeInterVlc = false;  // Annex S
     bool modifiedQuantizer = false;    // Annex T
     bool customClock = false;
-    vekapp::Rational sampleAspect = {12, 11};
+    vekapp::Rational sampleAspect = {12, 11}, rate = {30000, 1001};
 };
 
 struct PictureHeader : Modes {
@@ -26,7 +26,6 @@ struct PictureHeader : Modes {
     int rounding = 0;
     int quantizer = 1;
     int firstAddress = 0;  // with slices
-    vekapp::Rational rate = {30000, 1001};
 
     int widthInMbs() const { return (width + 15) / 16; }
     int heightInMbs() const { return (height + 15) / 16; }
