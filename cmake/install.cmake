@@ -8,7 +8,7 @@ foreach(code ${vekvc_variants})
   endif()
 endforeach()
 if(VEKVC_STATIC_VARIANT)
-  list(APPEND vekvc_installed_targets vekvc_static)
+  list(APPEND vekvc_installed_targets vekvc_static vekcore_static)
 endif()
 
 install(TARGETS ${vekvc_installed_targets}
@@ -24,14 +24,31 @@ foreach(code ${vekvc_variants})
   endif()
 endforeach()
 
+# The OpenMP runtime by its names: a C project that links the archive needs no OpenMP package of CMake.
+set(vekvc_openmp_names ${OpenMP_CXX_LIB_NAMES})
+list(TRANSFORM vekvc_openmp_names PREPEND "-l" OUTPUT_VARIABLE vekvc_openmp_flags)
+list(JOIN vekvc_openmp_flags " " vekvc_openmp_flags)
+
 configure_package_config_file(cmake/vekvc-config.cmake.in ${PROJECT_BINARY_DIR}/vekvc-config.cmake
-  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc)
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekvc-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/vekvc-config.cmake ${PROJECT_BINARY_DIR}/vekvc-config-version.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc)
 
-# Relative to the .pc file, so that an installed tree can be moved.
-file(RELATIVE_PATH vekvc_pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+# Relative to the .pc file, so that an installed tree can be moved; folders given as absolute paths stay what they are.
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+  set(vekvc_pc_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  file(RELATIVE_PATH vekvc_pc_up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "/$" "" vekvc_pc_prefix "\${pcfiledir}/${vekvc_pc_up}")
+endif()
+foreach(folder LIBDIR INCLUDEDIR)
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
+    set(vekvc_pc_${folder} ${CMAKE_INSTALL_${folder}})
+  else()
+    set(vekvc_pc_${folder} "\${prefix}/${CMAKE_INSTALL_${folder}}")
+  endif()
+endforeach()
 foreach(package vekvc vekcore)
   configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,11 +1,12 @@
 # The libraries: vekcore, and one complete vekvc library per variant, each with the code of all families.
 
-# Library code lives without the C++ runtime: no exceptions, no RTTI, linked by the C compiler's driver.
+# Library code lives without the C++ runtime: no exceptions, no RTTI, linked by the C compiler's driver. Unwind tables stay,
+# for debuggers and profilers.
 # Single-precision operations round one by one in every variant: no contraction to fused multiply-add.
 add_library(vekvc_code_options INTERFACE)
 target_compile_options(vekvc_code_options INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility=hidden
-    -fvisibility-inlines-hidden -ffp-contract=off -fno-math-errno -fno-asynchronous-unwind-tables>)
+    -fvisibility-inlines-hidden -ffp-contract=off -fno-math-errno>)
 target_include_directories(vekvc_code_options INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
 
@@ -17,8 +18,8 @@ else()
   list(REMOVE_ITEM vekvc_link_options -Wl,--no-undefined)
 endif()
 
-# Writes a linker map that exports exactly the names listed in the given files.
-function(vekvc_write_map map)
+# Writes a linker map that exports exactly the names listed in the given files, all of one symbol version.
+function(vekvc_write_map map version)
   set(names "")
   foreach(list ${ARGN})
     set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
@@ -26,7 +27,7 @@ function(vekvc_write_map map)
     list(APPEND names ${lines})
   endforeach()
   list(JOIN names ";\n    " joined)
-  file(CONFIGURE OUTPUT ${map} CONTENT "{\n  global:\n    ${joined};\n  local:\n    *;\n};\n" @ONLY)
+  file(CONFIGURE OUTPUT ${map} CONTENT "${version} {\n  global:\n    ${joined};\n  local:\n    *;\n};\n" @ONLY)
 endfunction()
 
 function(vekvc_use_map target map)
@@ -36,7 +37,7 @@ endfunction()
 
 # ---- vekcore
 
-vekvc_write_map(${PROJECT_BINARY_DIR}/vekcore.map ${PROJECT_SOURCE_DIR}/vekcore/exports.txt)
+vekvc_write_map(${PROJECT_BINARY_DIR}/vekcore.map VEKCORE_6.1 ${PROJECT_SOURCE_DIR}/vekcore/exports.txt)
 add_library(vekcore SHARED vekcore/vekcore.cpp)
 add_library(vekvc::vekcore ALIAS vekcore)
 target_link_libraries(vekcore PRIVATE $<BUILD_INTERFACE:vekvc_code_options>)
@@ -52,7 +53,7 @@ set_target_properties(vekcore PROPERTIES LINKER_LANGUAGE C VERSION 6.1 SOVERSION
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/families.txt)
 file(STRINGS ${PROJECT_SOURCE_DIR}/src/families.txt vekvc_families)
 list(TRANSFORM vekvc_families REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/src/\\1/exports.txt" OUTPUT_VARIABLE vekvc_export_lists)
-vekvc_write_map(${PROJECT_BINARY_DIR}/vekvc.map ${vekvc_export_lists})
+vekvc_write_map(${PROJECT_BINARY_DIR}/vekvc.map VEKVC_6.1 ${vekvc_export_lists})
 list(TRANSFORM vekvc_families REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/src/\\1/*.cpp" OUTPUT_VARIABLE vekvc_source_patterns)
 file(GLOB vekvc_sources CONFIGURE_DEPENDS ${vekvc_source_patterns})
 
@@ -91,7 +92,7 @@ function(vekvc_add_variant code)
   endif()
   vekvc_use_map(vekvc-${code} ${PROJECT_BINARY_DIR}/vekvc.map)
   set_target_properties(vekvc-${code} PROPERTIES LINKER_LANGUAGE C NO_SONAME ON
-    PREFIX "" OUTPUT_NAME "libvekvc-${code}" SUFFIX ".so.6.1" BUILD_RPATH "\$ORIGIN:\$ORIGIN/../.." INSTALL_RPATH "\$ORIGIN:\$ORIGIN/../..")
+    PREFIX "" OUTPUT_NAME "libvekvc-${code}" SUFFIX ".so.6.1" BUILD_RPATH "\$ORIGIN:\$ORIGIN/../..")
 endfunction()
 
 foreach(code ${vekvc_variants})
@@ -121,13 +122,19 @@ foreach(code ${vekvc_variants})
   file(CREATE_LINK ../../libvekvc-${code}.so.6.1 ${lib}/variant/${code}/libvekvc.so.6 SYMBOLIC)
 endforeach()
 
-# A static archive of one chosen variant.
+# A static archive of one chosen variant, and of vekcore.
 if(VEKVC_STATIC_VARIANT)
+  add_library(vekcore_static STATIC vekcore/vekcore.cpp)
+  add_library(vekvc::vekcore_static ALIAS vekcore_static)
+  target_link_libraries(vekcore_static PRIVATE $<BUILD_INTERFACE:vekvc_code_options>)
+  target_include_directories(vekcore_static INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  set_target_properties(vekcore_static PROPERTIES OUTPUT_NAME vekcore)
   add_library(vekvc_static STATIC $<TARGET_OBJECTS:vekvc-objects-${VEKVC_STATIC_VARIANT}>)
   add_library(vekvc::vekvc_static ALIAS vekvc_static)
   target_include_directories(vekvc_static INTERFACE
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-  target_link_libraries(vekvc_static PUBLIC vekcore OpenMP::OpenMP_CXX)
+  target_link_libraries(vekvc_static PUBLIC vekcore_static OpenMP::OpenMP_CXX)
   set_target_properties(vekvc_static PROPERTIES OUTPUT_NAME vekvc)
 endif()
 

@@ -12,6 +12,10 @@
 #define VEKVC_API
 #endif
 
+/** The version of these headers. The library that runs tells its own: vekvcGetLibVersion. */
+#define VEKVC_VERSION_MAJOR 6
+#define VEKVC_VERSION_MINOR 1 /**< grows with each release that adds functions */
+
 #ifdef __cplusplus
 extern "C" {
 #endif

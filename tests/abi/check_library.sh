@@ -8,7 +8,9 @@ bad() { echo "$(basename "$library"): $*"; exit 1; }
 
 declared=$(cat "$source"/include/vekvc/*.h | tr '\n' ' ' |
     grep -oE 'VEKVC_API [A-Za-z0-9_* ]*\b(veki[A-Za-z0-9_]+|vekvcGetLibVersion) ?\(' | grep -oE '(veki[A-Za-z0-9_]+|vekvcGetLibVersion)' | sort -u)
-exported=$(nm -D --defined-only "$library" | awk '{print $3}' | sort -u)
+versioned=$(nm -D --defined-only --with-symbol-versions "$library" | awk '$2 != "A" {print $3}' | sort -u)
+strange=$(echo "$versioned" | grep -v '@@VEKVC_6\.1$') && bad "exports of no or another version: $strange"
+exported=$(echo "$versioned" | sed 's/@@.*//')
 difference=$(diff <(echo "$declared") <(echo "$exported")) || bad "headers (<) and exports (>) differ: $difference"
 
 soname=$(readelf -d "$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')

@@ -18,11 +18,31 @@ expect() { # program name: runs it and checks that it says a variant's name
     case $said in libvekvc-??.so.6.1) echo "$2: $said" ;; *) echo "$2 said: $said"; exit 1 ;; esac
 }
 
-cmake -S "$source/tests/install" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" > "$work/log"
-cmake --build "$work/build" > "$work/log" || { cat "$work/log"; exit 1; }
-for program in consumer_c consumer_cpp consumer_static; do
-    if [ -x "$work/build/$program" ]; then expect "$work/build/$program" "CMake, $program"; fi
+for languages in "C and C++" "C alone"; do
+    with_cxx=ON
+    [ "$languages" = "C and C++" ] || with_cxx=OFF
+    cmake -S "$source/tests/install" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" -DWITH_CXX=$with_cxx > "$work/log"
+    cmake --build "$work/build" > "$work/log" || { cat "$work/log"; exit 1; }
+    for program in consumer_c consumer_cpp consumer_static consumer_all_static; do
+        if [ -x "$work/build/$program" ]; then expect "$work/build/$program" "CMake, $languages, $program"; fi
+    done
+    rm -r "$work/build"
 done
+
+# Folders given as absolute paths, as distributions do.
+cmake -S "$source" -B "$work/absolute" -DVEKVC_BUILD_TESTS=OFF -DVEKVC_BUILD_APPS=OFF \
+    -DCMAKE_INSTALL_LIBDIR="$work/root/lib" -DCMAKE_INSTALL_INCLUDEDIR="$work/root/include" > "$work/log"
+grep -qx "libdir=$work/root/lib" "$work/absolute/vekvc.pc" && grep -qx "includedir=$work/root/include" "$work/absolute/vekvc.pc" ||
+    { echo "absolute folders: vekvc.pc is wrong"; exit 1; }
+grep -q "set(_lib \"$work/root/lib\")" "$work/absolute/vekvc-config.cmake" || { echo "absolute folders: vekvc-config.cmake is wrong"; exit 1; }
+echo "absolute folders: as given"
+
+# Nothing that is installed looks for libraries beside itself, and debuggers find their way.
+for file in "$lib"/libvekvc-*.so.6.1 "$lib"/libvekcore.so.6; do
+    ! readelf -d "$file" | grep -qE 'RUNPATH|RPATH' || { echo "$file has a run path"; exit 1; }
+    readelf -SW "$file" | grep -q '\.eh_frame ' || { echo "$file has no unwind tables"; exit 1; }
+done
+echo "no run paths, unwind tables"
 
 # shellcheck disable=SC2046
 ${CC:-cc} -std=c99 -Wall -Wextra -pedantic -Werror "$source/tests/install/consumer.c" -o "$work/pc_c" $(pkg-config --cflags --libs vekvc)
