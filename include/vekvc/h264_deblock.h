@@ -50,8 +50,8 @@
  *
  *  In both cases bS is constant over two luma lines of a call: with four strengths k = 0..3, lines 2k and 2k + 1 of
  *  luma. Chroma 4:2:0 calls have four lines, line k with strength k. Chroma 4:2:2 has eight lines to a call of its
- *  luma and no MBAFF form of its own: call the chroma form twice, first with the strengths and thresholds {0, 0, 1, 1}
- *  of the four for lines 0 to 3, then with {2, 2, 3, 3} for lines 4 to 7.
+ *  luma, two to a strength: that is what the 4:2:0 form of vertical edges does on its outer edge. Call it with the four
+ *  strengths for that edge and zeros for the inner one.
  *
  *  What is read and written: of a line whose strength is not 0, up to four luma (two chroma) samples on either side of
  *  the edge; of these only samples p2..q2 (chroma p0, q0) change, the others may be stored back as they were. Nothing

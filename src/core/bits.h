@@ -83,7 +83,7 @@ class WordReader {
     Vek32s offset_;
 };
 
-// The word form for fast readers: the coming bits lie left-aligned in a 64-bit register, some of them true,
+// The word form for fast readers: the coming bits lie left-aligned in a 64-bit register, some of them valid,
 // zeros behind those. It reads ahead at most to the word that follows the one holding the next bit to be consumed;
 // therefore call need() only when at least one more bit is sure to be consumed.
 class WordWindow {
@@ -116,10 +116,10 @@ class WordWindow {
     }
 
     std::uint64_t bits() const { return bits_; }
-    // How many of them are true.
+    // How many of them are valid.
     int valid() const { return valid_; }
 
-    // Makes at least n bits (0 to 32) true.
+    // Makes at least n bits (0 to 32) valid.
     void need(int n) {
         if (valid_ < n) [[unlikely]] {
             bits_ |= std::uint64_t{load<Vek32u>(next_++)} << (32 - valid_);
@@ -127,10 +127,10 @@ class WordWindow {
         }
     }
 
-    // The first n bits (0 to 32) of those that need() made true.
+    // The first n bits (0 to 32) of those that need() made valid.
     std::uint64_t top(int n) const { return bits_ >> 1 >> (63 - n); }
 
-    // Moves on by n bits (0 to 63, all true).
+    // Moves on by n bits (0 to 63, all valid).
     void drop(int n) {
         bits_ <<= n;
         valid_ -= n;
@@ -236,7 +236,7 @@ class ByteReader {
 };
 
 // The byte form for fast readers: the coming bits lie left-aligned in a 64-bit register, zeros behind those that are
-// true. It loads the eight bytes that begin with the one that holds the next bit; therefore make one, and call need(),
+// valid. It loads the eight bytes that begin with the one that holds the next bit; therefore make one, and call need(),
 // only when at least one more bit is sure to be consumed.
 class ByteWindow {
   public:
@@ -247,22 +247,22 @@ class ByteWindow {
 
     std::uint64_t bits() const { return bits_; }
 
-    // Makes at least n bits (0 to 57) true.
+    // Makes at least n bits (0 to 57) valid.
     void need(int n) {
         if (used_ > 64 - n) [[unlikely]]
             fill();
     }
 
-    // The first n bits (0 to 32) of those that need() made true.
+    // The first n bits (0 to 32) of those that need() made valid.
     Vek32u top(int n) const { return static_cast<Vek32u>(bits_ >> 1 >> (63 - n)); }
 
-    // Moves on by n bits (0 to 57, all true).
+    // Moves on by n bits (0 to 57, all valid).
     void drop(int n) {
         bits_ <<= n;
         used_ += n;
     }
 
-    // The next n bits (0 to 32), which need() made true.
+    // The next n bits (0 to 32), which need() made valid.
     Vek32u take(int n) {
         const Vek32u value = top(n);
         drop(n);

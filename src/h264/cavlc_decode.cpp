@@ -25,30 +25,6 @@ VekStatus decode4x4(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoef
                                      {ppTotalZerosTables, ppRunBeforeTables}, {maxNumCoeff, pScan});
 }
 
-// The codes "1" and "01" of the 2x2 block (Table 9-5, nC = -1) with the rest of their blocks. False for any other code.
-bool shortChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff, Vek16s** ppCoeffs) {
-    Vek32u* const word = load<Vek32u*>(ppBitStream);
-    const Vek32s used = 31 - load<Vek32s>(pBitOffset);
-    const auto bits = static_cast<unsigned>(loadTwoWords(word) << used >> 59);
-    if ((bits & 0x10) != 0) {  // TotalCoeff 1: 1, sign, total_zeros (Table 9-9 a: 1, 01, 001, 000)
-        static constexpr Vek8u kTotalZeros[8] = {3, 2, 1, 1, 0, 0, 0, 0};
-        const int totalZeros = kTotalZeros[bits & 7];
-        Vek16s* const block = load<Vek16s*>(ppCoeffs);
-        std::memset(block, 0, 4 * sizeof *block);
-        store<Vek16s>(block + totalZeros, (bits & 8) != 0 ? -1 : 1);
-        store(ppCoeffs, block + 4);
-        store<Vek16s>(pTotalCoeff, 1);
-        storeCursor(ppBitStream, pBitOffset, word, used + (totalZeros < 2 ? 3 + totalZeros : 5));
-        return true;
-    }
-    if ((bits & 0x08) != 0) {  // TotalCoeff 0
-        store<Vek16s>(pTotalCoeff, 0);
-        storeCursor(ppBitStream, pBitOffset, word, used + 2);
-        return true;
-    }
-    return false;
-}
-
 template <class T, class Layout>
 VekStatus decodeChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTotalCoeff, T** ppCoeffs,
                          const Vek32s* pCoeffTokenTable, const Vek32s** ppTotalZerosTables,
@@ -58,9 +34,6 @@ VekStatus decodeChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, Vek16s* pTota
         return vekStsErrNullPtr;
     }
     if (anyNull(load<Vek32u*>(ppBitStream), load<T*>(ppCoeffs))) return vekStsErrNullPtr;
-    if constexpr (std::is_same_v<T, Vek16s> && Layout::kSize == 4) {
-        if (shortChromaDc(ppBitStream, pBitOffset, pTotalCoeff, ppCoeffs)) return vekStsOk;
-    }
     return kernel::decodeCavlcChromaDc<T>(ppBitStream, pBitOffset, {pTotalCoeff, ppCoeffs}, pCoeffTokenTable,
                                           {ppTotalZerosTables, ppRunBeforeTables}, layout);
 }

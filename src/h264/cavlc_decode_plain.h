@@ -2,47 +2,38 @@
 #ifndef VEKVC_H264_CAVLC_DECODE_PLAIN_H
 #define VEKVC_H264_CAVLC_DECODE_PLAIN_H
 
+#include <algorithm>
+#include <cstdlib>
+
 #include "core/arith.h"
 #include "h264/cavlc_decode.h"
 #include "vlc/look_up.h"
 
 namespace vekvc::plain {
 
-// level_prefix and level_suffix of one level (9.2.2.1), as a magnitude and a sign. `first` adds one to the magnitude: a
-// first level after fewer than three trailing ones cannot be +1 or -1. False where level_prefix exceeds 35.
-struct CavlcLevel {
-    Vek32s magnitude;
-    bool negative;
-
-    Vek32s value() const { return negative ? -magnitude : magnitude; }
-};
-
-inline bool readLevel(WordReader& reader, int suffixLength, bool first, CavlcLevel& level) {
+// levelVal of one level that is no trailing one, and the suffixLength of the next (9.2.2.1). `first`: it follows fewer
+// than three trailing ones and cannot be +1 or -1. False where level_prefix exceeds 35.
+inline bool readLevel(WordReader& reader, int& suffixLength, bool first, Vek32s& levelVal) {
     int levelPrefix = 0;
     while (reader.read(1) == 0) {
         if (++levelPrefix > kMaxLevelPrefix) return false;
     }
-    if (levelPrefix < 16) {
-        int suffixSize = suffixLength;
-        if (levelPrefix == 14 && suffixLength == 0) suffixSize = 4;
-        if (levelPrefix == 15) suffixSize = 12;
-        const Vek32s suffix = suffixSize > 0 ? static_cast<Vek32s>(reader.read(suffixSize)) : levelPrefix;
-        Vek32s base = 1;
-        if (suffixLength > 0) base = (levelPrefix << (suffixLength - 1)) + 1;
-        if (suffixLength == 0 && levelPrefix == 14) base = 8;
-        if (suffixLength == 0 && levelPrefix == 15) base = 16;
-        level = {(suffix >> 1) + base + (first ? 1 : 0), (suffix & 1) != 0};
-        return true;
-    }
-    const std::int64_t suffix = reader.read(levelPrefix - 3);
-    const std::int64_t escape = (15 << suffixLength) + suffix + (suffixLength == 0 ? 15 : 0) +
-                                (std::int64_t{1} << (levelPrefix - 3)) - 4096 + (first ? 2 : 0);
-    const Vek32s levelCode = static_cast<Vek16u>(escape);  // kept to 16 bits on purpose
-    level = {levelCode % 2 == 0 ? (levelCode + 2) >> 1 : (levelCode + 1) >> 1, levelCode % 2 != 0};
+    const int levelSuffixSize = levelPrefix == 14 && suffixLength == 0 ? 4
+                                : levelPrefix >= 15                    ? levelPrefix - 3
+                                                                       : suffixLength;
+    const std::int64_t levelSuffix = levelSuffixSize > 0 ? reader.read(levelSuffixSize) : 0;
+    std::int64_t levelCode = (std::min(15, levelPrefix) << suffixLength) + levelSuffix;
+    if (levelPrefix >= 15 && suffixLength == 0) levelCode += 15;
+    if (levelPrefix >= 16) levelCode += (std::int64_t{1} << (levelPrefix - 3)) - 4096;
+    if (first) levelCode += 2;
+    levelCode = static_cast<Vek16u>(levelCode);  // kept to 16 bits, which no level of the standard leaves
+    levelVal = static_cast<Vek32s>(levelCode % 2 == 0 ? (levelCode + 2) >> 1 : (-levelCode - 1) >> 1);
+    if (suffixLength == 0) suffixLength = 1;
+    if (std::abs(levelVal) > 3 << (suffixLength - 1) && suffixLength < 6) ++suffixLength;
     return true;
 }
 
-// Where the parts of a block lie: how many coefficients it has, how many it may have, and their raster positions.
+// The block behind its coeff_token: levels (9.2.2), total_zeros, and the runs (9.2.3) by which they get their places.
 template <class T, class Layout>
 VekStatus decodeBlock(WordReader& reader, const WordReader& entry, CavlcToken token, const CavlcTarget<T>& target,
                       const CavlcTables& tables, const Layout& layout) {
@@ -62,19 +53,8 @@ VekStatus decodeBlock(WordReader& reader, const WordReader& entry, CavlcToken to
     for (int i = 0; i < Layout::kSize; ++i) store<T>(block + i, 0);
 
     int suffixLength = total > 10 && ones < 3 ? 1 : 0;
-    Vek32s previous = 0;
-    for (int i = 0; i < total - ones; ++i) {
-        constexpr Vek32s kThresholds[6] = {0, 3, 6, 12, 24, 48};
-        if (i == 1 && previous >= 4) {
-            suffixLength = 2;
-        } else if (suffixLength < 6 && previous > kThresholds[suffixLength]) {
-            ++suffixLength;
-        }
-        CavlcLevel level;
-        if (!readLevel(reader, suffixLength, i == 0 && ones < 3, level)) return fail();
-        levels[ones + i] = level.value();
-        previous = level.magnitude;
-    }
+    for (int i = ones; i < total; ++i)
+        if (!readLevel(reader, suffixLength, i == ones && ones < 3, levels[i])) return fail();
 
     int zerosLeft = 0;
     if (total < layout.maxNumCoeff) {
@@ -128,12 +108,39 @@ VekStatus decodeCavlc4x4(Vek32u** ppBitStream, Vek32s* pBitOffset, const CavlcTa
     return status;
 }
 
+// The blocks of chroma DC whose coeff_token is 1 (one coefficient, a trailing one) or 01 (none). False for the others.
+inline bool decodeShortChromaDc(WordReader& reader, const CavlcTarget<Vek16s>& target) {
+    const WordReader entry = reader;
+    if (reader.read(1) == 1) {
+        const bool trailingOnesSign = reader.read(1) != 0;
+        int totalZeros = 0;  // Table 9-9 a, tzVlcIndex 1: 1, 01, 001, 000
+        while (totalZeros < 3 && reader.read(1) == 0) ++totalZeros;
+        Vek16s* const block = load<Vek16s*>(target.ppCoeffs);
+        for (int i = 0; i < 4; ++i) store<Vek16s>(block + i, 0);
+        store<Vek16s>(block + totalZeros, trailingOnesSign ? -1 : 1);
+        store(target.ppCoeffs, block + 4);
+        store<Vek16s>(target.pTotalCoeff, 1);
+        return true;
+    }
+    if (reader.read(1) == 1) {
+        store<Vek16s>(target.pTotalCoeff, 0);
+        return true;
+    }
+    reader = entry;
+    return false;
+}
+
 // coeff_token of a chroma DC block, then the block.
 template <class T, class Layout>
 VekStatus decodeCavlcChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, const CavlcTarget<T>& target,
                               const Vek32s* pCoeffTokenTable, const CavlcTables& tables, const Layout& layout) {
     WordReader reader(ppBitStream, pBitOffset);
     const WordReader entry = reader;
+    if constexpr (cavlcKnowsShortCodes<T, Layout>)
+        if (decodeShortChromaDc(reader, target)) {
+            reader.commit(ppBitStream, pBitOffset);
+            return vekStsOk;
+        }
     const VlcSlot code = lookUp(reader, pCoeffTokenTable);
     if (code.noCode()) return vekStsErrVlcData;
     reader.giveBack(code.giveBack());

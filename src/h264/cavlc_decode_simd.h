@@ -19,9 +19,9 @@ struct CavlcEscape {
 };
 
 [[gnu::noinline, maybe_unused]] static CavlcEscape readEscape(WordReader reader, int suffixLength, bool first) {
-    plain::CavlcLevel level;
+    Vek32s level = 0;
     if (!plain::readLevel(reader, suffixLength, first, level)) return {reader, -1, 0};
-    return {reader, level.magnitude, level.value()};
+    return {reader, std::abs(level), level};
 }
 
 // Reads one level into value and returns its magnitude, or -1. `first` (0 or 1) raises the magnitude by one.
@@ -207,9 +207,35 @@ template <class T>
     return decodeBlock(window, token, ppBitStream, pBitOffset, target, tables, layout);
 }
 
+// The codes "1" and "01" of the 2x2 block (Table 9-5, nC = -1) with the rest of their blocks. False for any other code.
+inline bool shortChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, const CavlcTarget<Vek16s>& target) {
+    Vek32u* const word = load<Vek32u*>(ppBitStream);
+    const Vek32s used = 31 - load<Vek32s>(pBitOffset);
+    const auto bits = static_cast<unsigned>(loadTwoWords(word) << used >> 59);
+    if ((bits & 0x10) != 0) {  // TotalCoeff 1: 1, sign, total_zeros (Table 9-9 a: 1, 01, 001, 000)
+        static constexpr Vek8u kTotalZeros[8] = {3, 2, 1, 1, 0, 0, 0, 0};
+        const int totalZeros = kTotalZeros[bits & 7];
+        Vek16s* const block = load<Vek16s*>(target.ppCoeffs);
+        std::memset(block, 0, 4 * sizeof *block);
+        store<Vek16s>(block + totalZeros, (bits & 8) != 0 ? -1 : 1);
+        store(target.ppCoeffs, block + 4);
+        store<Vek16s>(target.pTotalCoeff, 1);
+        storeCursor(ppBitStream, pBitOffset, word, used + (totalZeros < 2 ? 3 + totalZeros : 5));
+        return true;
+    }
+    if ((bits & 0x08) != 0) {  // TotalCoeff 0
+        store<Vek16s>(target.pTotalCoeff, 0);
+        storeCursor(ppBitStream, pBitOffset, word, used + 2);
+        return true;
+    }
+    return false;
+}
+
 template <class T, class Layout>
 VekStatus decodeCavlcChromaDc(Vek32u** ppBitStream, Vek32s* pBitOffset, const CavlcTarget<T>& target,
                               const Vek32s* pCoeffTokenTable, const CavlcTables& tables, const Layout& layout) {
+    if constexpr (cavlcKnowsShortCodes<T, Layout>)
+        if (shortChromaDc(ppBitStream, pBitOffset, target)) return vekStsOk;
     WordWindow window(ppBitStream, pBitOffset);
     const VlcLook code = look(window, pCoeffTokenTable);
     if (code.noCode()) [[unlikely]]

@@ -15,7 +15,7 @@ struct ChromaLines16u {
     int firstStrength;
 };
 
-// p1, p0, q0, q1 of eight lines, and which of them have a strength.
+// What eight lines of an edge are filtered with, and which of them have a strength.
 struct ChromaEdge16u {
     i16x8 alpha, beta, tC0, maxSample, active, strong;
     std::uint32_t on;  // a bit per line

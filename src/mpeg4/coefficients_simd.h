@@ -257,14 +257,14 @@ class BackwardWindow {
     std::uint64_t bits() const { return bits_; }
     Vek32s left() const { return left_; }
 
-    // Makes at least n bits (0 to 57) true, or as many as are left.
+    // Makes at least n bits (0 to 57) valid, or as many as are left.
     void need(int n) {
-        if (true_ < n) [[unlikely]]
+        if (valid_ < n) [[unlikely]]
             fill();
     }
     void drop(int n) {
         bits_ >>= n;
-        true_ -= n;
+        valid_ -= n;
         position_ -= n;
         left_ -= n;
     }
@@ -286,13 +286,13 @@ class BackwardWindow {
         }
         const int behind = -position_ & 7;  // bits of the last byte that lie behind the cursor
         bits_ >>= behind;
-        true_ = 64 - behind;
+        valid_ = 64 - behind;
     }
 
     Vek8u* end_;
     Vek32s position_;  // of the cursor, in bits from the first bit at end_
     Vek32s left_;
-    int true_ = 0;
+    int valid_ = 0;
     std::uint64_t bits_ = 0;
 };
 
