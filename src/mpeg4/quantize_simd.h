@@ -134,7 +134,8 @@ template <bool intra>
     using Floats = f32x4;
 #endif
     const auto half = splatFloat<Floats>(0.5f), reciprocal = splatFloat<Floats>(1.0f / static_cast<float>(2 * QP));
-    const auto bias = splatFloat<Floats>(static_cast<float>((3 * QP + 2) / 4));
+    const Vek32s added = (3 * QP + 2) / 4;
+    const auto bias = splatFloat<Floats>(static_cast<float>(added));
     const auto divide = [&](auto a, auto weight, const float* reciprocals) {
         const auto more = intra ? toFloat(weight) * bias + half : half;
         const auto n = toFloat((a << 4) + (weight >> 1)) + more;

@@ -7,7 +7,6 @@ namespace {
 
 using h263::BlockShape;
 using h263::Precision;
-using h263::ReferencePlane;
 
 // The prediction of one macroblock from one direction.
 struct Direction {
