@@ -1,5 +1,5 @@
-/* Decodes one 4x4 block of H.264 CAVLC (clause 9.2). Code tables are made once from the standard's code lists; this block
- * needs only one of them, a decoder makes them all. */
+/* Decodes one 4x4 block of H.264 CAVLC (clause 9.2). Code tables are made once from the standard's code lists; this
+ * block needs only one of them, a decoder makes them all. */
 #include <stdio.h>
 
 #include "vekcore.h"

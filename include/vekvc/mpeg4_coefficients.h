@@ -8,7 +8,9 @@
  *  The cursor: `*ppBitStream` addresses the byte that holds the next bit, `*pBitOffset` (0 to 7) bits of it, counted
  *  from the most significant one, are consumed. Bits come most significant first.
  *
- *  - Forward readers touch at most the 7 bytes behind the byte that holds the last bit that they consume.
+ *  - Forward readers touch at most the 7 bytes behind the byte that holds the last bit that they consume. A stream that
+ *    breaks off inside a block may be read beyond its end: with 16 zero bytes behind it any stream is safe, since a few
+ *    zeros in a row are no code.
  *  - Writers keep the first `*pBitOffset` bits of the first byte, set those that follow the last written bit in its
  *    byte to 0, and touch no further byte; none at all where they write no bit.
  *
@@ -40,7 +42,7 @@
 extern "C" {
 #endif
 
-/** Decodes the differential DC of an intra block of MPEG-4 (ISO 14496-2 6.2.8, 6.3.8, tables B.13 and B.14): a size
+/** Decodes the differential DC of an intra block of MPEG-4 (ISO 14496-2 6.2.7, 6.3.7, tables B.13 and B.14): a size
  *  of 0 to 12, as many bits, and a marker where the size is above 8.
  *  @param[in,out] ppBitStream  current byte; moved on
  *  @param[in,out] pBitOffset   0 to 7
@@ -135,7 +137,7 @@ VEKVC_API VekStatus vekiDecodeCoeffsInterRVLCBackward_MPEG4_1u16s(Vek8u** ppBitS
                                                                   Vek32s numBits, Vek16s* pDstBlock,
                                                                   Vek32s* pIndxLastNonZero, Vek32s scan);
 
-/** Decodes the DC of an intra block of H.263 (INTRADC, 5.4.1) or H.261 (4.2.4.2): 8 bits, of which 255 stands for 128;
+/** Decodes the DC of an intra block of H.263 (INTRADC, 5.4.1) or H.261 (4.2.4.1): 8 bits, of which 255 stands for 128;
  *  0 and 128 are not used.
  *  @param[in,out] ppBitStream  current byte; moved on
  *  @param[in,out] pBitOffset   0 to 7
@@ -273,7 +275,7 @@ VEKVC_API VekStatus vekiEncodeDCIntra_MPEG4_16s1u(Vek8u** ppBitStream, Vek32s* p
 /** Writes the levels of an intra block of MPEG-4 by table B.16, and by the reversible codes of table B.23.
  *  @param[in,out] ppBitStream  current byte; moved behind the block
  *  @param[in,out] pBitOffset   0 to 7
- *  @param[in] pSrcBlock        64 levels
+ *  @param[in] pSrcBlock        64 levels, all of which may be read
  *  @param noDCFlag             on: from index 1
  *  @param scan                 the block's scan
  *  @return vekStsOk; vekStsErrNullPtr; vekStsErrBitOffset

@@ -17,8 +17,9 @@ extern "C" {
  *  @{ */
 
 /** The filter of H.263 Annex J inside the coding loop: of the samples A B | C D across the edge, B and C are moved
- *  towards each other by d1, a function of d = (A - 4 B + 4 C - D) / 8 and of the strength that belongs to @p QP, and
- *  A and D by (A - D) / 4, limited to half of |d1|. Two samples on each side are read and written.
+ *  towards each other by d1, which is d = (A - 4 B + 4 C - D) / 8 up to the strength S that belongs to @p QP (Table
+ *  J.2), and from there on falls to 0 at 2 S: sign(d) max(0, |d| - max(0, 2 (|d| - S))). A and D move by (A - D) / 4,
+ *  limited to half of |d1|. Two samples on each side are read and written.
  *  @param[in,out] pSrcDst  the first sample below the edge, or to the right of it
  *  @param srcDstStep       bytes between rows
  *  @param QP               QUANT, 1 to 31
@@ -33,8 +34,10 @@ VEKVC_API VekStatus vekiFilterDeblocking8x8_VerEdge_H263_8u_C1IR(Vek8u* pSrcDst,
  *  what the frequencies e = (2 a - 5 b + 5 c - 2 d) // 8 at the edge and beside it say, unless the one at the edge is
  *  QP or more. Five samples on each side are read, four are written.
  *
- *  The standard only describes this filter. Its free choices here: // rounds halves away from zero; the correction t =
- *  5 (e0' - e0) // 8 is limited to the way from 0 to (v4 - v5) / 2.
+ *  The standard only describes this filter. Its free choices here: // rounds halves away from zero; the samples that
+ *  the smoothing needs outside v1..v8 are v0 if |v1 - v0| < QP, else v1, and v9 if |v8 - v9| < QP, else v8; e0' is
+ *  the least of the magnitudes of e at the edge and beside it, with the sign of e0; the correction
+ *  t = 5 (e0' - e0) // 8 is limited to the way from 0 to (v4 - v5) / 2.
  *  @param[in,out] pSrcDst  the first sample below the edge, or to the right of it
  *  @param srcDstStep       bytes between rows
  *  @param QP               the quantiser of the macroblock, 1 to 31
@@ -95,7 +98,7 @@ VEKVC_API VekStatus vekiFilterLoop8x8_H261_8u_C1R(const Vek8u* pSrc, Vek32s srcS
  *  @param dstStep    bytes between its rows
  *  @param direction  1 horizontal, 2 vertical, 3 both
  *  @return vekStsOk; vekStsErrNullPtr; vekStsErrStep for a source step below the width or a destination step below the
- *      width written (2 W for directions 1 and 3); vekStsErrSize; vekStsErrOutOfRange for @p direction
+ *      width written (2 W for directions 1 and 3, else W); vekStsErrSize; vekStsErrOutOfRange for @p direction
  */
 VEKVC_API VekStatus vekiUpsample2x_H263_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, VekiSize srcSize, Vek8u* pDst,
                                                Vek32s dstStep, Vek32s direction);

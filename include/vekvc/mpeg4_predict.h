@@ -103,13 +103,13 @@ VEKVC_API VekStatus vekiWarpGetSize_MPEG4(Vek32u* pSpecSize);
  *  @param[out] pSpec         the buffer, of the size that vekiWarpGetSize_MPEG4() tells, at any address
  *  @param[in] pDU            the horizontal differentials as decoded, one for each point, in half samples; may be null
  *                            if there is no point
- *  @param[in] pDV            the vertical ones
+ *  @param[in] pDV            the vertical ones, likewise
  *  @param numWarpingPoints   0 to 3: 0 is no motion, 1 a translation, 2 a similarity, 3 an affine map
  *  @param warpingAccuracy    0 to 3: positions in 1/2, 1/4, 1/8 or 1/16 samples
  *  @param vopSize            the VOP's size, both fields 1 to 8192
  *  @param refSize            the reference's size, both fields 1 to 8192: all decoded samples, with those of the last
  *                            macroblocks that lie outside the VOP. That of chroma is (refSize + 1) / 2.
- *  @param roundControl       vop_rounding_type, in bit 0
+ *  @param roundControl       vop_rounding_type, in bit 0; other bits are ignored
  *  @param quarterSampleFlag  0: average vectors are in half samples, else in quarters
  *  @return vekStsOk; vekStsErrNullPtr; vekStsErrOutOfRange for @p numWarpingPoints, @p warpingAccuracy; vekStsErrSize
  */
@@ -127,8 +127,8 @@ VEKVC_API VekStatus vekiWarpInit_MPEG4(Vek8u* pSpec, const Vek32s* pDU, const Ve
  *  @param dstY       its row
  *  @param roiSize    the block's size
  *  @param[in] pSpec  the warp
- *  @return vekStsOk; vekStsErrNullPtr; vekStsErrContextMatch; vekStsErrStep for a step below the block's width;
- *      vekStsErrSize
+ *  @return vekStsOk; vekStsErrNullPtr; vekStsErrContextMatch; vekStsErrStep for a step, of source or result, below the
+ *      block's width; vekStsErrSize
  */
 VEKVC_API VekStatus vekiWarpLuma_MPEG4_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                               Vek32s dstX, Vek32s dstY, VekiSize roiSize, const Vek8u* pSpec);
@@ -146,8 +146,8 @@ VEKVC_API VekStatus vekiWarpLuma_MPEG4_8u_C1R(const Vek8u* pSrc, Vek32s srcStep,
  *  @param dstY         its row
  *  @param roiSize      the size of each block, in chroma samples
  *  @param[in] pSpec    the warp
- *  @return vekStsOk; vekStsErrNullPtr; vekStsErrContextMatch; vekStsErrStep for a step below the blocks' width;
- *      vekStsErrSize
+ *  @return vekStsOk; vekStsErrNullPtr; vekStsErrContextMatch; vekStsErrStep for a step, of source or result, below the
+ *      blocks' width; vekStsErrSize
  */
 VEKVC_API VekStatus vekiWarpChroma_MPEG4_8u_P2R(const Vek8u* pSrcCb, Vek32s srcCbStep, const Vek8u* pSrcCr,
                                                 Vek32s srcCrStep, Vek8u* pDstCb, Vek32s dstCbStep, Vek8u* pDstCr,

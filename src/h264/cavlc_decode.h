@@ -53,8 +53,8 @@ struct CavlcLayout2x2 {
     Vek32s position(int index) const { return index; }
 };
 
-// The 2x2 form of 16 bits takes the codes 1 and 01 of coeff_token (Table 9-5, nC = -1), and total_zeros behind the former
-// (Table 9-9 a), as the standard has them, whatever the caller's tables say.
+// The 2x2 form of 16 bits takes the codes 1 and 01 of coeff_token (Table 9-5, nC = -1), and total_zeros behind the
+// former (Table 9-9 a), as the standard has them, whatever the caller's tables say.
 template <class T, class Layout>
 inline constexpr bool cavlcKnowsShortCodes = std::is_same_v<T, Vek16s>&& std::is_same_v<Layout, CavlcLayout2x2>;
 
