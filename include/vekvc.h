@@ -17,6 +17,7 @@
 #include "vekvc/h264.h"
 #include "vekvc/mpeg2.h"
 #include "vekvc/mpeg4.h"
+#include "vekvc/processing.h"
 #include "vekvc/types.h"
 #include "vekvc/vc1.h"
 #include "vekvc/vlc.h"

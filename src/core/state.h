@@ -50,15 +50,15 @@ struct AllocatedState {
     void* table = nullptr;
 };
 
-// Allocates the header, stores it through ppState at once, then allocates its table. If the second allocation fails,
-// the caller holds a header without table, which freeState() takes.
+// Allocates the header, stores it through ppState at once, then allocates its table. If the second allocation fails, or
+// is larger than vekMalloc() can be asked for, the caller holds a header without table, which freeState() takes.
 template <class State>
-VekStatus allocateState(State** ppState, int tableBytes) {
+VekStatus allocateState(State** ppState, std::int64_t tableBytes) {
     void* memory = vekMalloc(static_cast<int>(sizeof(State)));
     if (memory == nullptr) return vekStsErrMemAlloc;
     State* state = new (memory) State;
     store(ppState, state);
-    state->table = vekMalloc(tableBytes);
+    if (tableBytes <= INT32_MAX) state->table = vekMalloc(static_cast<int>(tableBytes));
     return state->table == nullptr ? vekStsErrMemAlloc : vekStsOk;
 }
 

@@ -11,6 +11,7 @@
 
 #include "core/fill.h"
 #include "core/filter_frame.h"
+#include "vekvc.h"
 
 namespace {
 int live = 0;         // blocks not yet freed
@@ -80,6 +81,65 @@ TEST(AllocatedState, FreesWhatItAllocatedAlsoAfterAFailure) {
         EXPECT_EQ(live, 0);
     }
     EXPECT_EQ(freeState<Header>(nullptr), vekStsErrNullPtr);
+}
+
+// Makes, uses and releases a state with each of its two allocations refused, and with none.
+template <class State, class Make, class Use, class Free>
+void refuseEach(Make make, Use use, Free release) {
+    for (const int refused : {0, 1, -1}) {
+        allocations = 0;
+        refuseFrom = refused;
+        State* state = nullptr;
+        EXPECT_EQ(make(&state), refused < 0 ? vekStsOk : vekStsErrMemAlloc);
+        refuseFrom = -1;
+        ASSERT_EQ(state == nullptr, refused == 0);
+        if (state == nullptr) continue;
+        EXPECT_EQ(use(state), refused < 0 ? vekStsOk : vekStsErrNullPtr);
+        EXPECT_EQ(release(state), vekStsOk);
+        EXPECT_EQ(live, 0);
+    }
+    EXPECT_EQ(make(nullptr), vekStsErrNullPtr);
+    EXPECT_EQ(release(nullptr), vekStsErrNullPtr);
+}
+
+TEST(AllocatedState, ExportsReportWhatIsRefused) {
+    const Vek8u src[64] = {};
+    Vek8u dst[64];
+    refuseEach<VekDeinterlaceBlendState>([](auto state) { return vekiDeinterlaceBlendInitAlloc_8u_C1(4, 12, state); },
+                                         [&](auto state) {
+                                             return vekiDeinterlaceBlend_8u_C1R(src, 8, dst, 8, {8, 8}, state);
+                                         },
+                                         vekiDeinterlaceBlendFree_8u_C1);
+    refuseEach<VekDenoiseAdaptiveState>(
+        [](auto state) {
+            return vekiFilterDenoiseAdaptiveInitAlloc_8u_C1({8, 8}, 20, 10, state);
+        },
+        [&](auto state) { return vekiFilterDenoiseAdaptive_8u_C1R(src, 8, dst, 8, state); },
+        vekiFilterDenoiseAdaptiveFree_8u_C1);
+    refuseEach<VekDenoiseMosquitoState>(
+        [](auto state) {
+            return vekiFilterDenoiseMosquitoInitAlloc_8u_C1({8, 8}, state);
+        },
+        [&](auto state) { return vekiFilterDenoiseMosquito_8u_C1R(src, 8, dst, 8, 8, state); },
+        vekiFilterDenoiseMosquitoFree_8u_C1);
+
+    // Tables that vekMalloc() cannot be asked for; sizes that are none.
+    for (const VekiSize size : {VekiSize{1 << 16, 1 << 16}, VekiSize{INT32_MAX, INT32_MAX}, VekiSize{1, INT32_MAX}}) {
+        VekDenoiseAdaptiveState* adaptive = nullptr;
+        EXPECT_EQ(vekiFilterDenoiseAdaptiveInitAlloc_8u_C1(size, 20, 10, &adaptive), vekStsErrMemAlloc);
+        EXPECT_EQ(vekiFilterDenoiseAdaptiveFree_8u_C1(adaptive), vekStsOk);
+    }
+    VekDenoiseMosquitoState* mosquito = nullptr;
+    EXPECT_EQ(vekiFilterDenoiseMosquitoInitAlloc_8u_C1({INT32_MAX, INT32_MAX}, &mosquito), vekStsErrMemAlloc);
+    EXPECT_EQ(vekiFilterDenoiseMosquitoFree_8u_C1(mosquito), vekStsOk);
+    EXPECT_EQ(live, 0);
+    for (const VekiSize size : {VekiSize{0, 8}, VekiSize{8, -1}}) {
+        VekDenoiseAdaptiveState* state = nullptr;
+        EXPECT_EQ(vekiFilterDenoiseAdaptiveInitAlloc_8u_C1(size, 20, 10, nullptr), vekStsErrNullPtr);
+        EXPECT_EQ(vekiFilterDenoiseAdaptiveInitAlloc_8u_C1(size, 20, 10, &state), vekStsErrSize);
+        EXPECT_EQ(vekiFilterDenoiseMosquitoInitAlloc_8u_C1(size, &mosquito), vekStsErrSize);
+        EXPECT_EQ(state, nullptr);
+    }
 }
 
 TEST(FillPlane, FillsTheRegionAloneOnAllRoads) {

@@ -77,6 +77,9 @@ VEKVC_SIMD_INLINE f32x8 operator-(f32x8 a, f32x8 b) {
 VEKVC_SIMD_INLINE f32x8 operator*(f32x8 a, f32x8 b) {
     return {_mm256_castps_si256(_mm256_mul_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw)))};
 }
+VEKVC_SIMD_INLINE f32x8 operator/(f32x8 a, f32x8 b) {
+    return {_mm256_castps_si256(_mm256_div_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw)))};
+}
 VEKVC_SIMD_INLINE f32x8 mulAdd(f32x8 a, f32x8 b, f32x8 c) {
     return {_mm256_castps_si256(
         _mm256_fmadd_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), _mm256_castsi256_ps(c.raw)))};

@@ -64,8 +64,7 @@ Argument edgeCount() {
     row("vekiEdgeDetect16x16_8u32s_C1R", &vekiEdgeDetect16x16_8u32s_C1R,
         {in<Vek8u>("pSrc", block(16, 16)), step("pSrc"), edgeLevel(), edgeCount(), out<Vek32s>("pIsEdge", count(1))}),
     row("vekiFilterDenoiseSmooth_8u_C1R", &vekiFilterDenoiseSmooth_8u_C1R,
-        {in<Vek8u>("pSrc", region("roiSize")), step("pSrc").atLeastWidth(), out<Vek8u>("pDst", region("roiSize")),
-         step("pDst").atLeastWidth(),
+        {in<Vek8u>("pSrc", region("roiSize")), step("pSrc"), out<Vek8u>("pDst", region("roiSize")), step("pDst"),
          size("roiSize", {{1, 3}, {2, 4}, {9, 3}, {10, 5}, {17, 7}, {31, 20}, {40, 40}, {64, 16}, {75, 9}})
              .badSize({{0, 4}, {-5, 4}, {16, 0}, {16, -4}}, vekStsErrSize)
              .badSize({{1, 2}, {1, 1}}, vekStsErrUnsupported)}),
