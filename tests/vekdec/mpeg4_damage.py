@@ -75,7 +75,7 @@ class Check:
         starts = [m.start() for m in re.finditer(b"\0\0\1\xb6", stream)]
         found = 0
         for begin, end in zip(starts[1:5], starts[2:]):
-            for at in range(begin + 60, end - 40, 61):
+            for at in range(begin + 60, end - 40, 149):
                 damaged = bytearray(stream)
                 damaged[at] ^= 0xff
                 some, said = decode(self.vekdec, bytes(damaged), kind)
@@ -97,11 +97,11 @@ class Check:
 
 def main(vekdec, streams):
     check = Check(vekdec, streams)
-    check.resynchronisation("mpeg4/m4_packets.m4v", 997)
-    check.resynchronisation("mpeg4/m4_dp.m4v", 997)
-    check.resynchronisation("h263/base_gob.h263", 1499)
-    check.resynchronisation("h263/p_slices.h263", 1499)
-    check.resynchronisation("h261/rate.h261", 1499)
+    check.resynchronisation("mpeg4/m4_packets.m4v", 1499)
+    check.resynchronisation("mpeg4/m4_dp.m4v", 1499)
+    check.resynchronisation("h263/base_gob.h263", 2999)
+    check.resynchronisation("h263/p_slices.h263", 2999)
+    check.resynchronisation("h261/rate.h261", 2999)
     check.backwards("mpeg4/m4_rvlc.m4v")
     if check.failures == 0:
         print("all as described")
