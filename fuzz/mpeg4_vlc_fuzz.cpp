@@ -137,9 +137,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         case 8:
         case 9: {
             // From 1 to 8 bits of the first byte and those up to the last but `offset`.
-            const auto end = static_cast<Vek32s>(8 * random) - offset;
+            const Vek32s end = static_cast<Vek32s>(8 * random) - offset;
             if (end < 8) break;
-            const Vek32s numBits = end - (mode >> 4) % 8;
+            const Vek32s numBits = end - static_cast<Vek32s>((mode >> 4) % 8);
             if (mode % 16 == 8)
                 fuzzBackward<kReversibleIntra>(bytes, end, numBits, layout);
             else

@@ -244,10 +244,11 @@ TEST(Mpeg4Quantize, ForwardByBothMethods) {
             for (std::size_t i = 0; i < 64; ++i) {
                 if (static_cast<int>(i) < first) continue;
                 const double a = std::fabs(block[i]);
-                const double t = mpeg    ? std::floor((16 * a + matrix[i] / 2) / matrix[i])
+                const Vek32s halfWeight = matrix[i] / 2, halfQp = QP / 2, intraBias = (3 * QP + 2) / 4;
+                const double t = mpeg    ? std::floor((16 * a + halfWeight) / matrix[i])
                                  : intra ? a
-                                         : std::max(a - QP / 2, 0.0);
-                const double more = mpeg && intra ? (3 * QP + 2) / 4 : 0;
+                                         : std::max(a - halfQp, 0.0);
+                const double more = mpeg && intra ? intraBias : 0;
                 const double y = std::min(std::floor((t + more) / (2 * QP)), most);
                 EXPECT_EQ(levels[i], block[i] < 0 ? -y : y) << QP << " " << block[i] << " " << int{matrix[i]};
                 nonZero += levels[i] != 0;

@@ -272,11 +272,12 @@ std::vector<Argument> encodeDc(int low, int high, std::vector<Argument> more) {
     return arguments;
 }
 
-constexpr Kind kIntra = intraOf<mpeg4, Mpeg4Table::intra>, kInter = blockOf<mpeg4, Mpeg4Table::inter, 0>,
-               kIntraRvlc = intraOf<reversible, Mpeg4Table::reversibleIntra>,
-               kInterRvlc = blockOf<reversible, Mpeg4Table::reversibleInter, 0>,
-               kIntraH261 = blockOf<h261Intra, Mpeg4Table::h261, 1>,
-               kInterH261 = blockOf<h261Inter, Mpeg4Table::h261, 0>;
+constexpr Kind kIntra = intraOf<Mpeg4Coding::mpeg4, Mpeg4Table::intra>,
+               kInter = blockOf<Mpeg4Coding::mpeg4, Mpeg4Table::inter, 0>,
+               kIntraRvlc = intraOf<Mpeg4Coding::reversible, Mpeg4Table::reversibleIntra>,
+               kInterRvlc = blockOf<Mpeg4Coding::reversible, Mpeg4Table::reversibleInter, 0>,
+               kIntraH261 = blockOf<Mpeg4Coding::h261Intra, Mpeg4Table::h261, 1>,
+               kInterH261 = blockOf<Mpeg4Coding::h261Inter, Mpeg4Table::h261, 0>;
 
 [[maybe_unused]] const bool kRows[] = {
     row("vekiDecodeDCIntra_MPEG4_1u16s", &vekiDecodeDCIntra_MPEG4_1u16s, decodeDc({flag("videoComp")})),
