@@ -24,9 +24,19 @@ foreach(code ${vekvc_variants})
   endif()
 endforeach()
 
-# The OpenMP runtime by its names: a C project that links the archive needs no OpenMP package of CMake.
+# The OpenMP runtime by its names: a C project that links the archive needs no OpenMP package of CMake. GCC finds its own;
+# that of others lies where CMake found it.
 set(vekvc_openmp_names ${OpenMP_CXX_LIB_NAMES})
-list(TRANSFORM vekvc_openmp_names PREPEND "-l" OUTPUT_VARIABLE vekvc_openmp_flags)
+set(vekvc_openmp_folders)
+set(vekvc_openmp_flags)
+foreach(name ${vekvc_openmp_names})
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    get_filename_component(folder ${OpenMP_${name}_LIBRARY} DIRECTORY)
+    list(APPEND vekvc_openmp_folders ${folder})
+    list(APPEND vekvc_openmp_flags -L${folder})
+  endif()
+  list(APPEND vekvc_openmp_flags -l${name})
+endforeach()
 list(JOIN vekvc_openmp_flags " " vekvc_openmp_flags)
 
 configure_package_config_file(cmake/vekvc-config.cmake.in ${PROJECT_BINARY_DIR}/vekvc-config.cmake
