@@ -6,6 +6,7 @@
 
 #include <stdint.h>
 
+/** Stands before every function of the library. */
 #if defined(__GNUC__)
 #define VEKVC_API __attribute__((visibility("default")))
 #else
