@@ -1,4 +1,6 @@
 // Rows of deblocking, deringing, the loop filter and resampling of MPEG-4, H.263 and H.261.
+#include <cstring>
+
 #include "catalogue.h"
 
 namespace catalogue {
@@ -29,21 +31,20 @@ std::vector<Argument> dering(int n) {
 Argument checkedStep(const char* of) { return step(of).atLeastWidth(); }
 Argument map(const char* name, bool vertical) {
     return in<Vek32s>(name, count(4)).filled([=](Random& random, const Call& c, void* samples, int) {
-        auto* m = static_cast<Vek32s*>(samples);
+        Vek32s m[4];  // what is filled has no alignment
         const double one = static_cast<double>(std::int64_t{1} << c["shift"]);
         const auto number = [&](double low, double high) {
             const double n = (low + (high - low) * static_cast<double>(random() % 4096) / 4096) * one;
             return static_cast<Vek32s>(n < -2e9 ? -2e9 : n > 2e9 ? 2e9 : n);
         };
-        if (random() % 16 == 0) {
-            for (int i = 0; i < 4; ++i) m[i] = static_cast<Vek32s>(random());
-            return;
-        }
         const bool mild = random() % 4 != 0;
         m[0] = mild ? number(-40, 200) : number(-100, 800);
         m[vertical ? 2 : 1] = mild ? number(12, 18) : number(4, 32);
         m[vertical ? 1 : 2] = number(-2, 2);
         m[3] = mild ? number(-0.01, 0.01) : number(-0.1, 0.1);
+        if (random() % 16 == 0)
+            for (Vek32s& value : m) value = static_cast<Vek32s>(random());
+        std::memcpy(samples, m, sizeof m);
     });
 }
 // Bad ones are tested by hand: a row's failures do not know of each other, and here a step's limit is the width.
