@@ -134,7 +134,8 @@ Argument stateArgument() {
 template <class State, class Init>
 State* stateFor(void* function, std::tuple<std::int64_t, std::int64_t, std::int64_t, std::int64_t> parameters,
                 Init&& init) {
-    static std::map<std::pair<void*, decltype(parameters)>, State*> states;
+    // Never destroyed: the states live as long as the program.
+    static auto& states = *new std::map<std::pair<void*, decltype(parameters)>, State*>;
     State*& state = states[{function, parameters}];
     if (state == nullptr && init(&state) != vekStsOk) std::abort();
     return state;
