@@ -47,7 +47,7 @@ inline Vek32s quantFlat(Vek16s* pSrcDst, Vek32s QP) {
 
 // Mismatch control (7.4.4): flips the last bit of the last coefficient if the sum is even. The sum is formed in eight
 // lanes that saturate at 16 bits; joining them does not.
-inline void controlMismatch(Vek16s* pSrcDst) {
+inline void controlMismatchMpeg2(Vek16s* pSrcDst) {
     Vek32s sum = 0;
     for (int lane = 0; lane < 8; ++lane) {
         Vek16s lanes = 0;
@@ -63,7 +63,7 @@ inline void quantInvIntra(Vek16s* pSrcDst, Vek32s QP, const Vek16s* pQuantMatrix
         const Vek16s p = wrap16(wrapMul(wrapMul(x, QP), load<Vek16s>(pQuantMatrix + i)));
         store<Vek16s>(pSrcDst + i, static_cast<Vek16s>(saturate16(p + (x < 0 ? 15 : 0)) >> 4));
     }
-    controlMismatch(pSrcDst);
+    controlMismatchMpeg2(pSrcDst);
 }
 
 inline void quantInv(Vek16s* pSrcDst, Vek32s QP, const Vek16s* pQuantMatrix) {
@@ -75,7 +75,7 @@ inline void quantInv(Vek16s* pSrcDst, Vek32s QP, const Vek16s* pQuantMatrix) {
         const Vek16s withHalf = saturate16(p + (p < 0 ? -half : half));
         store<Vek16s>(pSrcDst + i, static_cast<Vek16s>(saturate16(withHalf + (p < 0 ? 15 : 0)) >> 4));
     }
-    controlMismatch(pSrcDst);
+    controlMismatchMpeg2(pSrcDst);
 }
 
 // The same with all weights 16.
@@ -86,7 +86,7 @@ inline void quantInvFlat(Vek16s* pSrcDst, Vek32s QP) {
         const Vek16s p = wrap16(wrapMul(t, QP));
         store<Vek16s>(pSrcDst + i, static_cast<Vek16s>((p + (x < 0 ? 1 : 0)) >> 1));
     }
-    controlMismatch(pSrcDst);
+    controlMismatchMpeg2(pSrcDst);
 }
 
 }  // namespace vekvc::plain

@@ -23,7 +23,7 @@ constexpr Vek32s dequantizeMpeg(Vek32s level, Vek32s weight, Vek32s QP) {
 }
 
 // Mismatch control: the sum of all coefficients is made odd (7.4.4.5).
-inline void controlMismatch(Vek16s* block) {
+inline void controlMismatchMpeg4(Vek16s* block) {
     Vek32s sum = 0;
     for (int i = 0; i < 64; ++i) sum += load<Vek16s>(block + i);
     const Vek32s last = load<Vek16s>(block + 63);
@@ -40,7 +40,7 @@ void quantInvMpeg4(Vek16s* block, const mpeg4::InverseQuantizer& q, Vek32s QP, V
                                             : dequantizeH263(level, QP);
         store(block + i, static_cast<Vek16s>(clip3(-q.largest() - 1, q.largest(), c)));
     }
-    if (q.hasMatrix != 0) controlMismatch(block);
+    if (q.hasMatrix != 0) controlMismatchMpeg4(block);
 }
 
 // Blocks of H.263 and H.261.
