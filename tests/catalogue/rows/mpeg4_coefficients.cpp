@@ -4,7 +4,7 @@
 
 #include "../../support/mpeg4.h"
 #include "catalogue.h"
-#include "mpeg4_specification.h"
+#include "mpeg4_quantizer_buffers.h"
 
 namespace catalogue {
 namespace {

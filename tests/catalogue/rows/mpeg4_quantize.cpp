@@ -1,6 +1,6 @@
 // Rows of the quantizers of MPEG-4, H.263 and H.261 and of the prediction of intra coefficients.
 #include "catalogue.h"
-#include "mpeg4_specification.h"
+#include "mpeg4_quantizer_buffers.h"
 #include "optional.h"
 
 namespace catalogue {

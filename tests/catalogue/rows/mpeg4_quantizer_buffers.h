@@ -1,6 +1,6 @@
-// The specification buffers that the rows of MPEG-4 hand to its exports.
-#ifndef VEKVC_TESTS_CATALOGUE_MPEG4_SPECIFICATION_H
-#define VEKVC_TESTS_CATALOGUE_MPEG4_SPECIFICATION_H
+// The quantizer buffers (pSpec) that the rows of MPEG-4 hand to its exports.
+#ifndef VEKVC_TESTS_CATALOGUE_MPEG4_QUANTIZER_BUFFERS_H
+#define VEKVC_TESTS_CATALOGUE_MPEG4_QUANTIZER_BUFFERS_H
 
 #include <algorithm>
 #include <array>
