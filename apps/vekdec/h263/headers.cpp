@@ -3,6 +3,8 @@
 #include <numeric>
 #include <string>
 
+#include "bits/sample_aspect.h"
+
 namespace vekdec::h263 {
 namespace {
 
@@ -43,7 +45,6 @@ unsigned parseOptionalType(ByteReader& bits, Modes& modes) {
 
 // CPFMT and EPAR (5.1.5, 5.1.6).
 void parseCustomSize(ByteReader& bits, Modes& modes) {
-    static constexpr vekapp::Rational kAspects[] = {{}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};
     const unsigned aspect = bits.u(4);
     modes.width = 4 * (number(bits, 9) + 1);
     expect(bits, 1, 1);
@@ -52,7 +53,7 @@ void parseCustomSize(ByteReader& bits, Modes& modes) {
         modes.sampleAspect.num = number(bits, 8);
         modes.sampleAspect.den = number(bits, 8);
     } else {
-        modes.sampleAspect = aspect < std::size(kAspects) ? kAspects[aspect] : vekapp::Rational{};
+        modes.sampleAspect = numberedSampleAspect(aspect, 5);
     }
     if (modes.height == 0) throw BadSyntax("the picture height is 0");
 }

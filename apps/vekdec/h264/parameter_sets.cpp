@@ -5,6 +5,8 @@
 #include <iterator>
 #include <numeric>
 
+#include "bits/sample_aspect.h"
+
 namespace vekdec::h264 {
 namespace {
 
@@ -87,11 +89,6 @@ void skipHrd(BitReader& bits) {
     bits.u(20);
 }
 
-// Table E-1, from aspect_ratio_idc 1 on.
-constexpr vekapp::Rational kSampleAspects[] = {{1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33}, {24, 11},
-                                               {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11}, {64, 33},
-                                               {160, 99}, {4, 3},   {3, 2},   {2, 1}};
-
 // vui_parameters(), E.1.1: the bitstream restriction, and what a viewer must know.
 void parseVui(BitReader& bits, SequenceParameterSet& sps) {
     if (bits.flag()) {  // aspect_ratio_info
@@ -99,8 +96,8 @@ void parseVui(BitReader& bits, SequenceParameterSet& sps) {
         if (idc == 255) {  // Extended_SAR
             sps.sampleAspect.num = static_cast<int>(bits.u(16));
             sps.sampleAspect.den = static_cast<int>(bits.u(16));
-        } else if (idc >= 1 && idc <= std::size(kSampleAspects)) {
-            sps.sampleAspect = kSampleAspects[idc - 1];
+        } else {
+            sps.sampleAspect = numberedSampleAspect(idc, 16);
         }
     }
     if (bits.flag()) bits.flag();  // overscan

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "bits/code_table.h"
+#include "bits/sample_aspect.h"
 #include "bits/scan.h"
 
 namespace vekdec::mpeg4 {
@@ -115,13 +116,12 @@ Layer parseLayer(ByteReader& bits) {
         version = number(bits, 4);
         bits.u(3);  // priority
     }
-    static constexpr vekapp::Rational kAspects[] = {{}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};  // Table 6-12
     const unsigned aspect = bits.u(4);
     if (aspect == 15) {
         layer.sampleAspect.num = number(bits, 8);
         layer.sampleAspect.den = number(bits, 8);
-    } else if (aspect < std::size(kAspects)) {
-        layer.sampleAspect = kAspects[aspect];
+    } else {
+        layer.sampleAspect = numberedSampleAspect(aspect, 5);
     }
     if (bits.flag()) {  // vol_control_parameters
         if (bits.u(2) != 1) throw NotSupported("MPEG-4 with chroma other than 4:2:0");

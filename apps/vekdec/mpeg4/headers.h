@@ -14,10 +14,7 @@ enum StartCode : std::uint8_t {
     kLastVideoObject = 0x1f,
     kFirstLayer = 0x20,
     kLastLayer = 0x2f,
-    kSequenceStart = 0xb0,
-    kSequenceEnd = 0xb1,
     kGroupOfVops = 0xb3,
-    kVisualObject = 0xb5,
     kVop = 0xb6,
 };
 

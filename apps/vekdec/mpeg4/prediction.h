@@ -12,7 +12,7 @@ struct VopContext {
     const Vop* vop = nullptr;
     Picture* picture = nullptr;
     const Picture* reference[2] = {nullptr, nullptr};  // forward, backward
-    const Vek8u* warp = nullptr;                       // specification of the global motion
+    const Vek8u* warp = nullptr;                       // the global motion as the library keeps it
     // B-VOPs: distances of this VOP and of the backward reference from the forward one, in ticks and in fields.
     std::int64_t trb = 0, trd = 0, trbFields = 0, trdFields = 0;
 };

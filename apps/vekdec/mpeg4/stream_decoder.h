@@ -38,7 +38,7 @@ class StreamDecoder : public Decoder {
     void dropAnchors();
     void damage(const std::string& what);
 
-    static constexpr std::size_t kWarpBytes = 384;
+    static constexpr std::size_t kWarpBytes = 384;  // as vekiWarpGetSize_MPEG4 tells
 
     Sinks sinks_;
     DecoderOptions options_;
@@ -58,7 +58,7 @@ class StreamDecoder : public Decoder {
     PicturePtr anchors_[2];        // older, newer
     bool newerShown_ = true;
     const Picture* shown_ = nullptr;  // during Sinks::frame
-    alignas(8) Vek8u warp_[kWarpBytes];
+    Vek8u warp_[kWarpBytes];
 
     // Counted.
     long frames_ = 0, pictures_ = 0, damaged_ = 0, leftOutPictures_ = 0, notCoded_ = 0;

@@ -7,7 +7,6 @@
 namespace vekdec::mpeg4 {
 
 void Dequantizers::init(const Layer& layer) {
-    static_assert(sizeof intra_ == kBytes);
     vekiQuantInvIntraInit_MPEG4(intra_, layer.mpegQuantizer ? layer.intraMatrix.data() : nullptr, 8);
     vekiQuantInvInterInit_MPEG4(inter_, layer.mpegQuantizer ? layer.interMatrix.data() : nullptr, 8);
 }

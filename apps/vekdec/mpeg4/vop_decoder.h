@@ -11,7 +11,7 @@
 
 namespace vekdec::mpeg4 {
 
-// The specification buffers of the inverse quantizers.
+// The inverse quantizers as the library keeps them.
 class Dequantizers {
   public:
     void init(const Layer& layer);
@@ -19,7 +19,7 @@ class Dequantizers {
     const Vek8u* inter() const { return inter_; }
 
   private:
-    static constexpr std::size_t kBytes = 160;
+    static constexpr std::size_t kBytes = 156;  // as vekiQuantInvIntraGetSize_MPEG4 tells
     Vek8u intra_[kBytes], inter_[kBytes];
 };
 

@@ -3,6 +3,8 @@
 #include <numeric>
 #include <string>
 
+#include "bits/sample_aspect.h"
+
 namespace vekdec::vc1 {
 namespace {
 
@@ -18,9 +20,6 @@ vekapp::Rational reduced(int num, int den) {
 
 // 6.1.14.
 void parseDisplayExtension(WordReader& bits, Sequence& s) {
-    static constexpr vekapp::Rational kAspects[14] = {{},       {1, 1},   {12, 11}, {10, 11}, {16, 11},
-                                                      {40, 33}, {24, 11}, {20, 11}, {32, 11}, {80, 33},
-                                                      {18, 11}, {15, 11}, {64, 33}, {160, 99}};
     static constexpr int kRates[8] = {0, 24, 25, 30, 50, 60, 48, 72};
     bits.u(28);         // DISP_HORIZ_SIZE, DISP_VERT_SIZE
     if (bits.flag()) {  // ASPECT_RATIO_FLAG
@@ -28,8 +27,8 @@ void parseDisplayExtension(WordReader& bits, Sequence& s) {
         if (aspect == 15) {
             const int across = static_cast<int>(bits.u(8)) + 1, down = static_cast<int>(bits.u(8)) + 1;
             s.sampleAspect = reduced(across, down);
-        } else if (aspect < 14) {
-            s.sampleAspect = kAspects[aspect];
+        } else {
+            s.sampleAspect = numberedSampleAspect(aspect, 13);
         }
     }
     if (bits.flag()) {  // FRAMERATE_FLAG
