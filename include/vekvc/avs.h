@@ -167,6 +167,12 @@ VEKVC_API VekStatus vekiReconstructChromaIntraMB_AVS_16s8u_P2R(Vek16s** ppCoeffs
 
 /** Adds the residual of the coded chroma blocks to the prediction; the arguments are those of
  *  vekiReconstructChromaIntraMB_AVS_16s8u_P2R().
+ *  @param[in,out] ppCoeffs  the packed coefficients; moved behind those of the coded blocks
+ *  @param[in,out] pSrcDstU  8x8 samples of Cb
+ *  @param[in,out] pSrcDstV  8x8 samples of Cr
+ *  @param srcDstStep        bytes between rows, of both
+ *  @param cbp               bits 4 and 5
+ *  @param chromaQP          0 to 51: the value of the chroma QP table
  *  @return vekStsOk; vekStsErrNullPtr; vekStsErrOutOfRange for @p chromaQP
  */
 VEKVC_API VekStatus vekiReconstructChromaInterMB_AVS_16s8u_P2R(Vek16s** ppCoeffs, Vek8u* pSrcDstU, Vek8u* pSrcDstV,

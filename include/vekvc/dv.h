@@ -127,17 +127,33 @@ VEKVC_API VekStatus vekiDCT8x8Fwd248_DV_16s_C1I(Vek16s* pSrcDst);
  *  - 4:2:2: 32 bytes in 8 rows;
  *  - DV100, by bits 0 and 1 of `layout`: 0 frame order, 1 field order (Y0 Y1 Cr0 Cb0 are the even rows), 32 bytes in 16
  *    rows; 2 and 3 the macroblock of 32x8 samples in the bottom row of 1080 lines, 64 bytes in 8 rows.
- *  @param[in] pSrc   the macroblock's blocks of samples: 6 (4:1:1, 4:2:0), 4 (4:2:2) or 8 (DV100)
+ *  @param[in] pSrc   the macroblock's blocks of samples: 6 (4:2:0) or 4 (4:2:2)
  *  @param[out] pDst  the Cb byte of the macroblock's first luma sample
  *  @param dstStep    bytes between rows that follow one another in the picture, for fields too
  *  @return vekStsOk; vekStsErrNullPtr
  */
-VEKVC_API VekStatus vekiYCrCb411ToCbYCr422_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep, Vek32s edge);
 VEKVC_API VekStatus vekiYCrCb420ToCbYCr422_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
 VEKVC_API VekStatus vekiYCrCb422ToCbYCr422_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
+/** @} */
+
+/** vekiYCrCb420ToCbYCr422_DV_16s8u_C2R() for 4:1:1.
+ *  @param[in] pSrc   the macroblock's 6 blocks of samples
+ *  @param[out] pDst  the Cb byte of the macroblock's first luma sample
+ *  @param dstStep    bytes between rows that follow one another in the picture, for fields too
+ *  @param edge       bit 0: the macroblock lies at the right edge of the picture and has 16x16 samples
+ *  @return vekStsOk; vekStsErrNullPtr
+ */
+VEKVC_API VekStatus vekiYCrCb411ToCbYCr422_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep, Vek32s edge);
+
+/** vekiYCrCb420ToCbYCr422_DV_16s8u_C2R() for DV100.
+ *  @param[in] pSrc   the macroblock's 8 blocks of samples
+ *  @param[out] pDst  the Cb byte of the macroblock's first luma sample
+ *  @param dstStep    bytes between rows that follow one another in the picture, for fields too
+ *  @param layout     bits 0 and 1: 0 frame order, 1 field order, 2 and 3 the macroblock of 32x8 samples
+ *  @return vekStsOk; vekStsErrNullPtr
+ */
 VEKVC_API VekStatus vekiYCrCb422ToCbYCr422_DV100_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep,
                                                            Vek32s layout);
-/** @} */
 
 /** @name Conversion to reduced interleaved 4:2:2
  *  @{ */
@@ -151,15 +167,33 @@ VEKVC_API VekStatus vekiYCrCb422ToCbYCr422_DV100_16s8u_C2R(const Vek16s* pSrc, V
  *  @param zoom       bits 0 and 1: 0 full size, 1 half, 2 a quarter, 3 an eighth
  *  @return vekStsOk; vekStsErrNullPtr
  */
-VEKVC_API VekStatus vekiYCrCb411ToCbYCr422ZoomOut_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep,
-                                                               Vek32s edge, Vek32s zoom);
 VEKVC_API VekStatus vekiYCrCb420ToCbYCr422ZoomOut_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep,
                                                                Vek32s zoom);
 VEKVC_API VekStatus vekiYCrCb422ToCbYCr422ZoomOut_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep,
                                                                Vek32s zoom);
+/** @} */
+
+/** vekiYCrCb420ToCbYCr422ZoomOut_DV_16s8u_C2R() for 4:1:1.
+ *  @param[in] pSrc   the macroblock's 6 blocks of samples
+ *  @param[out] pDst  the Cb byte of the reduced macroblock
+ *  @param dstStep    bytes between rows of the reduced picture
+ *  @param edge       as in vekiYCrCb411ToCbYCr422_DV_16s8u_C2R()
+ *  @param zoom       bits 0 and 1: 0 full size, 1 half, 2 a quarter, 3 an eighth
+ *  @return vekStsOk; vekStsErrNullPtr
+ */
+VEKVC_API VekStatus vekiYCrCb411ToCbYCr422ZoomOut_DV_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep,
+                                                               Vek32s edge, Vek32s zoom);
+
+/** vekiYCrCb420ToCbYCr422ZoomOut_DV_16s8u_C2R() for DV100.
+ *  @param[in] pSrc   the macroblock's 8 blocks of samples
+ *  @param[out] pDst  the Cb byte of the reduced macroblock
+ *  @param dstStep    bytes between rows of the reduced picture
+ *  @param layout     as in vekiYCrCb422ToCbYCr422_DV100_16s8u_C2R()
+ *  @param zoom       bits 0 and 1: 0 full size, 1 half, 2 a quarter, 3 an eighth
+ *  @return vekStsOk; vekStsErrNullPtr
+ */
 VEKVC_API VekStatus vekiYCrCb422ToCbYCr422ZoomOut_DV100_16s8u_C2R(const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep,
                                                                   Vek32s layout, Vek32s zoom);
-/** @} */
 
 #ifdef __cplusplus
 }

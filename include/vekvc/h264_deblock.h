@@ -103,7 +103,15 @@ VEKVC_API VekStatus vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR(Vek8u* pSrcDst
                                                                   const Vek8u* pThresholds, const Vek8u* pBs);
 
 /** The four horizontal edges of a luma macroblock, y = 0, 4, 8, 12, top to bottom. Arguments and status as
- *  vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR; the rows above belong to edge 0. */
+ *  vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR; the rows above belong to edge 0.
+ *  @param pSrcDst     the macroblock's top-left sample; the rows above belong to edge 0
+ *  @param srcDstStep  row step, in bytes
+ *  @param pAlpha      2 values: edge 0, edges 1 to 3
+ *  @param pBeta       2 values likewise
+ *  @param pThresholds 16 values of tc0
+ *  @param pBs         16 strengths
+ *  @return as vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep,
                                                                   const Vek8u* pAlpha, const Vek8u* pBeta,
                                                                   const Vek8u* pThresholds, const Vek8u* pBs);
@@ -121,24 +129,56 @@ VEKVC_API VekStatus vekiFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR(Vek8u* p
                                                                         const Vek8u* pBs);
 
 /** The two vertical edges of one 8x8 chroma block of a 4:2:0 picture, x = 0 and 4. Arguments and status as
- *  vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR; strengths 0..3 and 8..11 and thresholds 0..7 are read. */
+ *  vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR; strengths 0..3 and 8..11 and thresholds 0..7 are read.
+ *  @param pSrcDst     the block's top-left sample; the columns to its left belong to edge 0
+ *  @param srcDstStep  row step, in bytes
+ *  @param pAlpha      2 values: edge 0, the other edge
+ *  @param pBeta       2 values likewise
+ *  @param pThresholds 8 values of tc0
+ *  @param pBs         12 strengths, of which 0..3 and 8..11 count
+ *  @return as vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep,
                                                                     const Vek8u* pAlpha, const Vek8u* pBeta,
                                                                     const Vek8u* pThresholds, const Vek8u* pBs);
 
-/** The two horizontal edges of one 8x8 chroma block of a 4:2:0 picture, y = 0 and 4; operands as the VerEdge form. */
+/** The two horizontal edges of one 8x8 chroma block of a 4:2:0 picture, y = 0 and 4; operands as the VerEdge form.
+ *  @param pSrcDst     the block's top-left sample; the rows above belong to edge 0
+ *  @param srcDstStep  row step, in bytes
+ *  @param pAlpha      2 values: edge 0, the other edge
+ *  @param pBeta       2 values likewise
+ *  @param pThresholds 8 values of tc0
+ *  @param pBs         12 strengths, of which 0..3 and 8..11 count
+ *  @return as vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingChroma_HorEdge_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep,
                                                                     const Vek8u* pAlpha, const Vek8u* pBeta,
                                                                     const Vek8u* pThresholds, const Vek8u* pBs);
 
 /** The two vertical edges of both 8x8 chroma blocks, interleaved (Cb, Cr, Cb, Cr, ...), at pairs 0 and 4; operands as
- *  vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR, the same for both components. */
+ *  vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR, the same for both components.
+ *  @param pSrcDst     the blocks' top-left pair; the pairs to its left belong to edge 0
+ *  @param srcDstStep  row step, in bytes
+ *  @param pAlpha      2 values: edge 0, the other edge
+ *  @param pBeta       2 values likewise
+ *  @param pThresholds 8 values of tc0
+ *  @param pBs         12 strengths, of which 0..3 and 8..11 count
+ *  @return as vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingChroma_VerEdge_H264_8u_C2IR(Vek8u* pSrcDst, Vek32s srcDstStep,
                                                                     const Vek8u* pAlpha, const Vek8u* pBeta,
                                                                     const Vek8u* pThresholds, const Vek8u* pBs);
 
 /** The two horizontal edges of both 8x8 chroma blocks, interleaved, at rows 0 and 4; operands as
- *  vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR, the same for both components. */
+ *  vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR, the same for both components.
+ *  @param pSrcDst     the blocks' top-left pair; the rows above belong to edge 0
+ *  @param srcDstStep  row step, in bytes
+ *  @param pAlpha      2 values: edge 0, the other edge
+ *  @param pBeta       2 values likewise
+ *  @param pThresholds 8 values of tc0
+ *  @param pBs         12 strengths, of which 0..3 and 8..11 count
+ *  @return as vekiFilterDeblockingChroma_VerEdge_H264_8u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingChroma_HorEdge_H264_8u_C2IR(Vek8u* pSrcDst, Vek32s srcDstStep,
                                                                     const Vek8u* pAlpha, const Vek8u* pBeta,
                                                                     const Vek8u* pThresholds, const Vek8u* pBs);
@@ -181,7 +221,10 @@ VEKVC_API VekStatus vekiFilterDeblockingChroma422VerEdgeMBAFF_H264_8u_C1IR(const
  */
 VEKVC_API VekStatus vekiFilterDeblockingLumaVerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams);
 
-/** vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR for 16-bit samples; as the VerEdge form. */
+/** vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR for 16-bit samples; as the VerEdge form.
+ *  @param pParams the edges, their thresholds and strengths (see VekDeblockingParams16u)
+ *  @return as vekiFilterDeblockingLumaVerEdge_H264_16u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingLumaHorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams);
 
 /** vekiFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR for 16-bit samples: `pAlpha[0]` and `pBeta[0]`, four strengths
@@ -197,7 +240,10 @@ VEKVC_API VekStatus vekiFilterDeblockingLumaVerEdgeMBAFF_H264_16u_C1IR(const Vek
  */
 VEKVC_API VekStatus vekiFilterDeblockingChromaVerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams);
 
-/** vekiFilterDeblockingChroma_HorEdge_H264_8u_C1IR for 16-bit samples; as the VerEdge form. */
+/** vekiFilterDeblockingChroma_HorEdge_H264_8u_C1IR for 16-bit samples; as the VerEdge form.
+ *  @param pParams the edges, their thresholds and strengths (see VekDeblockingParams16u)
+ *  @return as vekiFilterDeblockingChromaVerEdge_H264_16u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingChromaHorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams);
 
 /** vekiFilterDeblockingChroma_VerEdge_MBAFF_H264_8u_C1IR for 16-bit samples: `pAlpha[0]` and `pBeta[0]`, four strengths
@@ -207,10 +253,16 @@ VEKVC_API VekStatus vekiFilterDeblockingChromaHorEdge_H264_16u_C1IR(const VekDeb
  */
 VEKVC_API VekStatus vekiFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR(const VekDeblockingParams16u* pParams);
 
-/** vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR for 16-bit samples; status likewise. */
+/** vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR for 16-bit samples; status likewise.
+ *  @param pParams the edges, their thresholds and strengths (see VekDeblockingParams16u)
+ *  @return as vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingChroma422VerEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams);
 
-/** vekiFilterDeblockingChroma422HorEdge_H264_8u_C1IR for 16-bit samples; status likewise. */
+/** vekiFilterDeblockingChroma422HorEdge_H264_8u_C1IR for 16-bit samples; status likewise.
+ *  @param pParams the edges, their thresholds and strengths (see VekDeblockingParams16u)
+ *  @return as vekiFilterDeblockingChroma422HorEdge_H264_8u_C1IR
+ */
 VEKVC_API VekStatus vekiFilterDeblockingChroma422HorEdge_H264_16u_C1IR(const VekDeblockingParams16u* pParams);
 
 /** Not provided: see the head of this file for the calls that do it.

@@ -76,6 +76,12 @@ VEKVC_API VekStatus vekiInterpolateLuma_H264_8u_C1R(const Vek8u* pSrc, Vek32s sr
                                                     Vek32s dx, Vek32s dy, VekiSize roiSize);
 
 /** Luma block at a quarter-sample position, 16-bit samples. As vekiInterpolateLuma_H264_8u_C1R, and:
+ *  @param pSrc     the integer sample of the reference that the block's first sample starts from
+ *  @param srcStep  row step of the reference, in bytes
+ *  @param pDst     the block to write
+ *  @param dstStep  its row step, in bytes
+ *  @param dx,dy    fractions xFracL and yFracL, 0 to 3; (0, 0) copies the block
+ *  @param roiSize  the block's size: width a sum of 4, 8 and 16, height a multiple of 4
  *  @param bitDepth 8 to 14; results are clipped to 0 .. 2^bitDepth - 1
  *  @return also vekStsErrOutOfRange (bitDepth)
  */
@@ -85,27 +91,64 @@ VEKVC_API VekStatus vekiInterpolateLuma_H264_16u_C1R(const Vek16u* pSrc, Vek32s 
 /** Luma block whose reference reaches above the picture: rows above the picture's first row repeat that row and are
  *  never read. As vekiInterpolateLuma_H264_8u_C1R, and:
  *  @param pSrc      the block's position as if the picture went on upwards
- *  @param outPixels the number of rows by which the block's first row lies above the picture's first row; 0 or negative
- *                   when the block starts inside. The picture's first row is at pSrc + outPixels * srcStep.
+ *  @param srcStep   row step of the reference, in bytes
+ *  @param pDst      the block to write
+ *  @param dstStep   its row step, in bytes
+ *  @param dx,dy     fractions xFracL and yFracL, 0 to 3; (0, 0) copies the block
+ *  @param outPixels the number of rows by which the block's first row lies above the picture's first row; 0 or
+ *                   negative when the block starts inside. The picture's first row is at pSrc + outPixels * srcStep.
+ *  @param roiSize   the block's size: width a sum of 4, 8 and 16, height a multiple of 4
+ *  @return as vekiInterpolateLuma_H264_8u_C1R
  */
 VEKVC_API VekStatus vekiInterpolateLumaTop_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                        Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize);
 
 /** Luma block whose reference reaches below the picture: rows below the picture's last row repeat that row and are
  *  never read. The mirror of vekiInterpolateLumaTop_H264_8u_C1R:
+ *  @param pSrc      the block's position as if the picture went on downwards
+ *  @param srcStep   row step of the reference, in bytes
+ *  @param pDst      the block to write
+ *  @param dstStep   its row step, in bytes
+ *  @param dx,dy     fractions xFracL and yFracL, 0 to 3; (0, 0) copies the block
  *  @param outPixels the number of rows by which the block's last row lies below the picture's last row; 0 or negative
- *    when the block ends inside. The picture's last row is at pSrc + (roiSize.height - 1 - outPixels) * srcStep.
+ *                   when the block ends inside. The picture's last row is at pSrc + (roiSize.height - 1 - outPixels) *
+ *                   srcStep.
+ *  @param roiSize   the block's size: width a sum of 4, 8 and 16, height a multiple of 4
+ *  @return as vekiInterpolateLumaTop_H264_8u_C1R
  */
 VEKVC_API VekStatus vekiInterpolateLumaBottom_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
                                                           Vek32s dstStep, Vek32s dx, Vek32s dy, Vek32s outPixels,
                                                           VekiSize roiSize);
 
-/** vekiInterpolateLumaTop_H264_8u_C1R for 16-bit samples; `bitDepth` as in vekiInterpolateLuma_H264_16u_C1R. */
+/** vekiInterpolateLumaTop_H264_8u_C1R for 16-bit samples; `bitDepth` as in vekiInterpolateLuma_H264_16u_C1R.
+ *  @param pSrc      the block's position as if the picture went on upwards
+ *  @param srcStep   row step of the reference, in bytes
+ *  @param pDst      the block to write
+ *  @param dstStep   its row step, in bytes
+ *  @param dx,dy     fractions xFracL and yFracL, 0 to 3; (0, 0) copies the block
+ *  @param outPixels the number of rows by which the block's first row lies above the picture's first row; 0 or
+ *                   negative when the block starts inside. The picture's first row is at pSrc + outPixels * srcStep.
+ *  @param roiSize   the block's size: width a sum of 4, 8 and 16, height a multiple of 4
+ *  @param bitDepth  8 to 14; results are clipped to 0 .. 2^bitDepth - 1
+ *  @return as vekiInterpolateLuma_H264_16u_C1R
+ */
 VEKVC_API VekStatus vekiInterpolateLumaTop_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst,
                                                         Vek32s dstStep, Vek32s dx, Vek32s dy, Vek32s outPixels,
                                                         VekiSize roiSize, Vek32s bitDepth);
 
-/** vekiInterpolateLumaBottom_H264_8u_C1R for 16-bit samples; `bitDepth` as in vekiInterpolateLuma_H264_16u_C1R. */
+/** vekiInterpolateLumaBottom_H264_8u_C1R for 16-bit samples; `bitDepth` as in vekiInterpolateLuma_H264_16u_C1R.
+ *  @param pSrc      the block's position as if the picture went on downwards
+ *  @param srcStep   row step of the reference, in bytes
+ *  @param pDst      the block to write
+ *  @param dstStep   its row step, in bytes
+ *  @param dx,dy     fractions xFracL and yFracL, 0 to 3; (0, 0) copies the block
+ *  @param outPixels the number of rows by which the block's last row lies below the picture's last row; 0 or negative
+ *                   when the block ends inside. The picture's last row is at pSrc + (roiSize.height - 1 - outPixels) *
+ *                   srcStep.
+ *  @param roiSize   the block's size: width a sum of 4, 8 and 16, height a multiple of 4
+ *  @param bitDepth  8 to 14; results are clipped to 0 .. 2^bitDepth - 1
+ *  @return as vekiInterpolateLuma_H264_16u_C1R
+ */
 VEKVC_API VekStatus vekiInterpolateLumaBottom_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst,
                                                            Vek32s dstStep, Vek32s dx, Vek32s dy, Vek32s outPixels,
                                                            VekiSize roiSize, Vek32s bitDepth);
@@ -123,6 +166,12 @@ VEKVC_API VekStatus vekiInterpolateChroma_H264_8u_C1R(const Vek8u* pSrc, Vek32s 
                                                       Vek32s dx, Vek32s dy, VekiSize roiSize);
 
 /** Chroma block at an eighth-sample position, 16-bit samples. As vekiInterpolateChroma_H264_8u_C1R, and:
+ *  @param pSrc     the integer sample of the reference that the block's first sample starts from
+ *  @param srcStep  row step of the reference, in bytes
+ *  @param pDst     the block to write
+ *  @param dstStep  its row step, in bytes
+ *  @param dx,dy    fractions xFracC and yFracC, 0 to 7; (0, 0) copies the block
+ *  @param roiSize  the block's size: width a sum of 2, 4 and 8, height even
  *  @param bitDepth 8 to 14; checked, the result does not depend on it
  *  @return also vekStsErrOutOfRange (bitDepth)
  */
@@ -142,21 +191,65 @@ VEKVC_API VekStatus vekiInterpolateChroma_H264_16u_C1R(const Vek16u* pSrc, Vek32
 VEKVC_API VekStatus vekiInterpolateChroma_H264_8u_C2P2R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDstCb, Vek8u* pDstCr,
                                                         Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize roiSize);
 
-/** Chroma block whose reference reaches above the picture; `outPixels` as in vekiInterpolateLumaTop_H264_8u_C1R. */
+/** Chroma block whose reference reaches above the picture; `outPixels` as in vekiInterpolateLumaTop_H264_8u_C1R.
+ *  @param pSrc      the block's position as if the picture went on upwards
+ *  @param srcStep   row step of the reference, in bytes
+ *  @param pDst      the block to write
+ *  @param dstStep   its row step, in bytes
+ *  @param dx,dy     fractions xFracC and yFracC, 0 to 7; (0, 0) copies the block
+ *  @param outPixels the number of rows by which the block's first row lies above the picture's first row; 0 or
+ *                   negative when the block starts inside. The picture's first row is at pSrc + outPixels * srcStep.
+ *  @param roiSize   the block's size: width a sum of 2, 4 and 8, height even
+ *  @return as vekiInterpolateChroma_H264_8u_C1R
+ */
 VEKVC_API VekStatus vekiInterpolateChromaTop_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                          Vek32s dx, Vek32s dy, Vek32s outPixels, VekiSize roiSize);
 
-/** Chroma block whose reference reaches below the picture; `outPixels` as in vekiInterpolateLumaBottom_H264_8u_C1R. */
+/** Chroma block whose reference reaches below the picture; `outPixels` as in vekiInterpolateLumaBottom_H264_8u_C1R.
+ *  @param pSrc      the block's position as if the picture went on downwards
+ *  @param srcStep   row step of the reference, in bytes
+ *  @param pDst      the block to write
+ *  @param dstStep   its row step, in bytes
+ *  @param dx,dy     fractions xFracC and yFracC, 0 to 7; (0, 0) copies the block
+ *  @param outPixels the number of rows by which the block's last row lies below the picture's last row; 0 or negative
+ *                   when the block ends inside. The picture's last row is at pSrc + (roiSize.height - 1 - outPixels) *
+ *                   srcStep.
+ *  @param roiSize   the block's size: width a sum of 2, 4 and 8, height even
+ *  @return as vekiInterpolateChroma_H264_8u_C1R
+ */
 VEKVC_API VekStatus vekiInterpolateChromaBottom_H264_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
                                                             Vek32s dstStep, Vek32s dx, Vek32s dy, Vek32s outPixels,
                                                             VekiSize roiSize);
 
-/** vekiInterpolateChromaTop_H264_8u_C1R for 16-bit samples; `bitDepth` as in vekiInterpolateChroma_H264_16u_C1R. */
+/** vekiInterpolateChromaTop_H264_8u_C1R for 16-bit samples; `bitDepth` as in vekiInterpolateChroma_H264_16u_C1R.
+ *  @param pSrc      the block's position as if the picture went on upwards
+ *  @param srcStep   row step of the reference, in bytes
+ *  @param pDst      the block to write
+ *  @param dstStep   its row step, in bytes
+ *  @param dx,dy     fractions xFracC and yFracC, 0 to 7; (0, 0) copies the block
+ *  @param outPixels the number of rows by which the block's first row lies above the picture's first row; 0 or
+ *                   negative when the block starts inside. The picture's first row is at pSrc + outPixels * srcStep.
+ *  @param roiSize   the block's size: width a sum of 2, 4 and 8, height even
+ *  @param bitDepth  8 to 14; results are clipped to 0 .. 2^bitDepth - 1
+ *  @return as vekiInterpolateChroma_H264_16u_C1R
+ */
 VEKVC_API VekStatus vekiInterpolateChromaTop_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst,
                                                           Vek32s dstStep, Vek32s dx, Vek32s dy, Vek32s outPixels,
                                                           VekiSize roiSize, Vek32s bitDepth);
 
-/** vekiInterpolateChromaBottom_H264_8u_C1R for 16-bit samples; `bitDepth` as in vekiInterpolateChroma_H264_16u_C1R. */
+/** vekiInterpolateChromaBottom_H264_8u_C1R for 16-bit samples; `bitDepth` as in vekiInterpolateChroma_H264_16u_C1R.
+ *  @param pSrc      the block's position as if the picture went on downwards
+ *  @param srcStep   row step of the reference, in bytes
+ *  @param pDst      the block to write
+ *  @param dstStep   its row step, in bytes
+ *  @param dx,dy     fractions xFracC and yFracC, 0 to 7; (0, 0) copies the block
+ *  @param outPixels the number of rows by which the block's last row lies below the picture's last row; 0 or negative
+ *                   when the block ends inside. The picture's last row is at pSrc + (roiSize.height - 1 - outPixels) *
+ *                   srcStep.
+ *  @param roiSize   the block's size: width a sum of 2, 4 and 8, height even
+ *  @param bitDepth  8 to 14; results are clipped to 0 .. 2^bitDepth - 1
+ *  @return as vekiInterpolateChroma_H264_16u_C1R
+ */
 VEKVC_API VekStatus vekiInterpolateChromaBottom_H264_16u_C1R(const Vek16u* pSrc, Vek32s srcStep, Vek16u* pDst,
                                                              Vek32s dstStep, Vek32s dx, Vek32s dy, Vek32s outPixels,
                                                              VekiSize roiSize, Vek32s bitDepth);
@@ -172,7 +265,11 @@ VEKVC_API VekStatus vekiInterpolateBlock_H264_8u_P2P1R(const Vek8u* pSrc1, const
                                                        Vek32s width, Vek32s height, Vek32s step);
 
 /** Average of two predictions with a step for each block. As vekiInterpolateBlock_H264_8u_P2P1R, and:
+ *  @param pSrc1,pSrc2            the predictions
+ *  @param pDst                   the block to write; may be one of the sources
+ *  @param width,height           2 to 16 each, odd values too
  *  @param src1Step,src2Step,dstStep row steps of `pSrc1`, `pSrc2` and `pDst`, in bytes
+ *  @return as vekiInterpolateBlock_H264_8u_P2P1R
  */
 VEKVC_API VekStatus vekiInterpolateBlock_H264_8u_P3P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst,
                                                        Vek32s width, Vek32s height, Vek32s src1Step, Vek32s src2Step,
@@ -186,6 +283,7 @@ VEKVC_API VekStatus vekiInterpolateBlock_H264_8u_P3P1R(const Vek8u* pSrc1, const
 VEKVC_API VekStatus vekiInterpolateLumaBlock_H264_8u_P1R(const VekInterpolationBlock* pBlock);
 
 /** vekiInterpolateLumaBlock_H264_8u_P1R for 16-bit samples.
+ *  @param pBlock the record
  *  @return also vekStsErrOutOfRange (bitDepth)
  */
 VEKVC_API VekStatus vekiInterpolateLumaBlock_H264_16u_P1R(const VekInterpolationBlock16u* pBlock);
@@ -201,11 +299,13 @@ VEKVC_API VekStatus vekiInterpolateChromaBlock_H264_8u_P2R(const VekInterpolatio
 
 /** vekiInterpolateChromaBlock_H264_8u_P2R with an interleaved reference (Cb, Cr, Cb, Cr, ...) at `pSrcPlane`, written
  *  to the two blocks; `pSrcPlane2` is not looked at.
+ *  @param pBlock the record
  *  @return as vekiInterpolateChromaBlock_H264_8u_P2R, of the other three pointers
  */
 VEKVC_API VekStatus vekiInterpolateChromaBlock_H264_8u_C2P2R(const VekInterpolationBlock* pBlock);
 
 /** vekiInterpolateChromaBlock_H264_8u_P2R for 16-bit samples.
+ *  @param pBlock the record
  *  @return also vekStsErrOutOfRange (bitDepth)
  */
 VEKVC_API VekStatus vekiInterpolateChromaBlock_H264_16u_P2R(const VekInterpolationBlock16u* pBlock);

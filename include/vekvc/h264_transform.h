@@ -43,7 +43,11 @@ extern "C" {
  *  @return vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiTransformResidual4x4Fwd_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst);
-/** As vekiTransformResidual4x4Fwd_H264_16s_C1, in 32 bits. */
+/** As vekiTransformResidual4x4Fwd_H264_16s_C1, in 32 bits.
+ *  @param pSrc residual, 16 values
+ *  @param pDst receives 16 values; may be pSrc
+ *  @return as vekiTransformResidual4x4Fwd_H264_16s_C1
+ */
 VEKVC_API VekStatus vekiTransformResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst);
 
 /** Forward core transform (kept in 16 bits) and quantization of a 4x4 residual.
@@ -60,7 +64,17 @@ VEKVC_API VekStatus vekiTransformResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, 
 VEKVC_API VekStatus vekiTransformQuantFwd4x4_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s QP,
                                                          Vek32s* pNumLevels, Vek32u isIntra, const Vek16s* pScanPos,
                                                          Vek32s* pLastPos, const Vek16s* pScale);
-/** As vekiTransformQuantFwd4x4_H264_16s_C1 for higher bit depths: transform and levels in 32 bits, QP 0..87. */
+/** As vekiTransformQuantFwd4x4_H264_16s_C1 for higher bit depths: transform and levels in 32 bits, QP 0..87.
+ *  @param pSrc       residual, 16 values
+ *  @param pDst       receives 16 levels; may be pSrc
+ *  @param QP         0..87
+ *  @param pNumLevels receives the count of non-zero levels, negated if the level at position 0 is one of them
+ *  @param isIntra    non-zero: intra rounding, zero: inter rounding
+ *  @param pScanPos   scan index (0..15) of each raster position, 16 values
+ *  @param pLastPos   receives the largest scan index of a non-zero level, 0 if there is none
+ *  @param pScale     forward scale, 16 values, with qbits = 11 + QP/6; null: default multipliers, qbits = 15 + QP/6
+ *  @return as vekiTransformQuantFwd4x4_H264_16s_C1
+ */
 VEKVC_API VekStatus vekiTransformQuantFwd4x4_H264_16s32s_C1(const Vek16s* pSrc, Vek32s* pDst, Vek32s QP,
                                                             Vek32s* pNumLevels, Vek32u isIntra, const Vek16s* pScanPos,
                                                             Vek32s* pLastPos, const Vek16s* pScale);
@@ -92,12 +106,32 @@ VEKVC_API VekStatus vekiQuantizeResidual4x4Fwd_H264_16s32s_C1(const Vek16s* pSrc
                                                               Vek32u* pLastPos, const Vek32u* pScale,
                                                               const Vek16s* pScanPos, Vek32s QP, Vek32u isIntra);
 /** As vekiQuantizeResidual4x4Fwd_H264_16s32s_C1 with a scale of 16-bit values (taken as signed); pScale null: default
- *  multipliers, qbits = 15 + QP/6. QP is unsigned, 0..51. */
+ *  multipliers, qbits = 15 + QP/6. QP is unsigned, 0..51.
+ *  @param pSrc       transformed coefficients, 16 values
+ *  @param pDst       receives 16 levels (wrapped to 16 bits); may be pSrc
+ *  @param pNumLevels receives the count of non-zero levels (never negated)
+ *  @param pLastPos   receives the largest scan index of a non-zero level, 0 if there is none
+ *  @param pScale     forward scale, 16 values; null: default multipliers
+ *  @param pScanPos   scan index of each raster position, 16 values
+ *  @param QP         0..51
+ *  @param isIntra    non-zero: intra rounding
+ *  @return as vekiQuantizeResidual4x4Fwd_H264_16s32s_C1
+ */
 VEKVC_API VekStatus vekiQuantizeResidual4x4Fwd_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32u* pNumLevels,
                                                            Vek32u* pLastPos, const Vek16s* pScale,
                                                            const Vek16s* pScanPos, Vek32u QP, Vek32u isIntra);
-/** As vekiQuantizeResidual4x4Fwd_H264_16s32s_C1 with 32-bit data; pScale null: default multipliers, qbits = 15 +
- *  QP/6. QP is unsigned, 0..87. */
+/** As vekiQuantizeResidual4x4Fwd_H264_16s32s_C1 with 32-bit data; pScale null: default multipliers, qbits = 15 + QP/6.
+ *  QP is unsigned, 0..87.
+ *  @param pSrc       transformed coefficients, 16 values
+ *  @param pDst       receives 16 levels; may be pSrc
+ *  @param pNumLevels receives the count of non-zero levels (never negated)
+ *  @param pLastPos   receives the largest scan index of a non-zero level, 0 if there is none
+ *  @param pScale     forward scale, 16 values; null: default multipliers
+ *  @param pScanPos   scan index of each raster position, 16 values
+ *  @param QP         0..87
+ *  @param isIntra    non-zero: intra rounding
+ *  @return as vekiQuantizeResidual4x4Fwd_H264_16s32s_C1
+ */
 VEKVC_API VekStatus vekiQuantizeResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst, Vek32u* pNumLevels,
                                                            Vek32u* pLastPos, const Vek32u* pScale,
                                                            const Vek16s* pScanPos, Vek32u QP, Vek32u isIntra);
@@ -109,7 +143,11 @@ VEKVC_API VekStatus vekiQuantizeResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, V
  *  @return vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiTransformResidual4x4Inv_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst);
-/** As vekiTransformResidual4x4Inv_H264_16s_C1, in 32 bits with wrap-around. */
+/** As vekiTransformResidual4x4Inv_H264_16s_C1, in 32 bits with wrap-around.
+ *  @param pSrc scaled coefficients, 16 values
+ *  @param pDst receives the residual, 16 values; may be pSrc
+ *  @return as vekiTransformResidual4x4Inv_H264_16s_C1
+ */
 VEKVC_API VekStatus vekiTransformResidual4x4Inv_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst);
 
 /** Scaling (8.5.12.1), inverse transform (8.5.12.2) and addition to the prediction with clipping to 0..255. Scaling:
@@ -129,7 +167,16 @@ VEKVC_API VekStatus vekiTransformQuantInvAddPred4x4_H264_16s_C1IR(const Vek8u* p
                                                                   const Vek16s* pDC, Vek8u* pDst, Vek32s dstStep,
                                                                   Vek32s QP, Vek32u hasAC, const Vek16s* pScale);
 /** As vekiTransformQuantInvAddPred4x4_H264_16s_C1IR for higher bit depths: 32-bit arithmetic, 16-bit samples.
- *  @param QP QP'Y, 0..87
+ *  @param pPred    prediction, 4x4 samples
+ *  @param predStep its step in bytes
+ *  @param pSrcDst  levels, 16 values; left as they are. With hasAC zero only position 0 is read, and none if pDC is
+ *                  given
+ *  @param pDC      optional: one scaled DC that replaces d at position 0 as it stands
+ *  @param pDst     receives 4x4 samples; may be pPred
+ *  @param dstStep  its step in bytes
+ *  @param QP       QP'Y, 0..87
+ *  @param hasAC    non-zero: transform the whole block; zero: add (d + 32) >> 6 of the DC to all samples
+ *  @param pScale   LevelScale4x4 for QP%6, 16 values; null: flat
  *  @param bitDepth 9..14; results are clipped to 0..2^bitDepth - 1
  *  @return vekStsErrNullPtr (pPred, pSrcDst, pDst), vekStsErrOutOfRange (QP, bitDepth)
  */
@@ -138,7 +185,14 @@ VEKVC_API VekStatus vekiTransformQuantInvAddPred4x4_H264_32s_C1IR(const Vek16u* 
                                                                   Vek32s QP, Vek32u hasAC, const Vek16s* pScale,
                                                                   Vek32s bitDepth);
 /** vekiTransformQuantInvAddPred4x4_H264_16s_C1IR with flat scaling, where the levels may be left out.
- *  @param pSrcDst levels; may be null if pDC is given: then only the DC is added, whatever hasAC says
+ *  @param pPred    prediction, 4x4 samples
+ *  @param predStep its step in bytes
+ *  @param pSrcDst  levels; may be null if pDC is given: then only the DC is added, whatever hasAC says
+ *  @param pDC      optional: one scaled DC that replaces d at position 0 as it stands
+ *  @param pDst     receives 4x4 samples; may be pPred
+ *  @param dstStep  its step in bytes
+ *  @param QP       0..51
+ *  @param hasAC    non-zero: transform the whole block; zero: add (d + 32) >> 6 of the DC to all samples
  *  @return vekStsErrNullPtr (pPred, pDst, and pSrcDst if pDC is null too), vekStsErrOutOfRange (QP)
  */
 VEKVC_API VekStatus vekiDequantTransformResidualAndAdd_H264_16s_C1I(const Vek8u* pPred, Vek32s predStep,
@@ -175,12 +229,31 @@ VEKVC_API VekStatus vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I(Vek16s* pDst, Ve
                                                                 Vek32s* pNumLevels, Vek32u needTransform,
                                                                 const Vek16s* pScanPos, Vek32s* pLastPos,
                                                                 const Vek16s* pScaleDC);
-/** As vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I, in 32 bits; QP 0..87. */
+/** As vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I, in 32 bits; QP 0..87.
+ *  @param pDst          receives 16 levels; may be pSrc
+ *  @param pSrc          the 16 DC values; replaced by the transformed values if needTransform is non-zero
+ *  @param QP            0..87
+ *  @param pNumLevels    receives the count of non-zero levels, negated if the first transformed value is non-zero
+ *  @param needTransform zero: pSrc holds transformed values already
+ *  @param pScanPos      scan index of each raster position, 16 values
+ *  @param pLastPos      receives the largest scan index of a non-zero level, 0 if there is none
+ *  @param pScaleDC      optional: one forward scale value, that of position 0
+ *  @return as vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantFwdLumaDC4x4_H264_32s_C1I(Vek32s* pDst, Vek32s* pSrc, Vek32s QP,
                                                                 Vek32s* pNumLevels, Vek32u needTransform,
                                                                 const Vek16s* pScanPos, Vek32s* pLastPos,
                                                                 const Vek16s* pScaleDC);
-/** vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I with the default multiplier. */
+/** vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I with the default multiplier.
+ *  @param pDst          receives 16 levels; may be pSrc
+ *  @param pSrc          the 16 DC values; replaced by the transformed values if needTransform is non-zero
+ *  @param QP            0..51
+ *  @param pNumLevels    receives the count of non-zero levels, negated if the first transformed value is non-zero
+ *  @param needTransform zero: pSrc holds transformed values already
+ *  @param pScanPos      scan index of each raster position, 16 values
+ *  @param pLastPos      receives the largest scan index of a non-zero level, 0 if there is none
+ *  @return as vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantLumaDC_H264_16s_C1I(Vek16s* pDst, Vek16s* pSrc, Vek32s QP, Vek32s* pNumLevels,
                                                           Vek32u needTransform, const Vek16s* pScanPos,
                                                           Vek32s* pLastPos);
@@ -198,7 +271,12 @@ VEKVC_API VekStatus vekiTransformDequantLumaDC_H264_16s_C1I(Vek16s* pSrcDst, Vek
  *  @return vekStsErrNullPtr (pSrcDst), vekStsErrOutOfRange (QP)
  */
 VEKVC_API VekStatus vekiTransformQuantInvLumaDC4x4_H264_16s_C1I(Vek16s* pSrcDst, Vek32s QP, const Vek16s* pScaleDC);
-/** As vekiTransformQuantInvLumaDC4x4_H264_16s_C1I, in 32 bits; QP 0..87. */
+/** As vekiTransformQuantInvLumaDC4x4_H264_16s_C1I, in 32 bits; QP 0..87.
+ *  @param pSrcDst  16 levels in raster order, replaced by the scaled DC values of the 16 blocks
+ *  @param QP       0..87
+ *  @param pScaleDC optional: one value, LevelScale4x4(QP%6, 0, 0); null: flat
+ *  @return as vekiTransformQuantInvLumaDC4x4_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantInvLumaDC4x4_H264_32s_C1I(Vek32s* pSrcDst, Vek32s QP, const Vek16s* pScaleDC);
 
 /* ---- chroma DC (8.5.11) ---- */
@@ -218,19 +296,54 @@ VEKVC_API VekStatus vekiTransformQuantInvLumaDC4x4_H264_32s_C1I(Vek32s* pSrcDst,
 VEKVC_API VekStatus vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I(Vek16s* pDst, Vek16s* pSrc, Vek32s QP,
                                                                   Vek32s* pNumLevels, Vek32u isIntra,
                                                                   Vek32u needTransform, const Vek16s* pScaleDC);
-/** As vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I, in 32 bits; QP is QP'c, 0..75. */
+/** As vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I, in 32 bits; QP is QP'c, 0..75.
+ *  @param pDst          receives 4 levels in raster order, which is their scan order; may be pSrc
+ *  @param pSrc          the 4 DC values; replaced by the transformed values if needTransform is non-zero
+ *  @param QP            QP'c, 0..75
+ *  @param pNumLevels    receives the count of non-zero levels (never negated)
+ *  @param isIntra       non-zero: intra rounding
+ *  @param needTransform zero: pSrc holds transformed values already
+ *  @param pScaleDC      optional: one forward scale value, that of position 0
+ *  @return as vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantFwdChromaDC2x2_H264_32s_C1I(Vek32s* pDst, Vek32s* pSrc, Vek32s QP,
                                                                   Vek32s* pNumLevels, Vek32u isIntra,
                                                                   Vek32u needTransform, const Vek16s* pScaleDC);
-/** vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I with the default multiplier. */
+/** vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I with the default multiplier.
+ *  @param pDst          receives 4 levels in raster order, which is their scan order; may be pSrc
+ *  @param pSrc          the 4 DC values; replaced by the transformed values (16 bits) if needTransform is non-zero
+ *  @param QP            QPc, 0..39
+ *  @param pNumLevels    receives the count of non-zero levels (never negated)
+ *  @param isIntra       non-zero: intra rounding
+ *  @param needTransform zero: pSrc holds transformed values already
+ *  @return as vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantChromaDC_H264_16s_C1I(Vek16s* pDst, Vek16s* pSrc, Vek32s QP, Vek32s* pNumLevels,
                                                             Vek32u isIntra, Vek32u needTransform);
-/** As vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I for 4:2:2: 8 values, two wide and four high; quantized with QPdc
- *  = QP + 3, which the function adds itself (QP 0..39). pScaleDC is the forward scale of QPdc%6 at position 0. */
+/** As vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I for 4:2:2: 8 values, two wide and four high; quantized with QPdc =
+ *  QP + 3, which the function adds itself (QP 0..39). pScaleDC is the forward scale of QPdc%6 at position 0.
+ *  @param pDst          receives 8 levels in raster order; may be pSrc
+ *  @param pSrc          the 8 DC values; replaced by the transformed values (16 bits) if needTransform is non-zero
+ *  @param QP            QPc, 0..39
+ *  @param pNumLevels    receives the count of non-zero levels (never negated)
+ *  @param isIntra       non-zero: intra rounding
+ *  @param needTransform zero: pSrc holds transformed values already
+ *  @param pScaleDC      optional: one forward scale value, that of position 0
+ *  @return as vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantFwdChromaDC2x4_H264_16s_C1I(Vek16s* pDst, Vek16s* pSrc, Vek32s QP,
                                                                   Vek32s* pNumLevels, Vek32u isIntra,
                                                                   Vek32u needTransform, const Vek16s* pScaleDC);
-/** As vekiTransformQuantFwdChromaDC2x4_H264_16s_C1I, in 32 bits; QP is QP'c, 0..75. */
+/** As vekiTransformQuantFwdChromaDC2x4_H264_16s_C1I, in 32 bits; QP is QP'c, 0..75.
+ *  @param pDst          receives 8 levels in raster order; may be pSrc
+ *  @param pSrc          the 8 DC values; replaced by the transformed values if needTransform is non-zero
+ *  @param QP            QP'c, 0..75
+ *  @param pNumLevels    receives the count of non-zero levels (never negated)
+ *  @param isIntra       non-zero: intra rounding
+ *  @param needTransform zero: pSrc holds transformed values already
+ *  @param pScaleDC      optional: one forward scale value, that of position 0
+ *  @return as vekiTransformQuantFwdChromaDC2x4_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantFwdChromaDC2x4_H264_32s_C1I(Vek32s* pDst, Vek32s* pSrc, Vek32s QP,
                                                                   Vek32s* pNumLevels, Vek32u isIntra,
                                                                   Vek32u needTransform, const Vek16s* pScaleDC);
@@ -247,7 +360,12 @@ VEKVC_API VekStatus vekiTransformDequantChromaDC_H264_16s_C1I(Vek16s* pSrcDst, V
  *  @return vekStsErrNullPtr (pSrcDst), vekStsErrOutOfRange (QP)
  */
 VEKVC_API VekStatus vekiTransformQuantInvChromaDC2x2_H264_16s_C1I(Vek16s* pSrcDst, Vek32s QP, const Vek16s* pScaleDC);
-/** As vekiTransformQuantInvChromaDC2x2_H264_16s_C1I, in 32 bits; QP is QP'c, 0..75. */
+/** As vekiTransformQuantInvChromaDC2x2_H264_16s_C1I, in 32 bits; QP is QP'c, 0..75.
+ *  @param pSrcDst  4 levels in raster order, replaced by the scaled DC values
+ *  @param QP       QP'c, 0..75
+ *  @param pScaleDC optional: one value, LevelScale4x4(QP%6, 0, 0); null: flat
+ *  @return as vekiTransformQuantInvChromaDC2x2_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantInvChromaDC2x2_H264_32s_C1I(Vek32s* pSrcDst, Vek32s QP, const Vek16s* pScaleDC);
 /** Inverse 2x4 transform and scaling of chroma DC levels (4:2:2) with QPdc = QP + 3, which the function adds itself:
  *  QPdc below 36: (f * LevelScale(0,0) + 2^(5 - QPdc/6)) >> (6 - QPdc/6), else (f * LevelScale(0,0)) << (QPdc/6 - 6).
@@ -257,7 +375,12 @@ VEKVC_API VekStatus vekiTransformQuantInvChromaDC2x2_H264_32s_C1I(Vek32s* pSrcDs
  *  @return vekStsErrNullPtr (pSrcDst), vekStsErrOutOfRange (QP)
  */
 VEKVC_API VekStatus vekiTransformQuantInvChromaDC2x4_H264_16s_C1I(Vek16s* pSrcDst, Vek32s QP, const Vek16s* pScaleDC);
-/** As vekiTransformQuantInvChromaDC2x4_H264_16s_C1I, in 32 bits; QP is QP'c, 0..75. */
+/** As vekiTransformQuantInvChromaDC2x4_H264_16s_C1I, in 32 bits; QP is QP'c, 0..75.
+ *  @param pSrcDst  8 levels in raster order (two wide, four high), replaced by the scaled DC values
+ *  @param QP       QP'c, 0..75
+ *  @param pScaleDC optional: one value, LevelScale4x4((QP + 3)%6, 0, 0); null: flat
+ *  @return as vekiTransformQuantInvChromaDC2x4_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiTransformQuantInvChromaDC2x4_H264_32s_C1I(Vek32s* pSrcDst, Vek32s QP, const Vek16s* pScaleDC);
 
 /* ---- SP and SI slices (8.6) ---- */
@@ -304,7 +427,13 @@ VEKVC_API VekStatus vekiGenScaleLevel4x4_H264_8u16s_C1(const Vek8u* pSrc, Vek16s
                                                        Vek32s QPmod6);
 /** As vekiGenScaleLevel4x4_H264_8u16s_C1 for 8x8: 64 values each; the forward multiplier of a position is 2^24 /
  *  (normAdjust8x8 * N) rounded, N = squared norm of its basis picture (13107, 11428, 20972, 12222, 16777, 15481 for
- *  QP%6 = 0). A QPmod6 out of range is vekStsErrQPRange. */
+ *  QP%6 = 0). A QPmod6 out of range is vekStsErrQPRange.
+ *  @param pSrc    weights in raster order, 64 values
+ *  @param pDstInv receives LevelScale8x8 = weight * normAdjust8x8, 64 values
+ *  @param pDstFwd receives the forward multipliers divided by the weights, 64 values
+ *  @param QPmod6  0..5
+ *  @return as vekiGenScaleLevel4x4_H264_8u16s_C1
+ */
 VEKVC_API VekStatus vekiGenScaleLevel8x8_H264_8u16s_D2(const Vek8u* pSrc, Vek16s* pDstInv, Vek16s* pDstFwd,
                                                        Vek32s QPmod6);
 
@@ -315,9 +444,16 @@ VEKVC_API VekStatus vekiGenScaleLevel8x8_H264_8u16s_D2(const Vek8u* pSrc, Vek16s
  *  @return vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiTransformFwdLuma8x8_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst);
-/** As vekiTransformFwdLuma8x8_H264_16s_C1 in 32 bits, which hold every result. */
+/** As vekiTransformFwdLuma8x8_H264_16s_C1 in 32 bits, which hold every result.
+ *  @param pSrc residual, 64 values
+ *  @param pDst receives 64 values; may be pSrc
+ *  @return as vekiTransformFwdLuma8x8_H264_16s_C1
+ */
 VEKVC_API VekStatus vekiTransformFwdLuma8x8_H264_16s32s_C1(const Vek16s* pSrc, Vek32s* pDst);
-/** vekiTransformFwdLuma8x8_H264_16s_C1 in place. */
+/** vekiTransformFwdLuma8x8_H264_16s_C1 in place.
+ *  @param pSrcDst 64 differences, replaced by the coefficients
+ *  @return as vekiTransformFwdLuma8x8_H264_16s_C1
+ */
 VEKVC_API VekStatus vekiTransformLuma8x8Fwd_H264_16s_C1I(Vek16s* pSrcDst);
 
 /** Quantization of 64 transformed coefficients, qbits = 12 + QPdiv6.
@@ -334,7 +470,17 @@ VEKVC_API VekStatus vekiTransformLuma8x8Fwd_H264_16s_C1I(Vek16s* pSrcDst);
 VEKVC_API VekStatus vekiQuantLuma8x8_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s QPdiv6, Vek32u isIntra,
                                                  Vek32s* pNumLevels, const Vek16s* pScanPos, Vek32s* pLastPos,
                                                  const Vek16s* pScale);
-/** As vekiQuantLuma8x8_H264_16s_C1 with 32-bit data; QPdiv6 0..14. */
+/** As vekiQuantLuma8x8_H264_16s_C1 with 32-bit data; QPdiv6 0..14.
+ *  @param pSrc       transformed coefficients, 64 values
+ *  @param pDst       receives 64 levels; may be pSrc
+ *  @param QPdiv6     0..14
+ *  @param isIntra    non-zero: intra rounding
+ *  @param pNumLevels receives the count of non-zero levels (never negated)
+ *  @param pScanPos   scan index (0..63) of each raster position, 64 values
+ *  @param pLastPos   receives the largest scan index of a non-zero level, 0 if there is none
+ *  @param pScale     forward scale for QP%6 (vekiGenScaleLevel8x8_H264_8u16s_D2), 64 values
+ *  @return as vekiQuantLuma8x8_H264_16s_C1
+ */
 VEKVC_API VekStatus vekiQuantLuma8x8_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst, Vek32s QPdiv6, Vek32u isIntra,
                                                  Vek32s* pNumLevels, const Vek16s* pScanPos, Vek32s* pLastPos,
                                                  const Vek16s* pScale);
@@ -347,7 +493,12 @@ VEKVC_API VekStatus vekiQuantLuma8x8_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDs
  *  @return vekStsErrNullPtr (both), vekStsErrQPRange
  */
 VEKVC_API VekStatus vekiQuantLuma8x8Inv_H264_16s_C1I(Vek16s* pSrcDst, Vek32s QPdiv6, const Vek16s* pScale);
-/** As vekiQuantLuma8x8Inv_H264_16s_C1I with 32-bit data; QPdiv6 0..14. */
+/** As vekiQuantLuma8x8Inv_H264_16s_C1I with 32-bit data; QPdiv6 0..14.
+ *  @param pSrcDst 64 levels, replaced by scaled coefficients
+ *  @param QPdiv6  0..14
+ *  @param pScale  LevelScale8x8 for QP%6, 64 values
+ *  @return as vekiQuantLuma8x8Inv_H264_16s_C1I
+ */
 VEKVC_API VekStatus vekiQuantInvLuma8x8_H264_32s_C1I(Vek32s* pSrcDst, Vek32s QPdiv6, const Vek16s* pScale);
 
 /** Inverse 8x8 transform (8.5.13.2) with (x + 32) >> 6, every sum saturating at 16 bits, and addition to the
@@ -360,8 +511,14 @@ VEKVC_API VekStatus vekiQuantInvLuma8x8_H264_32s_C1I(Vek32s* pSrcDst, Vek32s QPd
 VEKVC_API VekStatus vekiTransformLuma8x8InvAddPred_H264_16s8u_C1R(const Vek8u* pPred, Vek32s predStep,
                                                                   const Vek16s* pSrc, Vek8u* pDst, Vek32s dstStep);
 /** As vekiTransformLuma8x8InvAddPred_H264_16s8u_C1R for higher bit depths: 32-bit arithmetic, 16-bit samples.
- *  @param bitDepth 8..14, results are clipped to 0..2^bitDepth - 1; not checked (a value outside counts as the
- *                  nearest inside)
+ *  @param pPred    prediction, 8x8 samples of 16 bits
+ *  @param predStep its step in bytes
+ *  @param pSrc     scaled coefficients, 64 values
+ *  @param pDst     receives 8x8 samples of 16 bits; may be pPred
+ *  @param dstStep  its step in bytes
+ *  @param bitDepth 8..14, results are clipped to 0..2^bitDepth - 1; not checked (a value outside counts as the nearest
+ *                  inside)
+ *  @return as vekiTransformLuma8x8InvAddPred_H264_16s8u_C1R
  */
 VEKVC_API VekStatus vekiTransformInvAddPredLuma8x8_H264_32s16u_C1R(const Vek16u* pPred, Vek32s predStep,
                                                                    const Vek32s* pSrc, Vek16u* pDst, Vek32s dstStep,

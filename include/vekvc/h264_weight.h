@@ -49,7 +49,15 @@ typedef struct {
 VEKVC_API VekStatus vekiUniDirWeightBlock_H264_8u_C1R(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u logWD, Vek32s weight,
                                                       Vek32s offset, VekiSize roiSize);
 
-/** The same operation as vekiUniDirWeightBlock_H264_8u_C1R under a second name. */
+/** The same operation as vekiUniDirWeightBlock_H264_8u_C1R under a second name.
+ *  @param pSrcDst    the prediction and the result
+ *  @param srcDstStep row step, in bytes; at least the width
+ *  @param logWD      base 2 logarithm of the weight denominator, 0 to 7
+ *  @param weight     -128 to 128
+ *  @param offset     -128 to 127
+ *  @param roiSize    width and height: 2, 4, 8 or 16 each
+ *  @return as vekiUniDirWeightBlock_H264_8u_C1R
+ */
 VEKVC_API VekStatus vekiUniDirWeightBlock_H264_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u logWD, Vek32s weight,
                                                        Vek32s offset, VekiSize roiSize);
 
@@ -70,7 +78,13 @@ VEKVC_API VekStatus vekiBiDirWeightBlock_H264_8u_P2P1R(const Vek8u* pSrc1, const
                                                        VekiSize roiSize);
 
 /** Explicit weighting of two predictions with a step for each; as vekiBiDirWeightBlock_H264_8u_P2P1R.
+ *  @param pSrc1,pSrc2            the predictions
+ *  @param pDst                   the block to write
  *  @param src1Step,src2Step,dstStep row steps, in bytes; each at least the width
+ *  @param logWD                  0 to 7
+ *  @param weight1,offset1,weight2,offset2 weight and offset of either prediction
+ *  @param roiSize                width and height: 2, 4, 8 or 16 each
+ *  @return as vekiBiDirWeightBlock_H264_8u_P2P1R
  */
 VEKVC_API VekStatus vekiBiDirWeightBlock_H264_8u_P3P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst,
                                                        Vek32s src1Step, Vek32s src2Step, Vek32s dstStep, Vek32u logWD,
@@ -93,7 +107,11 @@ VEKVC_API VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P2P1R(const Vek8u* pSrc
 
 /** Implicit weighting of two predictions with a step for each. Unlike its siblings it checks its pointers alone: steps
  *  may be anything, the block may have any size, and a width or height of 0 or less does nothing.
+ *  @param pSrc1,pSrc2            the predictions
+ *  @param pDst                   the block to write
  *  @param src1Step,src2Step,dstStep row steps, in bytes; not checked
+ *  @param weight1,weight2        the standard's sum to 64; others are as good
+ *  @param roiSize                width and height: 2, 4, 8 or 16 each
  *  @return vekStsOk, vekStsErrNullPtr
  */
 VEKVC_API VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(const Vek8u* pSrc1, const Vek8u* pSrc2, Vek8u* pDst,

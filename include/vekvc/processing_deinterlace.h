@@ -37,6 +37,7 @@ typedef struct VekDeinterlaceBlendState VekDeinterlaceBlendState; /**< the weigh
 VEKVC_API VekStatus vekiDeinterlaceBlendInitAlloc_8u_C1(Vek32s low, Vek32s high, VekDeinterlaceBlendState** ppState);
 
 /** Releases the state.
+ *  @param pState  not used again
  *  @return vekStsOk; vekStsErrNullPtr
  */
 VEKVC_API VekStatus vekiDeinterlaceBlendFree_8u_C1(VekDeinterlaceBlendState* pState);

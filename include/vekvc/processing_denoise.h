@@ -43,6 +43,7 @@ VEKVC_API VekStatus vekiFilterDenoiseAdaptiveInitAlloc_8u_C1(VekiSize size, Vek3
                                                              VekDenoiseAdaptiveState** ppState);
 
 /** Releases the state.
+ *  @param pState  not used again
  *  @return vekStsOk; vekStsErrNullPtr
  */
 VEKVC_API VekStatus vekiFilterDenoiseAdaptiveFree_8u_C1(VekDenoiseAdaptiveState* pState);
@@ -97,6 +98,7 @@ typedef struct VekDenoiseMosquitoState VekDenoiseMosquitoState; /**< scratch for
 VEKVC_API VekStatus vekiFilterDenoiseMosquitoInitAlloc_8u_C1(VekiSize size, VekDenoiseMosquitoState** ppState);
 
 /** Releases the state.
+ *  @param pState  not used again
  *  @return vekStsOk; vekStsErrNullPtr
  */
 VEKVC_API VekStatus vekiFilterDenoiseMosquitoFree_8u_C1(VekDenoiseMosquitoState* pState);

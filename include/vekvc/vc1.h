@@ -290,28 +290,33 @@ VEKVC_API VekStatus vekiSmoothingLuma_VerEdge_VC1_16s8u_C1R(const Vek16s* pSrcLe
                                                             Vek32s edgeSmoothFlag);
 /** @} */
 
-/** @name Overlap smoothing, chroma
- *  @{ */
-
-/** As luma, along 8 pixels, always smoothed: a horizontal edge by columns, a vertical edge by rows.
- *  The first source is the second-last row (column) before the edge, the second source the first one behind it.
- *  @param pDst, dstStep the first row (column) behind the edge in the picture
+/** Overlap smoothing across a horizontal edge of 8 chroma pixels by columns: as luma, always done.
+ *  @param pSrcUpper, srcUpperStep the upper block's second-last row
+ *  @param pSrcBottom, srcBottomStep the lower block's first row
+ *  @param pDst, dstStep the first row behind the edge in the picture
  *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSmoothingChroma_HorEdge_VC1_16s8u_C1R(const Vek16s* pSrcUpper, Vek32s srcUpperStep,
                                                               const Vek16s* pSrcBottom, Vek32s srcBottomStep,
                                                               Vek8u* pDst, Vek32s dstStep);
+
+/** Overlap smoothing across a vertical edge of 8 chroma pixels by rows: as luma, always done.
+ *  @param pSrcLeft, srcLeftStep the left block's second-last column
+ *  @param pSrcRight, srcRightStep the right block's first column
+ *  @param pDst, dstStep the first column behind the edge in the picture
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
+ */
 VEKVC_API VekStatus vekiSmoothingChroma_VerEdge_VC1_16s8u_C1R(const Vek16s* pSrcLeft, Vek32s srcLeftStep,
                                                               const Vek16s* pSrcRight, Vek32s srcRightStep, Vek8u* pDst,
                                                               Vek32s dstStep);
-/** @} */
 
-/** @name Overlap smoothing, interleaved chroma
- *  @{ */
-
-/** As the form of one plane, for two planes of values whose results are interleaved: U in the even bytes, V in the odd
- *  ones.
- *  @param pDst, dstStep the first row (pair) behind the edge in the picture
+/** vekiSmoothingChroma_HorEdge_VC1_16s8u_C1R() for two planes of values whose results are interleaved: U in the even
+ *  bytes, V in the odd ones.
+ *  @param pSrcUpperU, srcUpperUStep the upper U block's second-last row
+ *  @param pSrcBottomU, srcBottomUStep the lower U block's first row
+ *  @param pSrcUpperV, srcUpperVStep the same of V
+ *  @param pSrcBottomV, srcBottomVStep the same of V
+ *  @param pDst, dstStep the first row behind the edge in the picture
  *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
  */
 VEKVC_API VekStatus vekiSmoothingChroma_HorEdge_VC1_16s8u_P2C2R(const Vek16s* pSrcUpperU, Vek32s srcUpperUStep,
@@ -319,12 +324,20 @@ VEKVC_API VekStatus vekiSmoothingChroma_HorEdge_VC1_16s8u_P2C2R(const Vek16s* pS
                                                                 const Vek16s* pSrcUpperV, Vek32s srcUpperVStep,
                                                                 const Vek16s* pSrcBottomV, Vek32s srcBottomVStep,
                                                                 Vek8u* pDst, Vek32s dstStep);
+
+/** vekiSmoothingChroma_VerEdge_VC1_16s8u_C1R() for two planes of values whose results are interleaved.
+ *  @param pSrcLeftU, srcLeftUStep the left U block's second-last column
+ *  @param pSrcRightU, srcRightUStep the right U block's first column
+ *  @param pSrcLeftV, srcLeftVStep the same of V
+ *  @param pSrcRightV, srcRightVStep the same of V
+ *  @param pDst, dstStep the first pair behind the edge in the picture
+ *  @return vekStsOk; vekStsErrNullPtr if a pointer is null
+ */
 VEKVC_API VekStatus vekiSmoothingChroma_VerEdge_VC1_16s8u_P2C2R(const Vek16s* pSrcLeftU, Vek32s srcLeftUStep,
                                                                 const Vek16s* pSrcRightU, Vek32s srcRightUStep,
                                                                 const Vek16s* pSrcLeftV, Vek32s srcLeftVStep,
                                                                 const Vek16s* pSrcRightV, Vek32s srcRightVStep,
                                                                 Vek8u* pDst, Vek32s dstStep);
-/** @} */
 
 /** @name Range mapping
  *  @{ */
