@@ -11,16 +11,26 @@ if(VEKVC_STATIC_VARIANT)
   list(APPEND vekvc_installed_targets vekvc_static vekcore_static)
 endif()
 
-install(TARGETS ${vekvc_installed_targets}
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+# Components are Debian packages.
+foreach(target ${vekvc_installed_targets})
+  if(target STREQUAL "vekcore")
+    set(vekvc_component libvekcore6)
+  else()
+    set(vekvc_component libvekvc6)
+  endif()
+  install(TARGETS ${target}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${vekvc_component} NAMELINK_COMPONENT libvekvc-dev
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libvekvc-dev)
+endforeach()
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT libvekvc-dev FILES_MATCHING PATTERN "*.h")
 
 # libvekvc.so -> libvekvc.so.6 -> the default variant, and the better ones where the loader looks for them.
-install(FILES ${lib}/libvekvc.so.6 ${lib}/libvekvc.so DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES ${lib}/libvekvc.so.6 DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libvekvc6)
+install(FILES ${lib}/libvekvc.so DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libvekvc-dev)
 foreach(code ${vekvc_variants})
   if(NOT code STREQUAL vekvc_default AND DEFINED vekvc_arch_${code})
     install(FILES ${lib}/glibc-hwcaps/${vekvc_arch_${code}}/libvekvc.so.6
-      DESTINATION ${CMAKE_INSTALL_LIBDIR}/glibc-hwcaps/${vekvc_arch_${code}})
+      DESTINATION ${CMAKE_INSTALL_LIBDIR}/glibc-hwcaps/${vekvc_arch_${code}} COMPONENT libvekvc6)
   endif()
 endforeach()
 
@@ -43,7 +53,7 @@ configure_package_config_file(cmake/vekvc-config.cmake.in ${PROJECT_BINARY_DIR}/
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekvc-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/vekvc-config.cmake ${PROJECT_BINARY_DIR}/vekvc-config-version.cmake
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc)
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekvc COMPONENT libvekvc-dev)
 
 # Relative to the .pc file, so that an installed tree can be moved; folders given as absolute paths stay what they are.
 if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
@@ -61,5 +71,5 @@ foreach(folder LIBDIR INCLUDEDIR)
 endforeach()
 foreach(package vekvc vekcore)
   configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT libvekvc-dev)
 endforeach()
