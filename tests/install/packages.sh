@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Makes the Debian packages, has lintian read them, unpacks them into a scratch root, and serves a C program from there.
-#   packages.sh BUILD_DIR SOURCE_DIR
+#   packages.sh BUILD_DIR
 set -euo pipefail
-build=$1 source=$2
+build=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 (cd "$build" && fakeroot cpack -B "$work/packages") > "$work/log" 2>&1 || { cat "$work/log"; exit 1; }
