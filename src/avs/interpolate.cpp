@@ -14,17 +14,17 @@ namespace {
 [[gnu::always_inline]] inline VekStatus luma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s dx,
                                              Vek32s dy, VekiSize size) {
     if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
-    if (outside(dx, 0, 3) || outside(dy, 0, 3)) return vekStsErrBadArg;
-    kernel::interpolateAvsLuma(pSrc, srcStep, pDst, dstStep, dx, dy, size);
-    return vekStsOk;
+    if (outside(dx, 0, 3) || outside(dy, 0, 3)) [[unlikely]]
+        return vekStsErrBadArg;
+    return finish([&] { return kernel::interpolateAvsLuma(pSrc, srcStep, pDst, dstStep, dx, dy, size); });
 }
 
 [[gnu::always_inline]] inline VekStatus chroma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep,
                                                Vek32s dx, Vek32s dy, VekiSize size) {
     if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
-    if (outside(dx, 0, 7) || outside(dy, 0, 7)) return vekStsErrBadArg;
-    kernel::interpolateAvsChroma(pSrc, srcStep, pDst, dstStep, dx, dy, size);
-    return vekStsOk;
+    if (outside(dx, 0, 7) || outside(dy, 0, 7)) [[unlikely]]
+        return vekStsErrBadArg;
+    return finish([&] { return kernel::interpolateAvsChroma(pSrc, srcStep, pDst, dstStep, dx, dy, size); });
 }
 
 constexpr bool isOneOf(Vek32s value, Vek32s a, Vek32s b) { return value == a || value == b; }

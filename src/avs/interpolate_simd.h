@@ -92,13 +92,14 @@ template <int n, class V>
     return mulHighRound(x, constant<V, 1 << (15 - n)>());
 }
 
+// A kernel ends its export: it gives vekStsOk.
 template <int W, int dx, int dy>
-void avsLumaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, int height) {
+VekStatus avsLumaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::ptrdiff_t dstStep, int height) {
     using R = AvsRow<W>;
     using V = typename R::V;
     constexpr bool kBothOdd = dx % 2 != 0 && dy % 2 != 0;
     if constexpr (dx == 0 && dy == 0) {
-        copyColumn<W, 4>(src, srcStep, dst, dstStep, height);
+        return copyColumn<W, 4>(src, srcStep, dst, dstStep, height);
     } else if constexpr (dy == 0) {
         do {
             if constexpr (dx == 2)
@@ -141,9 +142,10 @@ void avsLumaColumn(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, std::pt
             next += srcStep, dst += dstStep;
         } while (--height != 0);
     }
+    return vekStsOk;
 }
 
-using AvsLumaKernel = void (*)(const Vek8u*, std::ptrdiff_t, Vek8u*, std::ptrdiff_t, int);
+using AvsLumaKernel = VekStatus (*)(const Vek8u*, std::ptrdiff_t, Vek8u*, std::ptrdiff_t, int);
 template <int W>
 inline constexpr auto kAvsLumaKernels = []<std::size_t... i>(std::index_sequence<i...>) {
     return std::array<AvsLumaKernel, 16>{avsLumaColumn<W, i % 4, i / 4>...};
@@ -151,21 +153,21 @@ inline constexpr auto kAvsLumaKernels = []<std::size_t... i>(std::index_sequence
 (std::make_index_sequence<16>());
 
 // Widths of 8 and 16.
-inline void interpolateAvsLuma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, int dx, int dy,
-                               VekiSize size) {
-    const auto position = static_cast<std::size_t>(4 * dy + dx);
+[[gnu::always_inline]] inline VekStatus interpolateAvsLuma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
+                                                           Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize size) {
+    const auto position = static_cast<Vek32u>(4 * dy + dx);
 #if VEKVC_VECTOR256
     if (size.width == 16) return kAvsLumaKernels<16>[position](pSrc, srcStep, pDst, dstStep, size.height);
 #else
     if (size.width == 16) kAvsLumaKernels<8>[position](pSrc + 8, srcStep, pDst + 8, dstStep, size.height);
 #endif
-    kAvsLumaKernels<8>[position](pSrc, srcStep, pDst, dstStep, size.height);
+    return kAvsLumaKernels<8>[position](pSrc, srcStep, pDst, dstStep, size.height);
 }
 
 // The same weights as those of H.264 8.4.2.2.2.
-inline void interpolateAvsChroma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, int dx, int dy,
-                                 VekiSize size) {
-    interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, size);
+[[gnu::always_inline]] inline VekStatus interpolateAvsChroma(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst,
+                                                             Vek32s dstStep, Vek32s dx, Vek32s dy, VekiSize size) {
+    return interpolateChroma(pSrc, srcStep, pDst, dstStep, dx, dy, size);
 }
 
 }  // namespace vekvc::simd

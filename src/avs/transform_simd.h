@@ -1,6 +1,7 @@
 // Fast forms of dequantization, transform and reconstruction. Nothing is transposed: a row's coefficients, as even and
 // odd pairs in all lanes, give the even and odd parts of its eight samples; the column pass works on whole rows, whose
-// samples 4 to 7 lie in reverse, as the row pass leaves them, until the end.
+// samples 4 to 7 lie in reverse, as the row pass leaves them, until the end. The kernels end their exports: they give
+// vekStsOk.
 #ifndef VEKVC_AVS_TRANSFORM_SIMD_H
 #define VEKVC_AVS_TRANSFORM_SIMD_H
 
@@ -56,30 +57,31 @@ struct AvsQuantizer {
 
 #if VEKVC_VECTOR256
 
-using AvsRows = i16x16;
-
-// Even and odd parts of the samples of one row, in the low and high half.
-[[gnu::always_inline]] inline i32x8 avsRowParts(i16x16 row) {
-    const auto pairs = [&](int half) { return shuffleBytes(row, load<u8x32>(kAvsPairOrder.at[half])); };
-    return mulAddPairs(pairs(0), load<i16x16>(kAvsWeights.at[0])) +
-           mulAddPairs(pairs(1), load<i16x16>(kAvsWeights.at[1]));
-}
-// Two rows that lie in both halves: the row pass, samples 4 to 7 in reverse.
-[[gnu::always_inline]] inline i16x16 avsRowPass(i16x16 rowA, i16x16 rowB) {
-    const i32x8 a = avsRowParts(rowA), b = avsRowParts(rowB);
-    const i32x8 even = joinLowHalves(a, b) + constant<i32x8, 4>(), odd = joinHighHalves(a, b);
+// A row in each half: the row pass, samples 4 to 7 in reverse. The tables are opaque: GCC would build their vectors in
+// registers.
+[[gnu::always_inline]] inline i16x16 avsRowPass(i16x16 rows) {
+    const AvsPairOrder& order = *opaque(&kAvsPairOrder);
+    const AvsWeights& weights = *opaque(&kAvsWeights);
+    const auto part = [&](int odd) {
+        const auto product = [&](int half) {
+            const auto pairs = shuffleBytes(rows, loadTwice16<u8x32>(order.at[half] + 16 * odd));
+            return mulAddPairs(pairs, loadTwice16<i16x16>(weights.at[half][4 * odd]));
+        };
+        return product(0) + product(1);
+    };
+    const i32x8 even = part(0) + constant<i32x8, 4>(), odd = part(1);
     return narrowI16((even + odd) >> 3, (even - odd) >> 3);
 }
-// rows[i]: rows i and i + 2 for i = 0, 1 and i + 2, i + 4 for i = 2, 3, after the row pass. Gives the rows 0 and 1, 7
-// and 6, 2 and 3, 5 and 4 of the residual, each row's samples as they lie in `rows`.
+// rows[i]: rows 2i and 2i + 1 after the row pass. Gives the rows 0 and 1, 7 and 6, 2 and 3, 5 and 4 of the residual:
+// each half of a vector has columns 0 to 3 (of its two rows) in the low half, 7 to 4 in the high half.
 [[gnu::always_inline]] inline void avsColumnPass(const i16x16 (&rows)[4], i16x16 (&out)[4]) {
-    // Columns 0 to 3 of both rows side by side, then 4 to 7.
-    const auto sideBySide = [](i16x16 two) {
-        const i16x16 v = swapMiddleQuarters(two);
-        return interleaveLow(v, swapHalves(v));
-    };
+    // Rows 0 and 2, 1 and 3, 4 and 6, 5 and 7 side by side: columns 0 to 3, then 7 to 4.
     i16x16 pairs[4];
-    for (int i = 0; i < 4; ++i) pairs[i] = sideBySide(rows[i]);
+    for (int i = 0; i < 4; i += 2) {
+        const i16x16 low = interleaveLow(rows[i], rows[i + 1]), high = interleaveHigh(rows[i], rows[i + 1]);
+        pairs[i] = joinLowHalves(low, high);
+        pairs[i + 1] = joinHighHalves(low, high);
+    }
     const auto weight = [](int half, int n) { return as<i16x16>(splatFrom<i32x8>(kAvsWeights.at[half][n])); };
     i32x8 sums[4], differences[4];
     for (int n = 0; n < 4; ++n) {
@@ -94,24 +96,17 @@ using AvsRows = i16x16;
         out[n + 1] = narrowI16(differences[n], differences[n + 1]);
     }
 }
-// The residual as avsColumnPass gives it, but for its columns: each half of a vector has columns 0 to 3 (of its two
-// rows) in the low half, 7 to 4 in the high half.
+// The residual as avsColumnPass gives it; two[i]: rows 2i and 2i + 1.
 [[gnu::always_inline]] inline void avsResidual(const i16x16 (&two)[4], i16x16 (&out)[4]) {
-    // two[i]: rows 2i and 2i + 1
-    i16x16 row[8];
-    for (int i = 0; i < 4; ++i) {
-        row[2 * i] = joinLowHalves(two[i], two[i]);
-        row[2 * i + 1] = joinHighHalves(two[i], two[i]);
-    }
-    const i16x16 passed[4] = {avsRowPass(row[0], row[2]), avsRowPass(row[1], row[3]), avsRowPass(row[4], row[6]),
-                              avsRowPass(row[5], row[7])};
+    const i16x16 passed[4] = {avsRowPass(two[0]), avsRowPass(two[1]), avsRowPass(two[2]), avsRowPass(two[3])};
     avsColumnPass(passed, out);
 }
 inline constexpr int kAvsFirstRow[4] = {0, 7, 2, 5}, kAvsSecondRow[4] = {1, 6, 3, 4};
 
-inline void quantInvAvs(const Vek16s* levels, Vek16s* coeffs, int qp) {
+inline VekStatus quantInvAvs(const Vek16s* levels, Vek16s* coeffs, int qp) {
     const AvsQuantizer<i16x16> quantizer(qp);
     for (int i = 0; i < 64; i += 16) store(coeffs + i, quantizer(load<i16x16>(levels + i)));
+    return vekStsOk;
 }
 
 // Two rows in order: the quarters of v are columns 0 to 3 of the first, of the second, columns 7 to 4 of the first, of
@@ -122,15 +117,16 @@ inline void quantInvAvs(const Vek16s* levels, Vek16s* coeffs, int qp) {
                                            0, 1, 2, 3, 4, 5, 6, 7, 14, 15, 12, 13, 10, 11, 8, 9));
 }
 
-inline void transformInvAvs(Vek16s* block) {
+inline VekStatus transformInvAvs(Vek16s* block) {
     i16x16 in[4], out[4];
     for (int i = 0; i < 4; ++i) in[i] = load<i16x16>(block + 16 * i);
     avsResidual(in, out);
     for (int i = 0; i < 4; ++i)
         storePair16(block + 8 * kAvsFirstRow[i], block + 8 * kAvsSecondRow[i], avsInOrder(out[i]));
+    return vekStsOk;
 }
 
-inline void reconstructAvs(const Vek16s* levels, Vek8u* pSrcDst, Vek32s step, int qp) {
+inline VekStatus reconstructAvs(const Vek16s* levels, Vek8u* pSrcDst, Vek32s step, int qp) {
     const AvsQuantizer<i16x16> quantizer(qp);
     i16x16 in[4], out[4];
     for (int i = 0; i < 4; ++i) in[i] = quantizer(load<i16x16>(levels + 16 * i));
@@ -141,6 +137,7 @@ inline void reconstructAvs(const Vek16s* levels, Vek8u* pSrcDst, Vek32s step, in
         const i16x16 sum = addSat(widen(loadPair8<u8x16>(first, second)), avsInOrder(out[i]));
         storePair8(first, second, narrowU8(lowHalf(sum), highHalf(sum)));
     }
+    return vekStsOk;
 }
 
 #else
@@ -192,18 +189,20 @@ template <class Put>
     }
 }
 
-inline void quantInvAvs(const Vek16s* levels, Vek16s* coeffs, int qp) {
+inline VekStatus quantInvAvs(const Vek16s* levels, Vek16s* coeffs, int qp) {
     const AvsQuantizer<i16x8> quantizer(qp);
     for (int i = 0; i < 64; i += 8) store(coeffs + i, quantizer(load<i16x8>(levels + i)));
+    return vekStsOk;
 }
 
-inline void transformInvAvs(Vek16s* block) {
+inline VekStatus transformInvAvs(Vek16s* block) {
     i16x8 in[8];
     for (int i = 0; i < 8; ++i) in[i] = load<i16x8>(block + 8 * i);
     avsResidual(in, [&](int n, i16x8 row) { store(block + 8 * n, row); });
+    return vekStsOk;
 }
 
-inline void reconstructAvs(const Vek16s* levels, Vek8u* pSrcDst, Vek32s step, int qp) {
+inline VekStatus reconstructAvs(const Vek16s* levels, Vek8u* pSrcDst, Vek32s step, int qp) {
     const AvsQuantizer<i16x8> quantizer(qp);
     i16x8 in[8];
     for (int i = 0; i < 8; ++i) in[i] = quantizer(load<i16x8>(levels + 8 * i));
@@ -212,6 +211,7 @@ inline void reconstructAvs(const Vek16s* levels, Vek8u* pSrcDst, Vek32s step, in
         const i16x8 sum = addSat(widenLow(loadBytes<u8x16, 8>(row)), residual);
         storeBytes<8>(row, narrowU8(sum, sum));
     });
+    return vekStsOk;
 }
 
 #endif

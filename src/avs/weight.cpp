@@ -14,7 +14,11 @@ namespace {
 // Of the packed size, which spares taking a VekiSize apart in a vector.
 constexpr bool isBlock(std::uint64_t packed) {
     const VekiSize size = unpackedSize(packed);
-    return !outside(size.width, 2, 16) && !outside(size.height, 2, 16);
+    if (outside(size.width, 2, 16)) [[unlikely]]
+        return false;
+    if (outside(size.height, 2, 16)) [[unlikely]]
+        return false;
+    return true;
 }
 constexpr bool isWeight(Vek32s scale, Vek32s shift) { return !outside(scale, 0, 255) && !outside(shift, -128, 127); }
 
@@ -24,29 +28,35 @@ VekStatus vekiInterpolateBlock_AVS_8u_P3P1R(const Vek8u* pSrc1, Vek32s src1Step,
                                             Vek8u* pDst, Vek32s dstStep, VekiSize roiSize) {
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
     const std::uint64_t size = packedSize(roiSize);
-    if (!isBlock(size)) return vekStsErrSize;
-    kernel::averageAvs({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, unpackedSize(size));
-    return vekStsOk;
+    if (!isBlock(size)) [[unlikely]]
+        return vekStsErrSize;
+    return finish([&] {
+        return kernel::averageAvs({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, unpackedSize(size));
+    });
 }
 
 VekStatus vekiUniDirWeightBlock_AVS_8u_C1IR(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32s scale, Vek32s shift,
                                             VekiSize roiSize) {
     if (anyNull(pSrcDst)) return vekStsErrNullPtr;
-    if (!isWeight(scale, shift)) return vekStsErrOutOfRange;
     const std::uint64_t size = packedSize(roiSize);
-    if (!isBlock(size)) return vekStsErrSize;
-    kernel::weightAvsOne({pSrcDst, srcDstStep}, {pSrcDst, srcDstStep}, unpackedSize(size), {scale, shift});
-    return vekStsOk;
+    if (!isBlockSize(size) || !avs::isSmall({scale, shift})) [[unlikely]] {
+        if (!isWeight(scale, shift)) return vekStsErrOutOfRange;
+        if (!isBlock(size)) return vekStsErrSize;
+    }
+    return finish([&] { return kernel::weightAvsInPlace({pSrcDst, srcDstStep}, size, {scale, shift}); });
 }
 
 VekStatus vekiUniDirWeightBlock_AVS_8u_C1R(const Vek8u* pSrc, Vek32s srcStep, Vek8u* pDst, Vek32s dstStep, Vek32s scale,
                                            Vek32s shift, VekiSize roiSize) {
     if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
-    if (!isWeight(scale, shift)) return vekStsErrOutOfRange;
+    if (!isWeight(scale, shift)) [[unlikely]]
+        return vekStsErrOutOfRange;
     const std::uint64_t size = packedSize(roiSize);
-    if (!isBlock(size)) return vekStsErrSize;
-    kernel::weightAvsOne({pSrc, srcStep}, {pDst, dstStep}, unpackedSize(size), {scale, shift});
-    return vekStsOk;
+    if (!isBlock(size)) [[unlikely]]
+        return vekStsErrSize;
+    return finish([&] {
+        return kernel::weightAvsOne({pSrc, srcStep}, {pDst, dstStep}, unpackedSize(size), {scale, shift});
+    });
 }
 
 VekStatus vekiBiDirWeightBlock_AVS_8u_P3P1R(const Vek8u* pSrc1, Vek32s src1Step, const Vek8u* pSrc2, Vek32s src2Step,
@@ -55,8 +65,10 @@ VekStatus vekiBiDirWeightBlock_AVS_8u_P3P1R(const Vek8u* pSrc1, Vek32s src1Step,
     if (anyNull(pSrc1, pSrc2, pDst)) return vekStsErrNullPtr;
     if (!isWeight(scale1, shift1) || !isWeight(scale2, shift2)) return vekStsErrOutOfRange;
     const std::uint64_t size = packedSize(roiSize);
-    if (!isBlock(size)) return vekStsErrSize;
-    kernel::weightAvsTwo({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, unpackedSize(size), {scale1, shift1},
-                         {scale2, shift2});
-    return vekStsOk;
+    if (!isBlock(size)) [[unlikely]]
+        return vekStsErrSize;
+    return finish([&] {
+        return kernel::weightAvsTwo({pSrc1, src1Step}, {pSrc2, src2Step}, {pDst, dstStep}, unpackedSize(size),
+                                    {scale1, shift1}, {scale2, shift2});
+    });
 }

@@ -3,7 +3,9 @@
 #define VEKVC_AVS_WEIGHT_PLAIN_H
 
 #include "core/arith.h"
+#include "core/check.h"
 #include "core/memory.h"
+#include "h264/weight_plain.h"
 
 namespace vekvc {
 
@@ -12,6 +14,11 @@ namespace avs {
 struct Weight {
     Vek32s scale, shift;  // 0 to 255; -128 to 127
 };
+
+// Do scale and shift fit a signed byte?
+constexpr bool isSmall(const Weight& w) {
+    return (static_cast<Vek32u>(w.scale) | (static_cast<Vek32u>(w.shift) + 128) >> 1) < 128;
+}
 
 }  // namespace avs
 
@@ -22,6 +29,9 @@ inline int weightedAvs(int sample, const avs::Weight& w) { return clip255(((samp
 inline void weightAvsOne(Block<Vek8u> src, MutableBlock<Vek8u> dst, VekiSize size, const avs::Weight& w) {
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) dst.put(x, y, static_cast<Vek8u>(weightedAvs(src(x, y), w)));
+}
+inline void weightAvsInPlace(MutableBlock<Vek8u> block, std::uint64_t size, const avs::Weight& w) {
+    weightAvsOne({block.base, static_cast<Vek32s>(block.step)}, block, unpackedSize(size), w);
 }
 inline void weightAvsTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst, VekiSize size,
                          const avs::Weight& w1, const avs::Weight& w2) {

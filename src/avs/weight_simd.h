@@ -18,34 +18,58 @@ struct AvsWeigh {
     [[gnu::always_inline]] explicit AvsWeigh(const avs::Weight& w)
         : scale(splat<W>(w.scale << 4)), shift(splat<V>(w.shift)) {}
     [[gnu::always_inline]] U operator()(U a) const {
-        const auto half = [&](U high) { return as<V>(average(mulHigh(as<W>(high), scale), zero<W>())) + shift; };
         return narrowU8(half(interleaveLow(zero<U>(), a)), half(interleaveHigh(zero<U>(), a)));
     }
+
+  private:
+    [[gnu::always_inline]] V half(U high) const {
+        return as<V>(average(mulHigh(as<W>(high), scale), zero<W>())) + shift;
+    }
 };
+// Weights that fit a signed byte make (a * scale + 32 * shift + 16) >> 5 a sum of two products: H.264's form with a
+// logarithmic denominator of 5, which also saturates only where the result is 255.
 template <class U>
+[[gnu::always_inline]] inline WeighOne<U> smallWeigh(const avs::Weight& w) {
+    return {twoBytes(w.scale, w.shift), splatFrom<i16x8>(&kScales[5]), splatFrom<i16x8>(&kPowers[5])};
+}
+template <class Weigh>
 struct AvsWeighOne {
-    AvsWeigh<U> weigh;
+    Weigh weigh;
 
     template <int W>
     static constexpr int kRows = kTileRows<W, 4>;
-    [[gnu::always_inline]] U operator()(U a, U) const { return weigh(a); }
+    template <class U>
+    [[gnu::always_inline]] U operator()(U a, U) const {
+        return weigh(a);
+    }
+    template <class U>
+    [[gnu::always_inline]] U operator()(U a0, U, U a1, U) const {
+        return weigh(a0, a1);
+    }
 };
-template <class U>
+template <class Weigh>
 struct AvsWeighTwo {
-    AvsWeigh<U> weigh1, weigh2;
+    Weigh weigh1, weigh2;
 
     template <int W>
     static constexpr int kRows = kTileRows<W, 4>;
-    [[gnu::always_inline]] U operator()(U a, U b) const { return average(weigh1(a), weigh2(b)); }
+    template <class U>
+    [[gnu::always_inline]] U operator()(U a, U b) const {
+        return average(weigh1(a), weigh2(b));
+    }
+    template <class U>
+    [[gnu::always_inline]] U operator()(U a0, U b0, U a1, U b1) const {
+        return average(weigh1(a0, a1), weigh2(b0, b1));
+    }
 };
 
-// Blocks 8 and 16 wide in whole vectors: R rows at a time, which divide the height.
+// Blocks 8 and 16 wide, R rows at a time, which divide the height.
 template <int W, int R, class Op>
 [[gnu::always_inline]] inline void avsColumn(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> dst, int height,
                                              const Op& op) {
     using G = RowGroup<W, R>;
     for (; height > 0; height -= R) {
-        G::store(dst.base, dst.step, op(G::load(a.base, a.step), G::load(b.base, b.step)));
+        G::store(dst.base, dst.step, combineRows<W, R>(op, a.base, b.base, a.step, b.step));
         a.base = groupOn<R>(a.base, a.step), b.base = groupOn<R>(b.base, b.step);
         dst.base = groupOn<R>(dst.base, dst.step);
     }
@@ -57,28 +81,50 @@ template <template <class> class Op, class... W>
     const auto columns = [&]<int width>(std::integral_constant<int, width>) {
         constexpr int R = kGroupRows<width, 8>;
         using U = typename RowGroup<width, R>::U;
-        avsColumn<width, R>(a, b, dst, size.height, Op<U>{AvsWeigh<U>(weights)...});
+        avsColumn<width, R>(a, b, dst, size.height, Op<WeighOne<U>>{smallWeigh<U>(weights)...});
         return 0;
     };
-    if (size.height % 4 == 0) {
+    if (size.height % 2 == 0 && (avs::isSmall(weights) && ...)) {
         if (size.width == 16) return columns(std::integral_constant<int, 16>());
         if (size.width == 8) return columns(std::integral_constant<int, 8>());
     }
-    return tileColumns(a, b, dst, size, Op<u8x16>{AvsWeigh<u8x16>(weights)...});
+    return tileColumns(a, b, dst, size, Op<AvsWeigh<u8x16>>{AvsWeigh<u8x16>(weights)...});
 }
 
-inline void weightAvsOne(Block<Vek8u> src, MutableBlock<Vek8u> dst, VekiSize size, const avs::Weight& w) {
-    if (avsWeighBlock<AvsWeighOne>(src, src, dst, size, w) > 0)
-        plain::weightAvsOne(lastColumn(src, size.width), lastColumn(dst, size.width), {1, size.height}, w);
+// The kernels end their exports; what is left over of odd widths is out of their way.
+[[gnu::noinline, gnu::cold]] inline VekStatus weightLastAvs(Block<Vek8u> src, MutableBlock<Vek8u> dst, VekiSize size,
+                                                            avs::Weight w) {
+    plain::weightAvsOne(lastColumn(src, size.width), lastColumn(dst, size.width), {1, size.height}, w);
+    return vekStsOk;
 }
-inline void weightAvsTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst, VekiSize size,
-                         const avs::Weight& w1, const avs::Weight& w2) {
-    if (avsWeighBlock<AvsWeighTwo>(src1, src2, dst, size, w1, w2) > 0)
-        plain::weightAvsTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
-                            {1, size.height}, w1, w2);
+[[gnu::noinline]] inline VekStatus weightAvsOne(Block<Vek8u> src, MutableBlock<Vek8u> dst, VekiSize size,
+                                                avs::Weight w) {
+    if (avsWeighBlock<AvsWeighOne>(src, src, dst, size, w) > 0) [[unlikely]]
+        return weightLastAvs(src, dst, size, w);
+    return vekStsOk;
 }
-inline void averageAvs(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst, VekiSize size) {
-    averageBlocks(src1, src2, dst, size);
+[[gnu::always_inline]] inline VekStatus weightAvsInPlace(MutableBlock<Vek8u> block, std::uint64_t size,
+                                                         const avs::Weight& w) {
+    if (isBlockSize(size) && avs::isSmall(w)) [[likely]]
+        return weighInPlace(block, size, {w.scale, 0, w.shift, 5});
+    return weightAvsOne({block.base, static_cast<Vek32s>(block.step)}, block, unpackedSize(size), w);
+}
+[[gnu::noinline, gnu::cold]] inline VekStatus weightLastAvs(Block<Vek8u> src1, Block<Vek8u> src2,
+                                                            MutableBlock<Vek8u> dst, VekiSize size, avs::Weight w1,
+                                                            avs::Weight w2) {
+    plain::weightAvsTwo(lastColumn(src1, size.width), lastColumn(src2, size.width), lastColumn(dst, size.width),
+                        {1, size.height}, w1, w2);
+    return vekStsOk;
+}
+[[gnu::noinline]] inline VekStatus weightAvsTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst,
+                                                VekiSize size, avs::Weight w1, avs::Weight w2) {
+    if (avsWeighBlock<AvsWeighTwo>(src1, src2, dst, size, w1, w2) > 0) [[unlikely]]
+        return weightLastAvs(src1, src2, dst, size, w1, w2);
+    return vekStsOk;
+}
+[[gnu::always_inline]] inline VekStatus averageAvs(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst,
+                                                   VekiSize size) {
+    return averageBlocks(src1, src2, dst, size);
 }
 
 }  // namespace vekvc::simd

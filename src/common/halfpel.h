@@ -13,8 +13,9 @@ constexpr Half halfOfMcType(Vek32s mcType) { return static_cast<Half>(mcType >> 
 
 // acc: bits 1 and 0; 1 is horizontal and 2 vertical, the other way round than in mcType.
 constexpr Half halfOfAcc(Vek32s acc) {
-    constexpr Half cases[] = {Half::none, Half::horizontal, Half::vertical, Half::both};
-    return cases[acc & 3];
+    if ((acc & 3) == 0) return Half::none;
+    if ((acc & 1) == 0) return Half::vertical;
+    return (acc & 2) == 0 ? Half::horizontal : Half::both;
 }
 
 // roundControl, rounding: bit 0.
@@ -27,19 +28,19 @@ struct Reference {
     Half half;
 };
 
-// Calls use<half, rounding>() for values known at run time.
+// Gives use<half, rounding>() for values known at run time.
 template <class Use>
-inline void withCase(Half half, int rounding, Use&& use) {
+inline auto withCase(Half half, int rounding, Use&& use) {
+    if (half == Half::none) [[likely]]
+        return use.template operator()<Half::none, 0>();
     switch (half) {
-        case Half::none:
-            return use.template operator()<Half::none, 0>();
         case Half::vertical:
             return rounding ? use.template operator()<Half::vertical, 1>()
                             : use.template operator()<Half::vertical, 0>();
         case Half::horizontal:
             return rounding ? use.template operator()<Half::horizontal, 1>()
                             : use.template operator()<Half::horizontal, 0>();
-        case Half::both:
+        default:
             return rounding ? use.template operator()<Half::both, 1>() : use.template operator()<Half::both, 0>();
     }
 }

@@ -20,8 +20,10 @@ template <int W, int H, int next = 1>
 VekStatus mc(const Reference& ref, const Vek16s* pSrcYData, Vek32s srcYDataStep, Vek8u* pDst, Vek32s dstStep,
              Vek32s roundControl) {
     if (anyNull(ref.pixels, pSrcYData, pDst)) return vekStsErrNullPtr;
-    kernel::predictAndAdd<W, H, next>(ref, roundingOf(roundControl), Residual{pSrcYData, srcYDataStep}, pDst, dstStep);
-    return vekStsOk;
+    return finish([&] {
+        return kernel::predictAndAdd<W, H, next>(ref, roundingOf(roundControl), Residual{pSrcYData, srcYDataStep}, pDst,
+                                                 dstStep);
+    });
 }
 
 template <int W, int H, int next = 1>
@@ -36,8 +38,9 @@ template <int H>
 VekStatus mcPlanes(const Reference& ref, const ResidualPlanes& residual, Vek8u* pDst, Vek32s dstStep,
                    Vek32s roundControl) {
     if (anyNull(ref.pixels, residual.u, residual.v, pDst)) return vekStsErrNullPtr;
-    kernel::predictAndAdd<16, H, kSameComponent>(ref, roundingOf(roundControl), residual, pDst, dstStep);
-    return vekStsOk;
+    return finish([&] {
+        return kernel::predictAndAdd<16, H, kSameComponent>(ref, roundingOf(roundControl), residual, pDst, dstStep);
+    });
 }
 
 template <int H>

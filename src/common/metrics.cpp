@@ -13,14 +13,18 @@ namespace {
 
 template <int W, int H, class T>
 VekStatus sad(const T* pSrc, Vek32s srcStep, const T* pRef, Vek32s refStep, Vek32s* pResult, Half half) {
-    if (anyNull(pSrc, pRef, pResult)) return vekStsErrNullPtr;
-    store(pResult, kernel::sumOfAbsoluteDifferences<W, H>(Block<T>(pSrc, srcStep), Block<T>(pRef, refStep), half));
-    return vekStsOk;
+    if (anyNull(pSrc, pRef, pResult)) [[unlikely]]
+        return vekStsErrNullPtr;
+    return finish([&] {
+        return kernel::putSumOfAbsoluteDifferences<W, H>(Block<T>(pSrc, srcStep), Block<T>(pRef, refStep), half,
+                                                         pResult);
+    });
 }
 
 template <int W, int H>
 VekStatus ssd(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek32s* pResult, Half half) {
-    if (anyNull(pSrc, pRef, pResult)) return vekStsErrNullPtr;
+    if (anyNull(pSrc, pRef, pResult)) [[unlikely]]
+        return vekStsErrNullPtr;
     store(pResult,
           kernel::sumOfSquaredDifferences<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep), half));
     return vekStsOk;

@@ -18,6 +18,11 @@ Vek32s sumOfAbsoluteDifferences(Block<T> s, Block<T> ref, Half half) {
     return sum;
 }
 
+template <int W, int H, class T>
+void putSumOfAbsoluteDifferences(Block<T> s, Block<T> ref, Half half, Vek32s* pResult) {
+    store(pResult, sumOfAbsoluteDifferences<W, H>(s, ref, half));
+}
+
 template <int W, int H>
 Vek32s sumOfSquaredDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
     Vek32s sum = 0;

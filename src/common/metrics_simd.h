@@ -9,8 +9,10 @@ namespace vekvc::simd {
 
 using plain::InterleavedSums;
 
+// The sums are made in their exports, which a call would have save the place of the result.
 template <int W, int H>
-Vek32s sumOfAbsoluteDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+[[gnu::always_inline]] inline VekStatus putSumOfAbsoluteDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half,
+                                                                    Vek32s* pResult) {
     constexpr int R = kTileRows<W, H>;
     u64x2 sum = zero<u64x2>();
     withCase(half, 0, [&]<Half h, int round>() {
@@ -18,7 +20,8 @@ Vek32s sumOfAbsoluteDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
         Predictor<W, R, h, round> p(ref.base, ref.step);
         forTileRows<H, R>([&] { sum += sumAbsDiff(source.rows(), p.rows()); });
     });
-    return W == 16 || R > 1 ? sumLanes(sum) : lane<0>(as<i32x4>(sum));
+    store(pResult, W == 16 || R > 1 ? sumLanes(sum) : lane<0>(as<i32x4>(sum)));
+    return vekStsOk;
 }
 
 // ---- 16-bit samples: rows of 4, 8 or 16
@@ -67,14 +70,15 @@ template <int W, int H, class Use>
     using Row = Row16<W>;
     withCase(half, 0, [&]<Half h, int>() {
         for (int x = 0; x < W; x += Row::kColumns)
-#pragma GCC unroll 4
+#pragma GCC unroll 8
             for (int y = 0; y < H; ++y) use(Row::load(s.at(x, y)), positionOfRow<W, h>(ref, x, y));
     });
 }
 
 // For samples of any size: the differences have 16 bits without sign and are summed less 32768, as signed values.
 template <int W, int H>
-[[gnu::noinline]] Vek32s sumOfLargeDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half) {
+[[gnu::noinline, gnu::cold]] VekStatus putSumOfLargeDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half,
+                                                                Vek32s* pResult) {
     using V = typename Row16<W>::Vector;
     using Signed = Vec<Vek16s, V::kBytes / 2>;
     using Sum = Vec<Vek32s, V::kBytes / 4>;
@@ -83,12 +87,15 @@ template <int W, int H>
     forDifferences<W, H>(s, ref, half, [&](V a, V b) {
         sum += mulAddPairs(as<Signed>(absDiff(a, b) ^ splat<V>(0x8000)), splat<Signed>(1));
     });
-    return sumLanes(sum) + kBias;
+    store(pResult, sumLanes(sum) + kBias);
+    return vekStsOk;
 }
 
-// Sums of real video fit 16 bits per lane; a lane that reached the limit sends the block to the general form.
+// Sums of real video fit 16 bits per lane; a lane that reached the limit sends the block to the general form, which
+// ends the export.
 template <int W, int H>
-Vek32s sumOfAbsoluteDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half) {
+[[gnu::always_inline]] inline VekStatus putSumOfAbsoluteDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half,
+                                                                    Vek32s* pResult) {
     using V = typename Row16<W>::Vector;
     V above = zero<V>(), below = zero<V>();
     forDifferences<W, H>(s, ref, half, [&](V a, V b) {
@@ -96,12 +103,14 @@ Vek32s sumOfAbsoluteDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half) {
         below = addSat(below, subSat(b, a));
     });
     const V sum = addSat(above, below);
-    if (byteMask(sum == splat<V>(0xffff)) != 0) return sumOfLargeDifferences<W, H>(s, ref, half);
-    return sumLanes(sum);
+    if (byteMask(sum == constant<V, 0xffff>()) != 0) [[unlikely]]
+        return putSumOfLargeDifferences<W, H>(s, ref, half, pResult);
+    store(pResult, sumLanes(sum));
+    return vekStsOk;
 }
 
 template <int W, int H>
-Vek32s sumOfSquaredDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
+[[gnu::always_inline]] inline Vek32s sumOfSquaredDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
     constexpr int R = W * H >= 16 ? 16 / W : H;
     i32x4 sum = zero<i32x4>();
     withCase(half, 0, [&]<Half h, int round>() {

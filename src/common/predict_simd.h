@@ -10,8 +10,9 @@ namespace vekvc::simd {
 using plain::Residual;
 using plain::ResidualPlanes;
 
+// Copies and averages are made in their exports, which pass their arguments in registers.
 template <int W, int H>
-void copyBlock(const Reference& src, int rounding, Vek8u* pDst, Vek32s dstStep) {
+[[gnu::always_inline]] inline void copyBlock(const Reference& src, int rounding, Vek8u* pDst, Vek32s dstStep) {
     constexpr int R = kTileRows<W, H>;
     withCase(src.half, rounding, [&]<Half half, int round>() {
         Predictor<W, R, half, round> p(src.pixels, src.step);
@@ -21,7 +22,8 @@ void copyBlock(const Reference& src, int rounding, Vek8u* pDst, Vek32s dstStep) 
 }
 
 template <int W, int H>
-void averageBlock(const Reference& src, int rounding, const Vek8u* pA, Vek32s aStep, Vek8u* pDst, Vek32s dstStep) {
+[[gnu::always_inline]] inline void averageBlock(const Reference& src, int rounding, const Vek8u* pA, Vek32s aStep,
+                                                Vek8u* pDst, Vek32s dstStep) {
     constexpr int R = kTileRows<W, H>;
     withCase(src.half, rounding, [&]<Half half, int round>() {
         Predictor<W, R, half, round> p(src.pixels, src.step);
@@ -111,10 +113,10 @@ ResidualPlanesReader readerOf(const ResidualPlanes& r) {
     return ResidualPlanesReader(r);
 }
 
-// Each case is a function of its own, so that none carries the others' registers.
+// Each case is a function of its own, so that none carries the others' registers; it ends its export.
 template <int W, int H, int next, Half half, int rounding, class ResidualBlock>
-[[gnu::noinline]] void predictAndAddCase(const Vek8u* pRef, std::ptrdiff_t refStep, ResidualBlock residualBlock,
-                                         Vek8u* pDst, std::ptrdiff_t dstStep) {
+[[gnu::noinline]] VekStatus predictAndAddCase(const Vek8u* pRef, std::ptrdiff_t refStep, ResidualBlock residualBlock,
+                                              Vek8u* pDst, std::ptrdiff_t dstStep) {
     constexpr int R = kWideTileRows<W, H>;
     auto residual = readerOf<W, R>(residualBlock);
     TileWriter<W, R> dst(pDst, dstStep);
@@ -129,12 +131,14 @@ template <int W, int H, int next, Half half, int rounding, class ResidualBlock>
         Predictor<W, R, half, rounding, next> p(pRef, refStep);
         forTileRows<H, R>([&] { dst.rows(residual.rows().addTo(p.rows())); });
     }
+    return vekStsOk;
 }
 
 template <int W, int H, int next, class ResidualBlock>
-void predictAndAdd(const Reference& ref, int rounding, ResidualBlock residual, Vek8u* pDst, Vek32s dstStep) {
-    withCase(ref.half, rounding, [&]<Half half, int round>() {
-        predictAndAddCase<W, H, next, half, round>(ref.pixels, ref.step, residual, pDst, dstStep);
+[[gnu::always_inline]] inline VekStatus predictAndAdd(const Reference& ref, int rounding, ResidualBlock residual,
+                                                      Vek8u* pDst, Vek32s dstStep) {
+    return withCase(ref.half, rounding, [&]<Half half, int round>() {
+        return predictAndAddCase<W, H, next, half, round>(ref.pixels, ref.step, residual, pDst, dstStep);
     });
 }
 

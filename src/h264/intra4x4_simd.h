@@ -135,7 +135,10 @@ inline constexpr Intra4x4Kernel kIntra4x4Kernels[9] = {predict4x4<0>, predict4x4
                                                        predict4x4<6>, predict4x4<7>, predict4x4<8>};
 
 [[gnu::always_inline]] inline VekStatus predictIntra4x4(Vek8u* p, Vek32s step, Vek32s mode, Vek32u available) {
+    // The small ones, which are also the frequent ones, stay in the export.
     if (mode == h264::vertical) return predict4x4<h264::vertical>(p, step, mode, available);
+    if (mode == h264::dc) return predict4x4<h264::dc>(p, step, mode, available);
+    if (mode == h264::horizontal) return predict4x4<h264::horizontal>(p, step, mode, available);
     return kIntra4x4Kernels[static_cast<Vek32u>(mode)](p, step, mode, available);
 }
 inline bool predictIntra4x4(MutableBlock<Vek8u> block, int mode, Vek32u available, int) {

@@ -1,4 +1,6 @@
 // Exports: forward transform with quantization, quantizers, scale generators, SP and SI blocks.
+#include <initializer_list>
+
 #include "core/check.h"
 #include "core/kernel.h"
 #include "h264/quantize_plain.h"
@@ -9,10 +11,25 @@
 
 using namespace vekvc;
 using plain::LevelCount;
-using plain::quantRounding;
 using plain::QuantRounding;
 
 namespace {
+
+// plain::quantRounding without a division: the third of 2^qbits, rounded down, is that of 2^32 shifted right, and the
+// sixth one bit further.
+constexpr QuantRounding quantRounding(Vek32u qbits, bool isIntra) {
+    const Vek32u f = 0x55555555u >> ((isIntra ? 32 : 33) - qbits);
+    return {static_cast<int>(qbits), static_cast<int>(f)};
+}
+static_assert([] {
+    for (const bool isIntra : {true, false})
+        for (int qbits = 2; qbits < 31; ++qbits)
+            if (quantRounding(static_cast<Vek32u>(qbits), isIntra).f != plain::quantRounding(qbits, isIntra).f)
+                return false;
+    return true;
+}());
+// QP / 6 of a QP that has been checked.
+constexpr Vek32u sixth(Vek32s QP) { return static_cast<Vek32u>(QP) / 6; }
 
 // The count of levels, negated if the DC is one of them.
 Vek32s signedByDC(Vek32s numLevels, bool hasDC) { return hasDC ? -numLevels : numLevels; }
@@ -22,9 +39,9 @@ VekStatus transformQuantFwd4x4(const Vek16s* pSrc, D* pDst, Vek32s QP, Vek32s ma
                                const Vek16s* pScanPos, Vek32s* pLastPos, const Vek16s* pScale) {
     if (anyNull(pSrc, pDst, pNumLevels, pScanPos, pLastPos)) return vekStsErrNullPtr;
     if (outside(QP, 0, maxQP)) return vekStsErrOutOfRange;
-    const Vek16s* multipliers = pScale ? pScale : h264::forwardMultipliers4x4[QP % 6].data();
+    const Vek16s* multipliers = pScale ? pScale : h264::forwardMultipliers4x4[static_cast<Vek32u>(QP) % 6].data();
     const LevelCount count = kernel::transformQuantFwd4x4(
-        pSrc, pDst, multipliers, quantRounding((pScale ? 11 : 15) + QP / 6, isIntra != 0), pScanPos);
+        pSrc, pDst, multipliers, quantRounding((pScale ? 11 : 15) + sixth(QP), isIntra != 0), pScanPos);
     store<Vek32s>(pNumLevels, signedByDC(count.numLevels, load<D>(pDst) != 0));
     store<Vek32s>(pLastPos, count.lastPos);
     return vekStsOk;
@@ -47,7 +64,7 @@ VekStatus forwardLumaDC(C* pDst, C* pSrc, Vek32s QP, Vek32s maxQP, Vek32s* pNumL
     if (outside(QP, 0, maxQP)) return vekStsErrOutOfRange;
     // With a scale the offset is 1364 * 2^(QP/6), deliberately not the third of 2^qbits.
     const QuantRounding rounding =
-        pScaleDC ? QuantRounding{12 + QP / 6, 1364 << QP / 6} : quantRounding(16 + QP / 6, true);
+        pScaleDC ? QuantRounding{12 + QP / 6, 1364 << QP / 6} : quantRounding(16 + sixth(QP), true);
     const Vek32s multiplier = pScaleDC ? load<Vek16s>(pScaleDC) : h264::forwardMultipliers4x4[QP % 6][0];
     if (needTransform) kernel::forwardDC<4, 4>(pSrc);
     const bool hasDC = load<C>(pSrc) != 0;
@@ -64,7 +81,7 @@ VekStatus forwardChromaDC(C* pDst, C* pSrc, Vek32s QP, Vek32s maxQP, Vek32s* pNu
     if (anyNull(pDst, pSrc, pNumLevels)) return vekStsErrNullPtr;
     if (outside(QP, 0, maxQP)) return vekStsErrOutOfRange;
     const int qpDC = QP + qpOffset;
-    const QuantRounding rounding = quantRounding((pScaleDC ? 12 : 16) + qpDC / 6, isIntra != 0);
+    const QuantRounding rounding = quantRounding((pScaleDC ? 12 : 16) + sixth(qpDC), isIntra != 0);
     const Vek32s multiplier = pScaleDC ? load<Vek16s>(pScaleDC) : h264::forwardMultipliers4x4[qpDC % 6][0];
     if (needTransform) kernel::forwardDC<rows, 2>(pSrc);
     const LevelCount count = kernel::quantizeDC<2 * rows>(pSrc, pDst, multiplier, rounding, nullptr);
@@ -103,7 +120,8 @@ VekStatus vekiQuantizeResidual4x4Fwd_H264_16s32s_C1(const Vek16s* pSrc, Vek16s* 
                                                     Vek32s QP, Vek32u isIntra) {
     if (anyNull(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos)) return vekStsErrNullPtr;
     if (outside(QP, 0, 51)) return vekStsErrOutOfRange;
-    return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos, quantRounding(11 + QP / 6, isIntra != 0));
+    return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos,
+                        quantRounding(11 + sixth(QP), isIntra != 0));
 }
 
 VekStatus vekiQuantizeResidual4x4Fwd_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32u* pNumLevels, Vek32u* pLastPos,
@@ -111,9 +129,8 @@ VekStatus vekiQuantizeResidual4x4Fwd_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDs
                                                  Vek32u isIntra) {
     if (anyNull(pSrc, pDst, pNumLevels, pLastPos, pScanPos)) return vekStsErrNullPtr;
     if (QP > 51) return vekStsErrOutOfRange;
-    const int qpDiv6 = static_cast<int>(QP / 6);
     return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, pScale ? pScale : h264::forwardMultipliers4x4[QP % 6].data(),
-                        pScanPos, quantRounding((pScale ? 11 : 15) + qpDiv6, isIntra != 0));
+                        pScanPos, quantRounding((pScale ? 11 : 15) + QP / 6, isIntra != 0));
 }
 
 VekStatus vekiQuantizeResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst, Vek32u* pNumLevels, Vek32u* pLastPos,
@@ -121,7 +138,7 @@ VekStatus vekiQuantizeResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDs
                                                  Vek32u isIntra) {
     if (anyNull(pSrc, pDst, pNumLevels, pLastPos, pScanPos)) return vekStsErrNullPtr;
     if (QP > 87) return vekStsErrOutOfRange;
-    const QuantRounding rounding = quantRounding((pScale ? 11 : 15) + static_cast<int>(QP / 6), isIntra != 0);
+    const QuantRounding rounding = quantRounding((pScale ? 11 : 15) + QP / 6, isIntra != 0);
     if (pScale) return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos, rounding);
     return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, h264::forwardMultipliers4x4[QP % 6].data(), pScanPos,
                         rounding);
@@ -178,7 +195,8 @@ VekStatus vekiQuantLuma8x8_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s 
                                        const Vek16s* pScale) {
     if (anyNull(pSrc, pDst, pNumLevels, pScanPos, pLastPos, pScale)) return vekStsErrNullPtr;
     if (outside(QPdiv6, 0, 8)) return vekStsErrQPRange;
-    return quantize<64>(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos, quantRounding(12 + QPdiv6, isIntra != 0));
+    return quantize<64>(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos,
+                        quantRounding(12 + static_cast<Vek32u>(QPdiv6), isIntra != 0));
 }
 
 VekStatus vekiQuantLuma8x8_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst, Vek32s QPdiv6, Vek32u isIntra,
@@ -186,7 +204,8 @@ VekStatus vekiQuantLuma8x8_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst, Vek32s 
                                        const Vek16s* pScale) {
     if (anyNull(pSrc, pDst, pNumLevels, pScanPos, pLastPos, pScale)) return vekStsErrNullPtr;
     if (outside(QPdiv6, 0, 14)) return vekStsErrQPRange;
-    return quantize<64>(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos, quantRounding(12 + QPdiv6, isIntra != 0));
+    return quantize<64>(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos,
+                        quantRounding(12 + static_cast<Vek32u>(QPdiv6), isIntra != 0));
 }
 
 // ---- scales

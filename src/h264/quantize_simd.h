@@ -49,17 +49,16 @@ class LevelCounter {
 
 // ---- 16-bit coefficients
 
-// |c| * multiplier + f keeps within 32 bits. The multiplier is signed, |c| is not: 32768 is one of its values.
+// |c| * multiplier + f keeps within 32 bits. -|c| is a signed 16-bit value also where |c| is not; the even and the odd
+// lanes go apart, each with a 0 in place of its neighbour.
 template <class V>
 [[gnu::always_inline]] inline V quantized(V c, V multiplier, QuantRounding r) {
-    using U = Vec<Vek16u, V::kBytes / 2>;
     using D = Vec<Vek32s, V::kBytes / 4>;
-    const V magnitude = abs(c), low = magnitude * multiplier;
-    const V high = as<V>(mulHigh(as<U>(magnitude), as<U>(multiplier))) - (magnitude & (multiplier >> 15));
+    const V negative = min(c, zero<V>() - c);
     const D f = splat<D>(r.f);
-    const D first = (as<D>(interleaveLow(low, high)) + f) >> r.qbits,
-            second = (as<D>(interleaveHigh(low, high)) + f) >> r.qbits;
-    return withSign(narrowWrap(first, second), c);
+    const D even = (f - mulAddPairs(blend16<0xAA>(negative, zero<V>()), multiplier)) >> r.qbits,
+            odd = (f - mulAddPairs(blend16<0x55>(negative, zero<V>()), multiplier)) >> r.qbits;
+    return withSign(blend16<0xAA>(as<V>(even), as<V>(odd << 16)), c);
 }
 
 // 32-bit multipliers, from memory.

@@ -45,20 +45,6 @@ struct RowGroup {
 };
 #if VEKVC_VECTOR256
 template <>
-struct RowGroup<8, 4> {
-    using U = u8x32;
-
-    [[gnu::always_inline]] static U load(const Vek8u* p, std::ptrdiff_t step) {
-        const Vek8u* const row2 = twoRowsOn(p, step);
-        return loadFour8<U>(p, p + step, row2, row2 + step);
-    }
-    [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) {
-        Vek8u* const row2 = twoRowsOn(p, step);
-        storePair8(p, p + step, lowHalf(v));
-        storePair8(row2, row2 + step, highHalf(v));
-    }
-};
-template <>
 struct RowGroup<16, 2> {
     using U = u8x32;
 
@@ -66,47 +52,63 @@ struct RowGroup<16, 2> {
     [[gnu::always_inline]] static void store(Vek8u* p, std::ptrdiff_t step, U v) { storePair16(p, p + step, v); }
 };
 #endif
-// How many rows of a block of H rows go into one vector.
+// How many rows of a block of H rows go into one vector. Rows of 8 stay in 128 bits: joining and parting four of them
+// takes one execution port longer than it spares work on the others.
 template <int W, int H>
-inline constexpr int kGroupRows = W == 16                        ? 1 + VEKVC_VECTOR256
-                                  : W == 8 && !VEKVC_VECTOR256   ? 2
-                                  : H >= 4 && (W == 8 || W == 4) ? 4
-                                                                 : 2;
+inline constexpr int kGroupRows = W == 16            ? 1 + VEKVC_VECTOR256
+                                  : W == 4 && H >= 4 ? 4
+                                                     : 2;
 template <int R, class P>
 [[gnu::always_inline]] inline P* groupOn(P* p, std::ptrdiff_t step) {
     return R == 1 ? oneRowOn(p, step) : R == 2 ? twoRowsOn(p, step) : twoRowsOn(twoRowsOn(p, step), step);
 }
 
-// Every sample of a block of W x H from those of a and b in its place. Op<U> is made from the constants; op(x, y) takes
-// groups of rows in vectors U.
+// R rows of samples from those of a and b: op(x, y) takes groups of rows in vectors, op(x0, y0, x1, y1) two rows of 8
+// in the low halves of vectors.
+template <int W, int R, class Op>
+[[gnu::always_inline]] inline auto combineRows(const Op& op, const Vek8u* a, const Vek8u* b, std::ptrdiff_t aStep,
+                                               std::ptrdiff_t bStep) {
+    using G = RowGroup<W, R>;
+    if constexpr (W == 8) {
+        static_assert(R == 2);
+        const auto row = [](const Vek8u* p) { return loadBytes<u8x16, 8>(p); };
+        return op(row(a), row(b), row(a + aStep), row(b + bStep));
+    } else {
+        return op(G::load(a, aStep), G::load(b, bStep));
+    }
+}
+// Every sample of a block of W x H from those of a and b in its place. Op<U> is made from the constants.
 template <template <class> class Op, int W, int H, class... Constant>
 VekStatus combineBlock(const Vek8u* a, const Vek8u* b, Vek8u* dst, std::ptrdiff_t aStep, std::ptrdiff_t bStep,
                        std::ptrdiff_t dstStep, Constant... constants) {
     constexpr int R = kGroupRows<W, H>;
     using G = RowGroup<W, R>;
     const Op<typename G::U> op{constants...};
-#pragma GCC unroll 2
+#pragma GCC unroll 4
     for (int y = 0; y < H; y += R) {
-        G::store(dst, dstStep, op(G::load(a, aStep), G::load(b, bStep)));
+        G::store(dst, dstStep, combineRows<W, R>(op, a, b, aStep, bStep));
         a = groupOn<R>(a, aStep), b = groupOn<R>(b, bStep), dst = groupOn<R>(dst, dstStep);
     }
     return vekStsOk;
 }
-// The same in place, of the samples alone.
+// The same in place, of the samples alone: op(x), and op(x0, x1) of two rows of 8.
 template <template <class> class Op, int W, int H, class... Constant>
 VekStatus changeBlock(Vek8u* block, std::ptrdiff_t step, Constant... constants) {
     constexpr int R = kGroupRows<W, H>;
     using G = RowGroup<W, R>;
     const Op<typename G::U> op{constants...};
-#pragma GCC unroll 2
+#pragma GCC unroll 4
     for (int y = 0; y < H; y += R) {
-        G::store(block, step, op(G::load(block, step)));
+        if constexpr (W == 8)
+            G::store(block, step, op(loadBytes<u8x16, 8>(block), loadBytes<u8x16, 8>(block + step)));
+        else
+            G::store(block, step, op(G::load(block, step)));
         block = groupOn<R>(block, step);
     }
     return vekStsOk;
 }
 
-// The kernels for all blocks with sides of 2, 4, 8 and 16, by the logarithms of the sides.
+// The kernels for all blocks with sides of 2, 4, 8 and 16: 4 log2(width) + log2(height) is the index.
 template <class Kernel, class KernelFor>
 constexpr auto kernelsBySize(KernelFor kernelFor) {
     return [=]<std::size_t... i>(std::index_sequence<i...>) {
@@ -130,11 +132,6 @@ inline constexpr auto kChangeKernels = kernelsBySize<ChangeKernel<Constant...>>(
     []<int W, int H>(std::integral_constant<int, W>, std::integral_constant<int, H>) {
         return changeBlock<Op, W, H, Constant...>;
     });
-// Of the packed size of such a block.
-constexpr Vek32u sizeIndex(std::uint64_t size) {
-    const auto width = static_cast<Vek32u>(size), height = static_cast<Vek32u>(size >> 32);
-    return static_cast<Vek32u>(4 * __builtin_ctz(width)) + static_cast<Vek32u>(__builtin_ctz(height));
-}
 
 }  // namespace vekvc::simd
 

@@ -43,6 +43,13 @@ template <bool hasOffset>
     return finish([&] { return kernel::weightTwo<hasOffset>(src1, src2, dst, size, weighting); });
 }
 
+// Apart from the export, which would save registers for it; the weights come as they are, to stay in registers too.
+[[gnu::noinline, gnu::cold]] VekStatus weightRowByRow(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst,
+                                                      VekiSize size, Vek32s weight1, Vek32s weight2) {
+    plain::weightTwo(src1, src2, dst, size, implicitTwo(weight1, weight2), 255);
+    return vekStsOk;
+}
+
 }  // namespace
 
 VekStatus vekiUniDirWeightBlock_H264_8u_C1R(Vek8u* pSrcDst, Vek32s srcDstStep, Vek32u logWD, Vek32s weight,
@@ -86,10 +93,8 @@ VekStatus vekiBiDirWeightBlockImplicit_H264_8u_P3P1R(const Vek8u* pSrc1, const V
     const Weighting weighting = implicitTwo(weight1, weight2);
     // Rows of the result that overlap are written one after the other.
     const bool rowsOverlap = dstStep < roiSize.width && dstStep > -std::int64_t{roiSize.width};
-    if (rowsOverlap) {
-        plain::weightTwo(src1, src2, dst, roiSize, weighting, 255);
-        return vekStsOk;
-    }
+    if (rowsOverlap) [[unlikely]]
+        return weightRowByRow(src1, src2, dst, roiSize, weight1, weight2);
     return finish([&] { return kernel::weightTwo<false>(src1, src2, dst, packedSize(roiSize), weighting); });
 }
 

@@ -2,7 +2,7 @@
 #ifndef VEKVC_H264_WEIGHT_PLAIN_H
 #define VEKVC_H264_WEIGHT_PLAIN_H
 
-#include <bit>
+#include <array>
 
 #include "core/arith.h"
 #include "core/check.h"
@@ -31,11 +31,20 @@ constexpr Weighting averageTwo(Vek32s weight1, Vek32s weight2, Vek32u logWD, Vek
     return {weight1, weight2, offset, logWD};
 }
 
-// The size of a block of motion compensation: sides of 2, 4, 8 or 16, one bit in each half of the packed size.
-constexpr bool isBlockSize(std::uint64_t size) {
-    constexpr std::uint64_t sides = packedSize(2 | 4 | 8 | 16, 2 | 4 | 8 | 16);
-    return (size & ~sides) == 0 && std::popcount(size) == 2 && static_cast<Vek32u>(size) != 0 && size >> 32 != 0;
+// Sizes of blocks of motion compensation, with sides of 2, 4, 8 or 16: 4 log2(width) + log2(height), 0 for other sizes
+// with even sides below 32. Both halves of the packed size, halved, make the index.
+inline constexpr auto kBlockSizes = [] {
+    std::array<std::uint8_t, 256> sizes = {};
+    for (std::uint8_t w = 1; w <= 4; ++w)
+        for (std::uint8_t h = 1; h <= 4; ++h)
+            sizes[std::size_t{1} << (w - 1) | std::size_t{16} << (h - 1)] = static_cast<std::uint8_t>(4 * w + h);
+    return sizes;
+}();
+constexpr std::uint8_t blockSizeIndex(std::uint64_t size) {
+    if ((size & ~packedSize(30, 30)) != 0) return 0;
+    return kBlockSizes[static_cast<std::uint8_t>(size >> 1 | size >> 29)];
 }
+constexpr bool isBlockSize(std::uint64_t size) { return blockSizeIndex(size) != 0; }
 
 namespace plain {
 

@@ -127,16 +127,28 @@ template <class T>
 
 // Two predictions. Weights that fit a byte and whose sum lies within +-128 keep the sums within 16 bits: 255 * 128 =
 // 32640. Weights of different signs keep within that by themselves.
-// The kernels get their constants in the lowest lanes of vectors.
+// The kernels get what is loaded, scales and powers, in all lanes of 128 bits, what is computed in the lowest ones.
+template <class V>
+[[gnu::always_inline]] inline V inAllLanes(i16x8 splat) {
+#if VEKVC_VECTOR256
+    if constexpr (!is128<V>)
+        return join(splat, splat);
+    else
+#endif
+        return splat;
+}
 template <bool hasOffset, class U>
 struct WeighTwo {
     using V = Vec<std::int16_t, U::kBytes / 2>;
     V weights, scale, offset;  // the weights a byte each
 
     explicit WeighTwo(i16x8 w, i16x8 s, i16x8 o = zero<i16x8>())
-        : weights(splatLowest<V>(w)), scale(splatLowest<V>(s)), offset(splatLowest<V>(o)) {}
+        : weights(splatLowest<V>(w)), scale(inAllLanes<V>(s)), offset(splatLowest<V>(o)) {}
     [[gnu::always_inline]] U operator()(U a, U b) const {
         return narrowU8(weigh(interleaveLow(a, b)), weigh(interleaveHigh(a, b)));
+    }
+    [[gnu::always_inline]] U operator()(U a0, U b0, U a1, U b1) const {
+        return narrowU8(weigh(interleaveLow(a0, b0)), weigh(interleaveLow(a1, b1)));
     }
     [[gnu::always_inline]] V weigh(U pairs) const {
         const V rounded = mulHighRound(mulAddPairs(pairs, as<Vec<std::int8_t, U::kBytes>>(weights)), scale);
@@ -156,9 +168,12 @@ struct WeighOne {
     U power;
 
     WeighOne(i16x8 w, i16x8 s, i16x8 p)
-        : weights(splatLowest<V>(w)), scale(splatLowest<V>(s)), power(as<U>(splatLowest<V>(p))) {}
+        : weights(splatLowest<V>(w)), scale(inAllLanes<V>(s)), power(as<U>(inAllLanes<V>(p))) {}
     [[gnu::always_inline]] U operator()(U p) const {
         return narrowU8(weigh(interleaveLow(p, power)), weigh(interleaveHigh(p, power)));
+    }
+    [[gnu::always_inline]] U operator()(U p0, U p1) const {
+        return narrowU8(weigh(interleaveLow(p0, power)), weigh(interleaveLow(p1, power)));
     }
     [[gnu::always_inline]] V weigh(U pairs) const {
         return mulHighRound(mulAddPairs(pairs, as<Vec<std::int8_t, U::kBytes>>(weights)), scale);
@@ -187,19 +202,19 @@ constexpr bool fitsTwo(const Weighting& w) {
 [[gnu::always_inline]] inline i16x8 twoBytes(Vek32s low, Vek32s high) { return lowest((low & 255) | high * 256); }
 [[gnu::always_inline]] inline VekStatus weighInPlace(MutableBlock<Vek8u> block, std::uint64_t size,
                                                      const Weighting& w) {
-    return kChangeKernels<WeighOne, i16x8, i16x8, i16x8>[sizeIndex(size)](
-        block.base, block.step, twoBytes(w.weight1, w.offset), splatFrom<i16x8>(&kScales[w.shift]),
+    return kChangeKernels<WeighOne, i16x8, i16x8, i16x8>[blockSizeIndex(size)](
+        block.base, block.step, twoBytes(w.weight1, w.offset), splatFrom<i16x8>(opaque(&kScales[w.shift])),
         splatFrom<i16x8>(&kPowers[w.shift]));
 }
 template <bool hasOffset>
 [[gnu::always_inline]] inline VekStatus weighTwo(Block<Vek8u> src1, Block<Vek8u> src2, MutableBlock<Vek8u> dst,
                                                  std::uint64_t size, const Weighting& w) {
-    const i16x8 weights = twoBytes(w.weight1, w.weight2), scale = splatFrom<i16x8>(&kScales[w.shift]);
+    const i16x8 weights = twoBytes(w.weight1, w.weight2), scale = splatFrom<i16x8>(opaque(&kScales[w.shift]));
     if constexpr (hasOffset)
-        return kCombineKernels<WeighTwoWithOffset, i16x8, i16x8, i16x8>[sizeIndex(size)](
+        return kCombineKernels<WeighTwoWithOffset, i16x8, i16x8, i16x8>[blockSizeIndex(size)](
             src1.base, src2.base, dst.base, src1.step, src2.step, dst.step, weights, scale, lowest(w.offset));
     else
-        return kCombineKernels<WeighTwoWithout, i16x8, i16x8>[sizeIndex(size)](
+        return kCombineKernels<WeighTwoWithout, i16x8, i16x8>[blockSizeIndex(size)](
             src1.base, src2.base, dst.base, src1.step, src2.step, dst.step, weights, scale);
 }
 

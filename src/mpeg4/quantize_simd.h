@@ -161,7 +161,7 @@ template <bool intra>
 }
 
 template <bool intra>
-Vek32s quantMpeg4(Vek16s* block, const mpeg4::ForwardQuantizer& q, Vek32s QP, Vek32s dc) {
+[[gnu::always_inline]] inline Vek32s quantMpeg4(Vek16s* block, const mpeg4::ForwardQuantizer& q, Vek32s QP, Vek32s dc) {
     const Vek32s first = intra ? clip3(-q.largest() - 1, q.largest(), mpeg4::divideRound(load<Vek16s>(block), dc)) : 0;
     const Vek32s count =
         q.hasMatrix != 0 ? divideWeighted<intra>(block, q, QP) : divideLevels<intra>(block, QP, q.largest());
@@ -169,13 +169,13 @@ Vek32s quantMpeg4(Vek16s* block, const mpeg4::ForwardQuantizer& q, Vek32s QP, Ve
 }
 
 template <bool intra>
-Vek32s quantH263(Vek16s* block, Vek32s QP, Vek32s largest) {
+[[gnu::always_inline]] inline Vek32s quantH263(Vek16s* block, Vek32s QP, Vek32s largest) {
     const Vek32s first = intra ? clip3(1, 254, mpeg4::divideRound(load<Vek16s>(block), 8)) : 0;
     const Vek32s count = divideLevels<intra>(block, QP, largest);
     return intra ? putDc(block, first, count) : count;
 }
 
-inline Vek32s quantAdvancedIntra(Vek16s* block, Vek32s QP, Vek32s largest) {
+[[gnu::noinline]] inline Vek32s quantAdvancedIntra(Vek16s* block, Vek32s QP, Vek32s largest) {
     const Vek32s f = load<Vek16s>(block);
     const Reciprocal r = kReciprocalsMpeg4.of(2 * QP);
     const auto size = static_cast<Vek32s>((magnitude(f) + static_cast<Vek32u>(QP)) * r.factor >> (16 + r.shift));

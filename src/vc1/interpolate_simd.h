@@ -344,6 +344,29 @@ template <int W, class Distance>
         run(Between<W, typename Row::V>(f, p.RND));
 }
 
+// Downwards at fraction f. Of rows of 8, each is loaded once for the row above and for its own.
+template <int W>
+[[gnu::always_inline]] inline void bilinearDown(const Interpolation& p, int f) {
+    if constexpr (W == 8) {
+        const Weights<u8x16> w = as<Weights<u8x16>>(splat<i16x8>((4 - f) | f << 8));
+        const i16x8 rounding = splat<i16x8>(2 - p.RND);
+        const auto mean = [&](u8x16 a, u8x16 b) { return (mulAddPairs(interleaveLow(a, b), w) + rounding) >> 2; };
+        const Vek8u* src = p.src;
+        Vek8u* dst = p.dst;
+        u8x16 last = load8(src);
+#pragma GCC unroll 4
+        for (int y = 0; y < p.size.height; y += 2) {
+            const u8x16 middle = load8(src + p.srcStep), next = load8(src + 2 * p.srcStep);
+            storePair8(dst, dst + p.dstStep, narrowU8(mean(last, middle), mean(middle, next)));
+            last = next;
+            src += 2 * p.srcStep;
+            dst += 2 * p.dstStep;
+        }
+    } else {
+        bilinearTowards<W>(p, f, [](std::ptrdiff_t step) { return step; });
+    }
+}
+
 template <int W, int channels>
 [[gnu::always_inline]] inline void bilinearBoth(const Interpolation& p) {
     using Row = BilinearRow<W>;
@@ -383,9 +406,7 @@ template <int W, int channels>
     if (p.dy == 0)
         return apart(
             p, [](const Interpolation& q) { bilinearTowards<W>(q, q.dx, [](std::ptrdiff_t) { return channels; }); });
-    if (p.dx == 0)
-        return apart(
-            p, [](const Interpolation& q) { bilinearTowards<W>(q, q.dy, [](std::ptrdiff_t step) { return step; }); });
+    if (p.dx == 0) return apart(p, [](const Interpolation& q) { bilinearDown<W>(q, q.dy); });
     return apart(p, [](const Interpolation& q) { bilinearBoth<W, channels>(q); });
 }
 
@@ -415,7 +436,7 @@ VekStatus bilinearSquare(const Vek8u* src, std::ptrdiff_t srcStep, Vek8u* dst, s
     else if constexpr (dy == 0)
         bilinearTowards<W>(p, dx, [](std::ptrdiff_t) { return channels; });
     else if constexpr (dx == 0)
-        bilinearTowards<W>(p, dy, [](std::ptrdiff_t step) { return step; });
+        bilinearDown<W>(p, dy);
     else
         bilinearBoth<W, channels>(p);
     return vekStsOk;

@@ -45,11 +45,10 @@ template <int N>
 VEKVC_SIMD_INLINE std::int32_t sumLanes(Vec<std::int16_t, N> a) {
     return sumLanes(mulAddPairs(a, constant<Vec<std::int16_t, N>, 1>()));
 }
-// The sum of unsigned 16-bit lanes.
+// The sum of unsigned 16-bit lanes: less 32768 each they are signed.
 VEKVC_SIMD_FN std::int32_t sumLanes(Vec<T, N> a) requires std::is_same_v<T, std::uint16_t> {
-    using D = Vec<std::int32_t, N / 2>;
-    using U = Vec<std::uint32_t, N / 2>;
-    return sumLanes(as<D>((as<U>(a) >> 16) + (as<U>(a) & splat<U>(0xffff))));
+    using S = Vec<std::int16_t, N>;
+    return sumLanes(as<S>(a) ^ constant<S, -32768>()) + 32768 * N;
 }
 // The least of eight unsigned lanes and the lowest index at which it stands.
 struct Minimum {
