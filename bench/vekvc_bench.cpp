@@ -3,8 +3,9 @@
 //     vekvc_bench [--version] [--csv] [WORD ...]        only rows whose name contains one of the words
 //
 // Each row draws 64 different calls from the catalogue (operands on ordinary positive steps, random content and modes)
-// and times rounds over all of them; the number is the lower quartile of the rounds, variants taking turns, less the
-// loop's own cost. The time-stamp counter is calibrated against a chain of dependent multiplications (3 cycles each).
+// and times rounds over all of them; before each, the operands get back what an earlier one has overwritten. The number
+// is the lower quartile of the rounds, variants taking turns, less the loop's own cost. The time-stamp counter is
+// calibrated against a chain of dependent multiplications (3 cycles each).
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -53,20 +54,23 @@ double calibrate() {
 
 VekStatus doNothing(void*, const Slot*) { return vekStsOk; }
 
-// Ticks per call over all instances; `function` null times the loop alone.
+// Ticks per call over all instances; `function` null times the loop alone. Every call finds its operands as they were
+// drawn, those that it changes in place too; restoring them is not timed.
 double timeRound(std::vector<Instance>& instances, void* function, int repeats) {
-    for (auto& instance : instances) instance.restore();
     static volatile Thunk nothing = doNothing;
-    const std::uint64_t start = ticks();
-    for (int r = 0; r < repeats; ++r)
+    std::uint64_t sum = 0;
+    for (int r = 0; r < repeats; ++r) {
+        for (auto& instance : instances) instance.restore();
+        const std::uint64_t start = ticks();
         for (auto& instance : instances) {
-            instance.resetCells();
             if (function != nullptr)
                 instance.runBare(function);
             else
                 nothing(nullptr, instance.slots().data());
         }
-    return static_cast<double>(ticks() - start) / (static_cast<double>(instances.size()) * repeats);
+        sum += ticks() - start;
+    }
+    return static_cast<double>(sum) / (static_cast<double>(instances.size()) * repeats);
 }
 
 struct Result {

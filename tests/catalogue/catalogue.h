@@ -63,7 +63,6 @@ struct Argument {
     bool running = false;        // the argument is a pointer to this pointer, which the export moves on
     bool mayBeNull = false;      // null is no error; whether the row passes it is its own affair
     bool sometimesNull = false;  // and the engine passes it now and then
-    bool cursor = false;         // goes back with the running pointers before each call of a benchmark
     std::string seed;  // a random number of this name is drawn before all operands; content and extents may follow it
 
     // Step: of these operands.
@@ -98,9 +97,6 @@ struct Argument {
     }
     Argument movedOn() const {
         return with([](Argument& a) { a.running = true; });
-    }
-    Argument goesBack() const {
-        return with([](Argument& a) { a.cursor = true; });
     }
     Argument seeded(std::string itsName) const {
         return with([&](Argument& a) { a.seed = std::move(itsName); });

@@ -330,17 +330,9 @@ void Instance::scramble(Random& random) {
     }
 }
 
-void Instance::resetCells() {
+void Instance::restore() {
     for (std::size_t i = 0; i < operands_.size(); ++i) cells_[i] = operands_[i].pointer;
     for (const std::size_t i : innerNulls_) cells_[i] = nullptr;
-    for (const auto& operand : operands_) {
-        if (!row_.arguments[operand.argument].cursor) continue;
-        for (const auto& span : operand.spans) std::memcpy(span.start, span.initial.data(), span.initial.size());
-    }
-}
-
-void Instance::restore() {
-    resetCells();
     for (const auto& operand : operands_)
         for (const auto& span : operand.spans)
             if (!span.initial.empty()) std::memcpy(span.start, span.initial.data(), span.initial.size());

@@ -51,7 +51,6 @@ class Instance {
     // The same without looking at the effects; for the benchmark. Operands are restored by restore().
     VekStatus runBare(void* function) { return row_.thunk(function, slots_.data()); }
     void restore();
-    void resetCells();
 
     // One way to make the call fail: the argument at fault, its status, and the slot that makes it so.
     struct Failure {

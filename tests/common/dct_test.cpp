@@ -433,6 +433,13 @@ TEST(Dct, FastInverseFollowsItsDefinition) {
     }
 }
 
+// Ties of both passes go up: (-1024 * 22725 + 2048 * 19266) / 2^11 = 7903.5, and 7904 * 16384 / 2^20 = 123.5.
+TEST(Dct, FastInverseRoundsTiesUp) {
+    Values b{};
+    b[1] = -1024, b[3] = 2048;
+    EXPECT_EQ(inverseFast(b)[0], 124);
+}
+
 // ---- the forms among themselves
 
 TEST(Dct, AllFormsAgree) {

@@ -68,6 +68,9 @@ TEST(DvQuantInv, StepsByAreaAndClass) {
                     }
         }
     EXPECT_EQ(quantized(0, 3, 0, 63, 255)[63], 31398);
+    // 4 * 16 * 128 * 18562 / 2^15 = 4640.5, the weight of row 1, column 3 being 2^14 / 0.8827
+    EXPECT_EQ(quantized(0, 3, 0, 11, 128)[11], 4641);
+    EXPECT_EQ(quantized(0, 3, 0, 11, -128)[11], -4640);
     EXPECT_EQ(quantized(0, 0, 15, 1, 1)[1], 2);
     EXPECT_EQ(quantized(0, 0, 15, 1, -1)[1], -2);
     EXPECT_EQ(quantized(0, 0, 0, 0, -256)[0], -1024);
@@ -89,6 +92,13 @@ TEST(Dv100QuantInv, StepsWeightsAndLimits) {
     for (int classNo = 0; classNo < 4; ++classNo) EXPECT_EQ(value(2, classNo, 0, 2, -32), -(17 << classNo));
     EXPECT_EQ(value(3, 0, 0, 8 * 4 + 5, 32), 192);  // not symmetric
     EXPECT_EQ(value(3, 0, 0, 8 * 5 + 4, 32), 172);
+    // SMPTE 370M: the last rows of the four sets.
+    constexpr int kLast[4][8] = {{44, 45, 48, 49, 101, 104, 116, 123},
+                                 {44, 91, 96, 197, 203, 209, 232, 246},
+                                 {44, 68, 96, 98, 202, 208, 232, 246},
+                                 {88, 182, 192, 394, 406, 418, 464, 492}};
+    for (int set = 0; set < 4; ++set)
+        for (int h = 0; h < 8; ++h) EXPECT_EQ(value(set, 0, 0, 56 + h, 32), kLast[set][h]) << set << ' ' << h;
     EXPECT_EQ(value(3, 3, 15, 63, 255), 32767);
     EXPECT_EQ(value(3, 3, 15, 63, -255), -32768);
     EXPECT_EQ(value(0, 0, 0, 1, 1), 1);  // (16 + 16) >> 5

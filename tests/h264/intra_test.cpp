@@ -68,6 +68,24 @@ TEST(H264Intra, KnownAnswers8x8) {
     }
 }
 
+// 8.3.2.2.1: beside one edge alone the corner counts three times. It is (3 * 101 + 3 + 2) >> 2 = 77, the first sample
+// above (101 + 3 * 3 + 2) >> 2 = 28, and a left column that is missing 128: (128 + 2 * 77 + 28 + 2) >> 2 = 78.
+TEST(H264Intra, CornerBesideOneEdge) {
+    const Scales scales(0);
+    for (const Vek8u flags : {Vek8u{1}, Vek8u{4}}) {
+        Picture<Vek8u> picture(1);
+        for (int k = 0; k < 16; ++k) *picture.at(k, -1) = *picture.at(-1, k) = 3;
+        *picture.at(-1, -1) = 101;
+        std::vector<Vek16s> none(1);
+        Vek16s* coeffs = none.data();
+        const Vek32u modes[4] = {4, 2, 2, 2};
+        EXPECT_EQ(vekiReconstructLumaIntra8x8MB_H264_16s8u_C1R(&coeffs, picture.at(0, 0), kStep, modes, 0, 0, flags,
+                                                               scales.s8, 0),
+                  vekStsWrnUnavailableNeighbour);
+        EXPECT_EQ(*picture.at(0, 0), 78);
+    }
+}
+
 TEST(H264Intra, MissingNeighbours) {
     constexpr struct {
         int mode, availability;

@@ -135,6 +135,16 @@ TEST(H264Transform, InverseSaturatesIn16Bits) {
         EXPECT_EQ(r[k], outer ? 511 : 0);
         EXPECT_EQ(r32[k], outer ? 1024 : 0);
     }
+    // -32768 and 32767: the sum -1 and the difference -65535, limited to -32768.
+    const Vek16s low[16] = {-32768, 0, 32767};
+    const Vek32s low32[16] = {-32768, 0, 32767};
+    ASSERT_EQ(vekiTransformResidual4x4Inv_H264_16s_C1(low, r), vekStsOk);
+    ASSERT_EQ(vekiTransformResidual4x4Inv_H264_32s_C1(low32, r32), vekStsOk);
+    for (int k = 0; k < 16; ++k) {
+        const bool outer = k % 4 == 0 || k % 4 == 3;
+        EXPECT_EQ(r[k], outer ? 0 : -512);
+        EXPECT_EQ(r32[k], outer ? 0 : -1024);
+    }
 }
 
 // ---- DC blocks
@@ -275,6 +285,77 @@ TEST(H264Transform, LumaDCScaleRoundsBelowTheThird) {
     const Vek16s scale = 4096 - 1365;  // 1364 misses the next level by one, a third of 4096 would reach it
     ASSERT_EQ(vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I(levels, dc, 0, &count, 0, zigzag(), &last, &scale), vekStsOk);
     EXPECT_EQ(levels[0], 0);
+    const Vek16s enough = 4096 - 1364;  // at QP 6 2728 are added and 13 bits cut off
+    ASSERT_EQ(vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I(levels, dc, 0, &count, 0, zigzag(), &last, &enough),
+              vekStsOk);
+    EXPECT_EQ(levels[0], 1);
+    for (const Vek16s value : {Vek16s{1}, Vek16s{2}}) {
+        dc[0] = value;
+        ASSERT_EQ(vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I(levels, dc, 6, &count, 0, zigzag(), &last, &enough),
+                  vekStsOk);
+        EXPECT_EQ(levels[0], value - 1);
+    }
+}
+
+// A third of a level is added in intra, a sixth in inter blocks (2^11 / 3 = 682, 2^11 / 6 = 341), the fraction dropped:
+// with a scale of 1 these are the least coefficients of levels 1 and 2.
+TEST(H264Transform, QuantizersDecideAtTwoThirdsAndFiveSixths) {
+    const std::vector<Vek32u> ones(16, 1);
+    const auto level = [&](int c, int qp, Vek32u isIntra) {
+        const Vek16s coefficients[16] = {static_cast<Vek16s>(c)};
+        Vek16s levels[16];
+        Vek32u n, last;
+        EXPECT_EQ(vekiQuantizeResidual4x4Fwd_H264_16s32s_C1(coefficients, levels, &n, &last, ones.data(), rasterScan(),
+                                                            qp, isIntra),
+                  vekStsOk);
+        EXPECT_EQ(n, levels[0] != 0 ? 1u : 0u);
+        return levels[0];
+    };
+    struct Case {
+        int qp;
+        Vek32u isIntra;
+        int first, second;
+    };
+    for (const Case& c : {Case{0, 1, 2048 - 682, 4096 - 682},
+                          {0, 0, 2048 - 341, 4096 - 341},
+                          {6, 1, 4096 - 1365, 8192 - 1365},
+                          {6, 0, 4096 - 682, 8192 - 682}}) {
+        EXPECT_EQ(level(c.first - 1, c.qp, c.isIntra), 0);
+        EXPECT_EQ(level(c.first, c.qp, c.isIntra), 1);
+        EXPECT_EQ(level(-c.first, c.qp, c.isIntra), -1);
+        EXPECT_EQ(level(c.second - 1, c.qp, c.isIntra), 1);
+        EXPECT_EQ(level(c.second, c.qp, c.isIntra), 2);
+    }
+    // Chroma DC with a scale: 2^12 / 3 = 1365 at QP 0; 4:2:2 has 3 more, so that QP 3 is the next octave.
+    const auto chroma = [](auto function, int qp, int value, Vek16s scale) {
+        Vek16s dc[8] = {static_cast<Vek16s>(value)}, levels[8];
+        Vek32s count;
+        EXPECT_EQ(function(levels, dc, qp, &count, 1, 0, &scale), vekStsOk);
+        return levels[0];
+    };
+    EXPECT_EQ(chroma(vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I, 0, 1, 4096 - 1366), 0);
+    EXPECT_EQ(chroma(vekiTransformQuantFwdChromaDC2x2_H264_16s_C1I, 0, 1, 4096 - 1365), 1);
+    EXPECT_EQ(chroma(vekiTransformQuantFwdChromaDC2x4_H264_16s_C1I, 3, 2, 4096 - 1366), 0);
+    EXPECT_EQ(chroma(vekiTransformQuantFwdChromaDC2x4_H264_16s_C1I, 3, 2, 4096 - 1365), 1);
+    // Halves of luma DC round down: one -1 is -1 / 2 everywhere.
+    Vek16s dc[16] = {-1}, levels[16];
+    Vek32s count, last;
+    ASSERT_EQ(vekiTransformQuantFwdLumaDC4x4_H264_16s_C1I(levels, dc, 51, &count, 1, zigzag(), &last, nullptr),
+              vekStsOk);
+    EXPECT_EQ((std::vector<int>{dc, dc + 16}), std::vector<int>(16, -1));
+}
+
+// Without a scan the zig-zag one counts: one picture of the basis has one coefficient.
+TEST(H264Transform, DefaultScanIsZigzag) {
+    for (int k = 0; k < 16; ++k) {
+        Vek16s residual[16];
+        for (int i = 0; i < 16; ++i)
+            residual[i] = static_cast<Vek16s>(20 * kForward4[k / 4][i / 4] * kForward4[k % 4][i % 4]);
+        Vek32s count, last;
+        ASSERT_EQ(vekiTransformQuantResidual_H264_16s_C1I(residual, 20, 1, &count, nullptr, &last), vekStsOk);
+        EXPECT_EQ(std::abs(count), 1);
+        EXPECT_EQ(last, zigzag()[k]);
+    }
 }
 
 // ---- blocks, forward and back
@@ -425,8 +506,24 @@ TEST(H264Transform, ForwardAndInverseScalesCancel) {
         ASSERT_EQ(vekiGenScaleLevel4x4_H264_8u16s_C1(ones.data(), inverse, forward, m), vekStsOk);
         for (int k = 0; k < 16; ++k) {  // 2^21 / squared norms 16, 20 and 25 of the basis pictures
             const int odd = k % 2 + k / 4 % 2;
-            EXPECT_NEAR(1.0 * inverse[k] * forward[k], (1 << 21) / (odd == 0 ? 16.0 : odd == 1 ? 20.0 : 25.0), 30);
+            EXPECT_EQ(forward[k], std::lround((1 << 21) / (odd == 0 ? 16.0 : odd == 1 ? 20.0 : 25.0) / inverse[k]));
         }
+    }
+}
+
+// H.264 (8-315) and (8-318): the places of the values repeat every two or four rows and columns.
+TEST(H264Transform, NormAdjust) {
+    constexpr int k4[6][3] = {{10, 13, 16}, {11, 14, 18}, {13, 16, 20}, {14, 18, 23}, {16, 20, 25}, {18, 23, 29}};
+    constexpr int k8[6][6] = {{20, 19, 25, 18, 24, 32}, {22, 21, 28, 19, 26, 35}, {26, 24, 33, 23, 31, 42},
+                              {28, 26, 35, 25, 33, 45}, {32, 30, 40, 28, 38, 51}, {36, 34, 46, 32, 43, 58}};
+    constexpr int place8[4][4] = {{0, 1, 2, 1}, {1, 3, 4, 3}, {2, 4, 5, 4}, {1, 3, 4, 3}};
+    for (int m = 0; m < 6; ++m) {
+        const std::vector<Vek8u> ones(64, 1);
+        Vek16s four[16], eight[64], forward[64];
+        ASSERT_EQ(vekiGenScaleLevel4x4_H264_8u16s_C1(ones.data(), four, forward, m), vekStsOk);
+        ASSERT_EQ(vekiGenScaleLevel8x8_H264_8u16s_D2(ones.data(), eight, forward, m), vekStsOk);
+        for (int k = 0; k < 16; ++k) EXPECT_EQ(four[k], k4[m][k / 4 % 2 + k % 2]);
+        for (int k = 0; k < 64; ++k) EXPECT_EQ(eight[k], k8[m][place8[k / 8 % 4][k % 4]]) << m << " at " << k;
     }
 }
 
@@ -460,6 +557,14 @@ TEST(H264Transform, SwitchingPicturesMatchPrimaryOnes) {
                       vekStsOk);
             EXPECT_EQ(primary, switching) << "QP " << qp << " QS " << qs;
         }
+}
+
+// A chroma DC level of 3 at QP 0 weighs (3 * 10 * 16) >> 5 = 15, that is 3 levels of 5 at QS 0, and 15 in every place.
+TEST(H264Transform, SPChromaDCKnownAnswer) {
+    Vek16s dc[4] = {3};
+    const Vek16s none[4] = {};
+    ASSERT_EQ(vekiTransformDequantChromaDC_SISP_H264_16s_C1I(dc, none, 0, 0, 0), vekStsOk);
+    EXPECT_EQ((std::vector<int>{dc, dc + 4}), std::vector<int>(4, 15));
 }
 
 TEST(H264Transform, SPWithoutLevelsKeepsThePrediction) {

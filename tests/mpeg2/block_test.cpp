@@ -163,6 +163,42 @@ TEST(Mpeg2Block, KnownStreams) {
     EXPECT_EQ(d.block[63], 0);  // no mismatch control
 }
 
+// The table's codes are used up to its largest run and levels (Table B.14).
+TEST(Mpeg2Block, WritersUseTheWholeTable) {
+    const auto written = [](int scanIndex, int level) {
+        Block levels(64, 0);
+        levels[static_cast<std::size_t>(zigzag8x8()[scanIndex])] = static_cast<Vek16s>(level);
+        std::vector<Vek32u> words(4);
+        Vek32u* word = words.data();
+        Vek32s bit = 31;
+        EXPECT_EQ(vekiPutNonIntraBlock(&word, &bit, levels.data(), mpeg2Tables().encode[0], zigzag8x8(), 2, 2, 1),
+                  vekStsOk);
+        return bitsUpTo(words, 31, word, bit);
+    };
+    EXPECT_EQ(written(31, -1),
+              "0000000000011011"
+              "1"
+              "10");  // run 31
+    EXPECT_EQ(written(32, 1),
+              "000001"
+              "100000"
+              "000000000001"
+              "10");
+    EXPECT_EQ(written(0, 40),
+              "000000000010000"
+              "0"
+              "10");
+    EXPECT_EQ(written(0, -40),
+              "000000000010000"
+              "1"
+              "10");
+    EXPECT_EQ(written(0, 41),
+              "000001"
+              "000000"
+              "000000101001"
+              "10");
+}
+
 // Escapes: MPEG-1 levels of 8 or 16 bits, MPEG-2 levels of 12.
 TEST(Mpeg2Block, Escapes) {
     const Weights w(16);

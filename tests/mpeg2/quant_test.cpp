@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "support/mpeg2.h"
 #include "vekvc.h"
 
 namespace {
@@ -30,6 +31,7 @@ TEST(Mpeg2Quant, WithoutAMatrix) {
                           {2, -7, -3},
                           {2, 4094, 2047},
                           {2, -32768, -2047},
+                          {6, 6, 1},  // 65536 / 6 is rounded, or this would be 0
                           {31, 31, 0},
                           {31, 32, 1},
                           {31, -62, -1},
@@ -97,15 +99,21 @@ TEST(Mpeg2Quant, RoundsEachProduct) {
 }
 
 TEST(Mpeg2Quant, DefaultIntraMatrix) {
-    Block block(64, 2047);
-    Vek32s count = -1;
-    EXPECT_EQ(vekiQuantIntra_MPEG2_16s_C1I(block.data(), 16, nullptr, &count), vekStsOk);
-    EXPECT_EQ(count, 63);
-    // ISO 13818-2 6.3.11: first row, and the last weight.
-    EXPECT_EQ(Block(block.begin(), block.begin() + 8),
-              (Block{2047, 2047 / 16, 2047 / 19, 2047 / 22, 2047 / 26, 2047 / 27, 2047 / 29, 2047 / 34}));
-    EXPECT_EQ(block[63], 2047 / 83);
-    EXPECT_EQ(block[8], 2047 / 16);
+    // ISO 13818-2 6.3.11, in the order of the zigzag scan, in which a bit stream would have it.
+    constexpr int kWeights[64] = {8,  16, 16, 19, 16, 19, 22, 22, 22, 22, 22, 22, 26, 24, 26, 27,  //
+                                  27, 27, 26, 26, 26, 26, 27, 27, 27, 29, 29, 29, 34, 34, 34, 29,  //
+                                  29, 29, 27, 27, 29, 29, 32, 32, 34, 34, 37, 38, 37, 35, 35, 34,  //
+                                  35, 38, 38, 40, 40, 40, 48, 48, 46, 46, 56, 56, 58, 69, 69, 83};
+    for (const int more : {-1, 1}) {  // around twice the weight
+        Block block(64);
+        for (int i = 0; i < 64; ++i)
+            block[static_cast<std::size_t>(vekvc_test::zigzag8x8()[i])] = static_cast<Vek16s>(2 * kWeights[i] + more);
+        Vek32s count = -1;
+        EXPECT_EQ(vekiQuantIntra_MPEG2_16s_C1I(block.data(), 16, nullptr, &count), vekStsOk);
+        EXPECT_EQ(count, 63);
+        EXPECT_EQ(block[0], 16 + more);
+        for (std::size_t i = 1; i < 64; ++i) EXPECT_EQ(block[i], more < 0 ? 1 : 2) << i;
+    }
 }
 
 TEST(Mpeg2Quant, NullPointersAndZeroScale) {
@@ -143,7 +151,8 @@ TEST(Mpeg2QuantInv, Corners) {
     EXPECT_EQ(inter(-3, 5, 16), -17);
     EXPECT_EQ(inter(1, 1, 11), 1);  // the half weight is 5: 16 / 16
     EXPECT_EQ(inter(-1, 1, 11), -1);
-    EXPECT_EQ(inter(1, 1, 10), 0);
+    EXPECT_EQ(inter(1, 1, 10), 0);  // 30 / 32 and -30 / 32 toward zero
+    EXPECT_EQ(inter(-1, 1, 10), 0);
     EXPECT_EQ(inter(1, 1, 32767), 2047);       // 32767 + 16383 saturates
     EXPECT_EQ(inter(1, 2, 16384), -2048 - 0);  // m and p wrap to -32768; the half weight 16384 goes away from 0
     EXPECT_EQ(inter(-1, 1, -1), 2047);         // p = 1, half of 65535 = 32767

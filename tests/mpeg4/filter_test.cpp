@@ -122,6 +122,12 @@ TEST(DeblockMpeg4, OtherLines) {
     EXPECT_EQ(filtered(kMpeg4, limited, 13, 5), limited);
 }
 
+// e0 = 45 // 8 = 6, e1 = 0: t = -30 // 8 = -4, but half of 100 - 101 is 0, not -1.
+TEST(DeblockMpeg4, HalfAStepOfOneIsNone) {
+    const std::vector<int> line = {50, 100, 120, 120, 100, 101, 100, 130, 100, 140};
+    EXPECT_EQ(filtered(kMpeg4, line, 31, 0), line);
+}
+
 TEST(Deblock, Arguments) {
     Vek8u plane[256];
     for (const Edges& e : {kH263, kMpeg4})

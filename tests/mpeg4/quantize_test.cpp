@@ -350,6 +350,7 @@ TEST(Mpeg4Predict, AnnexI) {
     const Block zero = {};
     // (101 - 204) / 2 = -51 toward zero; odd and below 0.
     EXPECT_EQ(predict({100}, left, above, 0)[0], 49);
+    EXPECT_EQ(predict({101}, left, above, 0)[0], 51);
     EXPECT_EQ(predict({50}, left, above, 0)[0], 0);
     EXPECT_EQ(predict({3}, left, nullptr, 0)[0], 105);      // 104 is even
     EXPECT_EQ(predict({1000}, nullptr, above, 0)[0], 797);  // 796

@@ -280,4 +280,51 @@ TEST(DenoiseMosquito, WorksNearEdgesOnly) {
     vekiFilterDenoiseMosquitoFree_8u_C1(state);
 }
 
+// One block of 8x8 samples.
+Bytes withoutMosquitoes(const Bytes& block, Vek32s strength) {
+    VekDenoiseMosquitoState* state = nullptr;
+    EXPECT_EQ(vekiFilterDenoiseMosquitoInitAlloc_8u_C1({8, 8}, &state), vekStsOk);
+    Bytes dst(64);
+    EXPECT_EQ(vekiFilterDenoiseMosquito_8u_C1R(block.data(), 8, dst.data(), 8, strength, state), vekStsOk);
+    EXPECT_EQ(vekiFilterDenoiseMosquitoFree_8u_C1(state), vekStsOk);
+    return dst;
+}
+
+TEST(DenoiseMosquito, BlocksByHand) {
+    // A row of 100 among rows of 110 at strength 2: f = 16, p = 2, q = 1. The direction is 2; nothing differs along it,
+    // the eight taps across add 2 * 4 + 4 = 12: (8 + 12) >> 4 = 1.
+    Bytes row(64, 110);
+    std::fill_n(row.begin() + 24, 8, Vek8u{100});
+    for (std::size_t x = 2; x < 6; ++x) EXPECT_EQ(withoutMosquitoes(row, 2)[24 + x], 101);
+
+    // Both diagonals at 118 in 108, strength 6: f = 6, p = 2, q = 1. Directions 0 and 4 have the same score, 0 counts.
+    // On its own diagonal, i + j = 7, the taps along it add nothing, those across -12: (8 - 12 - 1) >> 4 = -1; on the
+    // other one the taps along add 4 * 3 * -2 more: (8 - 36 - 1) >> 4 = -2.
+    Bytes cross(64, 108);
+    for (std::size_t i = 0; i < 8; ++i) cross[9 * i] = cross[7 * i + 7] = 118;
+    const Bytes dst = withoutMosquitoes(cross, 6);
+    EXPECT_EQ(dst[8 * 2 + 5], 117);
+    EXPECT_EQ(dst[8 * 2 + 2], 116);
+}
+
+// Noise of two values is unlike itself at any displacement, so that no sample has a weight but one of the frame before:
+// it differs by 86. Noise 7: Th = 88, R = 47662, the weight is (2 * R) >> 16 = 1, and (2 * 86 + 33) / 66 is 3.
+TEST(DenoiseCast, ThresholdRoundsUp) {
+    const Vek32s w = 17;
+    unsigned bits = 1;
+    Bytes here(static_cast<std::size_t>(w * w)), dst(here.size());
+    for (Vek8u& s : here) {
+        bits = bits * 1664525 + 1013904223;
+        s = bits >> 31 != 0 ? 200 : 40;
+    }
+    Bytes before = here, next = here;
+    for (Vek8u& s : next) s = static_cast<Vek8u>(240 - s);
+    const std::size_t middle = 8 * 17 + 8;
+    const int change = here[middle] == 40 ? 86 : -86;
+    before[middle] = static_cast<Vek8u>(here[middle] + change);
+    ASSERT_EQ(vekiFilterDenoiseCAST_8u_C1R(before.data(), here.data(), next.data(), w, dst.data(), w, {w, w}, 7),
+              vekStsOk);
+    EXPECT_EQ(dst[middle], here[middle] + (change > 0 ? 3 : -3));
+}
+
 }  // namespace

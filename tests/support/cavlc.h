@@ -70,6 +70,12 @@ inline void putLevelCode(BitWriter& out, Vek32u levelCode, int suffixLength) {
     }
 }
 
+// suffixLength for the level that follows one of this size (9.2.2.1).
+inline int suffixLengthBehind(int suffixLength, Vek32s size) {
+    if (suffixLength == 0) suffixLength = 1;
+    return size > 3 << (suffixLength - 1) && suffixLength < 6 ? suffixLength + 1 : suffixLength;
+}
+
 // Writes a block of at most maxNumCoeff coefficients; nC selects the column of coeff_token for 4x4 blocks.
 inline void putCavlcBlock(BitWriter& out, const CavlcSyntax& s, CavlcBlock kind, int nC, int maxNumCoeff) {
     using namespace vekvc_tables;
@@ -86,8 +92,7 @@ inline void putCavlcBlock(BitWriter& out, const CavlcSyntax& s, CavlcBlock kind,
         const Vek32s level = s.levels[i];
         const auto size = static_cast<Vek32u>(std::abs(level));
         putLevelCode(out, 2 * size - (level > 0 ? 2 : 1) - (i == 0 && ones < 3 ? 2 : 0), suffixLength);
-        if (suffixLength == 0) suffixLength = 1;
-        if (size > 3u << (suffixLength - 1) && suffixLength < 6) ++suffixLength;
+        suffixLength = suffixLengthBehind(suffixLength, static_cast<Vek32s>(size));
     }
     if (total > 0 && total < maxNumCoeff) {
         out.put(kind == CavlcBlock::k2x2   ? kTotalZerosCodes2x2[total - 1][s.totalZeros]

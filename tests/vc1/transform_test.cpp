@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <random>
 #include <vector>
@@ -151,6 +152,57 @@ TEST(VC1Transform, ForwardOfFlatBlocks) {
         EXPECT_EQ(result[0], kOf1[i]);
         EXPECT_EQ(std::count(result.begin(), result.end(), 0), 63);
     }
+}
+
+// Entry x of the standard's basis k: a cosine's value by its angle, in units of pi / 16 (8 points) or pi / 8 (4).
+int basis(int n, int k, int x) {
+    static constexpr int kEight[] = {12, 16, 16, 15, 12, 9, 6, 4}, kFour[] = {17, 22, 17, 10};
+    int angle = (2 * x + 1) * k % (4 * n);
+    angle = angle > 2 * n ? 4 * n - angle : angle;
+    const int at = angle < n ? angle : 2 * n - angle;
+    return (angle < n ? 1 : -1) * (n == 8 ? kEight : kFour)[at];
+}
+
+// One dimension: the products with the bases over their squared norms. The bases are rounded to 21 bits (4 points: 20),
+// of which the shift leaves so many that both passes together scale by 8 less than an inverse transform.
+void forwardPass(int n, Vek16s* v, int stride, bool columns) {
+    Vek16s result[8];
+    for (int k = 0; k < n; ++k) {
+        double norm = 0, sum = 0;
+        for (int x = 0; x < n; ++x) norm += basis(n, k, x) * basis(n, k, x);
+        for (int x = 0; x < n; ++x)
+            sum += v[x * stride] * std::nearbyint(std::ldexp(basis(n, k, x), n == 8 ? 21 : 20) / norm);
+        const double value = std::floor(std::ldexp(sum, -((n == 8 ? 12 : 11) + (columns ? 8 : 0))) + 0.5);
+        result[k] = static_cast<Vek16s>(std::clamp(value, -32768.0, 32767.0));
+    }
+    for (int k = 0; k < n; ++k) v[k * stride] = result[k];
+}
+
+TEST(VC1Transform, ForwardIsTheScaledTransposeOfTheInverse) {
+    // Sums of the second pass that lie half way between two results, which only chance would bring.
+    constexpr int kTies[4][8] = {{23, -247, 33, 123, 26, 221, -69, -217},
+                                 {-222, 251, -161, 125},
+                                 {110, 179, -154, 165, -45, 127, 190, 233},
+                                 {-177, -197, 16, 151}};
+    std::mt19937 random(5);
+    for (int i = 0; i < 4; ++i)
+        for (int round = 0; round < 4000; ++round) {
+            const Shape& shape = kShapes[i];
+            Values samples(64);
+            for (int y = 0; y < shape.height; ++y)
+                for (int x = 0; x < shape.width; ++x)
+                    samples[8 * y + x] = static_cast<Vek16s>(round > 0 ? static_cast<int>(random() % 511) - 255
+                                                             : x == 0  ? kTies[i][y]
+                                                                       : 0);
+            Values expected = samples;
+            for (int y = 0; y < shape.height; ++y) forwardPass(shape.width, &expected[8 * y], 1, false);
+            for (int x = 0; x < shape.width; ++x) forwardPass(shape.height, &expected[x], 8, true);
+            const Values result = forward(shape, samples);
+            for (int y = 0; y < shape.height; ++y)
+                for (int x = 0; x < shape.width; ++x)
+                    ASSERT_EQ(result[8 * y + x], expected[8 * y + x])
+                        << shape.width << "x" << shape.height << " at " << x << ", " << y << " round " << round;
+        }
 }
 
 TEST(VC1Transform, ForwardSumsWrap) {

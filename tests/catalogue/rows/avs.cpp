@@ -38,20 +38,19 @@ Stream stream(const AvsGroup& group, const Call& c) {
 }
 
 std::vector<Argument> decode(const AvsGroup& group) {
-    return {in<Vek32u>("ppBitStream",
-                       [&group](const Call& c) {
-                           return Rect{0, 0, static_cast<int>(stream(group, c).words.size()), 1};
-                       })
-                .seeded("stream")
-                .movedOn()
-                .filled([&group](Random&, const Call& c, void* samples, int n) {
-                    std::memcpy(samples, stream(group, c).words.data(), 4 * static_cast<std::size_t>(n));
-                }),
-            inOut<Vek32s>("pBitOffset", count(1)).goesBack().of([&group](Random&, const Call& c) {
-                return stream(group, c).offset;
+    return {
+        in<Vek32u>("ppBitStream",
+                   [&group](const Call& c) {
+                       return Rect{0, 0, static_cast<int>(stream(group, c).words.size()), 1};
+                   })
+            .seeded("stream")
+            .movedOn()
+            .filled([&group](Random&, const Call& c, void* samples, int n) {
+                std::memcpy(samples, stream(group, c).words.data(), 4 * static_cast<std::size_t>(n));
             }),
-            inOut<Vek16s>("ppDstCoeffs", count(64)).movedOn(),
-            range("scanMode", 0, 1).bad({-1, 2, INT32_MIN, INT32_MAX}, vekStsErrBadArg)};
+        inOut<Vek32s>("pBitOffset", count(1)).of([&group](Random&, const Call& c) { return stream(group, c).offset; }),
+        inOut<Vek16s>("ppDstCoeffs", count(64)).movedOn(),
+        range("scanMode", 0, 1).bad({-1, 2, INT32_MIN, INT32_MAX}, vekStsErrBadArg)};
 }
 
 [[maybe_unused]] const bool kRows[] = {

@@ -32,6 +32,23 @@ int clampedGeometric(Random& random, int most) {
     return n < most ? n : most;
 }
 
+// The size of a level that is read with a suffix of suffixLength bits: often at the threshold of a longer suffix, on
+// either side of it, or where the escape begins.
+Vek32s drawLevelSize(Random& random, int suffixLength, int largest) {
+    const Vek32s threshold = 3 << (suffixLength > 0 ? suffixLength - 1 : 0);
+    const Vek32s escape = suffixLength > 0 ? 15 << suffixLength >> 1 : 7 + static_cast<Vek32s>(random() % 2) * 8;
+    switch (random() % 8) {
+        case 0:
+        case 1:
+        case 2:
+            return threshold + static_cast<Vek32s>(random() % 2);
+        case 3:
+            return escape - 1 + static_cast<Vek32s>(random() % 4);
+        default:
+            return 1 + clampedGeometric(random, largest - 1) * (largest > 12 ? largest / 12 : 1);
+    }
+}
+
 // A block that is dense for a large nC, as in pictures.
 CavlcSyntax drawBlock(Random& random, int nC, int maxNumCoeff) {
     CavlcSyntax s;
@@ -42,10 +59,12 @@ CavlcSyntax drawBlock(Random& random, int nC, int maxNumCoeff) {
     s.trailingOnes = static_cast<Vek8u>(random() % static_cast<unsigned>(total < 3 ? total + 1 : 4));
     s.signs = static_cast<Vek8u>(random() % (1u << s.trailingOnes));
     const int largest = random() % 16 == 0 ? 32767 : random() % 4 == 0 ? 300 : 12;
+    int suffixLength = total > 10 && s.trailingOnes < 3 ? 1 : 0;
     for (int i = 0; i < total - s.trailingOnes; ++i) {
-        Vek32s size = 1 + clampedGeometric(random, largest - 1) * (largest > 12 ? largest / 12 : 1);
+        Vek32s size = drawLevelSize(random, suffixLength, largest);
         if (i == 0 && s.trailingOnes < 3 && size == 1) size = 2;
         s.levels[i] = random() % 2 == 0 ? size : -size;
+        suffixLength = suffixLengthBehind(suffixLength, size);
     }
     int zeros = total == 0 ? 0 : clampedGeometric(random, maxNumCoeff - total);
     s.totalZeros = static_cast<Vek8u>(zeros);
@@ -94,7 +113,7 @@ Argument streamOf(Maker make) {
         });
 }
 Argument offsetOf(Maker make) {
-    return inOut<Vek32s>("pBitOffset", count(1)).goesBack().of([=](Random&, const Call& c) { return make(c).offset; });
+    return inOut<Vek32s>("pBitOffset", count(1)).of([=](Random&, const Call& c) { return make(c).offset; });
 }
 
 template <class T>

@@ -98,7 +98,7 @@ Argument streamOf(Maker make) {
         });
 }
 Argument offsetOf(Maker make) {
-    return inOut<Vek32s>("pBitOffset", count(1)).goesBack().of([=](Random&, const Call& c) { return make(c).offset; });
+    return inOut<Vek32s>("pBitOffset", count(1)).of([=](Random&, const Call& c) { return make(c).offset; });
 }
 Argument table(const char* name, const void* p) {
     return fixed(name, [p] { return p; });
@@ -162,7 +162,7 @@ Argument levels() {
     });
 }
 Argument sink() { return inOut<Vek32u>("ppBitStream", count(54)).movedOn(); }
-Argument cursor() { return inOut<Vek32s>("pBitOffset", count(1)).goesBack().of(0, 31); }
+Argument cursor() { return inOut<Vek32s>("pBitOffset", count(1)).of(0, 31); }
 std::vector<Argument> endOfBlock() { return {range("EOBLen", 0, 32), anyInt("EOBCode"), range("count", 0, 64)}; }
 std::vector<Argument> join(std::vector<Argument> a, const std::vector<Argument>& b) {
     a.insert(a.end(), b.begin(), b.end());

@@ -88,7 +88,7 @@ Argument streamOf(Maker make) {
         });
 }
 Argument offsetOf(Maker make) {
-    return inOut<Vek32s>("pBitOffset", count(1)).goesBack().of([=](Random&, const Call& c) { return make(c).offset; });
+    return inOut<Vek32s>("pBitOffset", count(1)).of([=](Random&, const Call& c) { return make(c).offset; });
 }
 
 // ---- decoding
@@ -192,9 +192,7 @@ std::vector<Argument> decodeBackward(bool intra) {
             .filled([](Random&, const Call& c, void* samples, int n) {
                 std::memcpy(samples, backward<table>(c).bytes.data(), static_cast<std::size_t>(n));
             }),
-        inOut<Vek32s>("pBitOffset", count(1)).goesBack().of([](Random&, const Call& c) {
-            return backward<table>(c).offset;
-        }),
+        inOut<Vek32s>("pBitOffset", count(1)).of([](Random&, const Call& c) { return backward<table>(c).offset; }),
         integer("numBits", [](Random&, const Call& c) { return backward<table>(c).numBits; })
             .bad({0, -1, INT32_MIN}, vekStsErrSize),
         intra ? inOut<Vek16s>("pDstBlock", blockBehindDc()) : inOut<Vek16s>("pDstBlock", count(64)),
@@ -252,7 +250,7 @@ std::vector<Argument> encode(std::vector<Argument> more, std::function<Vek32s(co
     const auto make = [=](const Call& c) { return source<kind>(c, scan(c)); };
     std::vector<Argument> arguments = {
         inOut<Vek8u>("ppBitStream", written(make)).seeded("block").movedOn(),
-        inOut<Vek32s>("pBitOffset", count(1)).goesBack().of([=](Random&, const Call& c) { return make(c).offset; }),
+        inOut<Vek32s>("pBitOffset", count(1)).of([=](Random&, const Call& c) { return make(c).offset; }),
         in<Vek16s>("pSrcBlock", count(64)).filled([=](Random&, const Call& c, void* samples, int) {
             std::memcpy(samples, make(c).block, sizeof Source::block);
         })};
@@ -266,7 +264,7 @@ Vek32s scanOfH263(const Call& c) { return c["advIntraFlag"] != 0 ? scanArgument(
 // A DC takes at most 12 + 12 + 1 bits; how many this one takes is a matter of the known answers.
 std::vector<Argument> encodeDc(int low, int high, std::vector<Argument> more) {
     std::vector<Argument> arguments = {
-        inOut<Vek8u>("ppBitStream", count(4)).movedOn(), inOut<Vek32s>("pBitOffset", count(1)).goesBack().of(0, 7),
+        inOut<Vek8u>("ppBitStream", count(4)).movedOn(), inOut<Vek32s>("pBitOffset", count(1)).of(0, 7),
         range("dc", low, high).bad({low - 1, high + 1, -32768, 32767}, vekStsErrOutOfRange)};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
