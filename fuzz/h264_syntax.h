@@ -71,10 +71,10 @@ struct SliceHead {
     std::array<std::array<Weight, 32>, 2> weights;
     Field noOutput = 0, longTerm = 0, adaptive = 0;
     std::array<Field, 40> operation{}, operand{}, operand2{};
-    Field qpDelta = 0, qsFlag = 0, qsDelta = 0, deblocking = 0, alpha = 0, beta = 0, changeCycle = 0;
+    Field cabacInitIdc = 0, qpDelta = 0, qsFlag = 0, qsDelta = 0, deblocking = 0, alpha = 0, beta = 0, changeCycle = 0;
 };
 
-// ---- coders: u(field, bits), ue(field), se(field), more(field)
+// ---- coders: u(field, bits), ue(field), se(field), more(field), align()
 
 class FieldReader {
   public:
@@ -94,6 +94,10 @@ class FieldReader {
         x = x % 2 != 0 ? (x + 1) / 2 : -(x / 2);
     }
     void more(Field& x) const { x = at_ < end_; }
+    void align() {  // cabac_alignment_one_bit
+        while (at_ % 8 != 0 && !failed_)
+            if (bit() == 0) failed_ = true;
+    }
     bool failed() const { return failed_; }
     std::size_t position() const { return at_; }
 
@@ -124,6 +128,9 @@ class FieldWriter {
     }
     void se(const Field& x) { ue(x > 0 ? 2 * x - 1 : -2 * x); }
     void more(const Field&) const {}
+    void align() {
+        while (bits_.size() % 8 != 0) bits_.push_back(true);
+    }
     std::vector<bool>& bits() { return bits_; }
 
   private:
@@ -139,6 +146,7 @@ class FieldVisitor {
     void ue(Field& x) { change_(x, Field{0}, (Field{1} << 32) - 2); }
     void se(Field& x) { change_(x, -(Field{1} << 31) + 1, (Field{1} << 31) - 1); }
     void more(Field& x) { change_(x, Field{0}, Field{1}); }
+    void align() {}
 
   private:
     Change change_;
@@ -374,6 +382,7 @@ void code(C& c, SliceHead& s, bool idr, int refIdc, const Sps& sps, const Pps& p
             if (s.operation[i] == 3) c.ue(s.operand2[i]);
         }
     }
+    if (pps.cabac != 0 && (isP || isB)) c.ue(s.cabacInitIdc);
     c.se(s.qpDelta);
     if (type >= 3) {
         if (type == 3) c.u(s.qsFlag, 1);
@@ -392,6 +401,7 @@ void code(C& c, SliceHead& s, bool idr, int refIdc, const Sps& sps, const Pps& p
         while (Field{1} << n < most) ++n;
         c.u(s.changeCycle, n);
     }
+    if (pps.cabac != 0) c.align();
 }
 
 }  // namespace vekvc_fuzz

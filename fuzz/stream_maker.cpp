@@ -30,20 +30,23 @@ void codeUnit(C& c, U& unit, const S& sent) {
 
 }  // namespace
 
-StreamMaker::StreamMaker(const std::vector<std::string>& folders) {
-    for (const auto& folder : folders) {
-        std::vector<std::filesystem::path> names;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
-            if (entry.path().extension() == ".264") names.push_back(entry.path());
-        std::sort(names.begin(), names.end());
-        for (const auto& name : names) {
-            std::ifstream file(name, std::ios::binary);
-            const std::vector<char> chars{std::istreambuf_iterator<char>(file), {}};
-            Stream stream = parse({chars.begin(), chars.end()}, &folder == &folders.front());
-            if (!stream.empty()) pool_.push_back(std::move(stream));
-        }
-    }
+StreamMaker::StreamMaker(const std::vector<std::string>& good, const std::vector<std::string>& others) {
+    for (const auto& folder : good) take(folder, true);
+    for (const auto& folder : others) take(folder, false);
     FUZZ_REQUIRE(!pool_.empty());
+}
+
+void StreamMaker::take(const std::string& folder, bool good) {
+    std::vector<std::filesystem::path> names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        if (entry.path().extension() == ".264") names.push_back(entry.path());
+    std::sort(names.begin(), names.end());
+    for (const auto& name : names) {
+        std::ifstream file(name, std::ios::binary);
+        const std::vector<char> chars{std::istreambuf_iterator<char>(file), {}};
+        Stream stream = parse({chars.begin(), chars.end()}, good);
+        if (!stream.empty()) pool_.push_back(std::move(stream));
+    }
 }
 
 StreamMaker::Stream StreamMaker::parse(const std::vector<std::uint8_t>& bytes, bool good) {

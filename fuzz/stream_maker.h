@@ -16,12 +16,14 @@ namespace vekvc_fuzz {
 
 class StreamMaker {
   public:
-    // All *.264 below the folders; those below the first one are good.
-    explicit StreamMaker(const std::vector<std::string>& folders);
+    // All *.264 below the folders.
+    StreamMaker(const std::vector<std::string>& good, const std::vector<std::string>& others);
     std::vector<std::uint8_t> make(Input input) const;
     std::size_t streams() const { return pool_.size(); }
 
   private:
+    void take(const std::string& folder, bool good);
+
     struct Unit {
         int type = 0, refIdc = 0;
         std::vector<std::uint8_t> rbsp;  // without emulation prevention

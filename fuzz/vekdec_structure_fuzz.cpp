@@ -18,9 +18,9 @@ using vekapp::MemoryMode;
 const vekvc_fuzz::StreamMaker& streamMaker() {
     static const vekvc_fuzz::StreamMaker maker = [] {
         const std::string streams = VEKVC_SOURCE_DIR "/tests/streams/";
-        std::vector<std::string> folders = {streams + "h264", streams + "forged"};
-        if (const char* more = std::getenv("VEKVC_FUZZ_STREAMS")) folders.emplace_back(more);
-        return vekvc_fuzz::StreamMaker(folders);
+        std::vector<std::string> others = {streams + "forged"};
+        if (const char* more = std::getenv("VEKVC_FUZZ_STREAMS")) others.emplace_back(more);
+        return vekvc_fuzz::StreamMaker({streams + "h264", streams + "h264_cabac"}, others);
     }();
     return maker;
 }

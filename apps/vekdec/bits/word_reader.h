@@ -76,6 +76,8 @@ class WordReader {
         if (beyondEnd()) throwEnd();
     }
 
+    // The payload from its beginning, for engines that read it in their own way.
+    const Vek32u* words() const { return base_; }
     // The cursor itself, for the exports that decode from it.
     Vek32u** word() { return &word_; }
     Vek32s* offset() { return &offset_; }

@@ -25,7 +25,26 @@ constexpr SubMbType kSubMbTypesB[13] = {{0, 0, 0},   {kL0, 2, 2}, {kL1, 2, 2}, {
 
 }  // namespace
 
-void MacroblockParser::parseInter(unsigned mbType) {
+template <typename Syntax>
+void MacroblockParser<Syntax>::predictSkipped() {
+    Macroblock& mb = *current_.mb;
+    mb.skipped = true;
+    setQp(mb);
+    gatherMotion(neighbours_, mb.field, isB() ? 2 : 1, motion_);
+    if (isB()) {
+        predictDirect();
+    } else {
+        if (context_->referenceCount[current_.view][0] == 0) throw BadSyntax("a skipped macroblock without references");
+        const MotionVector mv = h264::predictSkipped(motion_);
+        motion_.fill(0, 0, 0, 4, 4, 0, mv);
+        mb.partitioning = Partitioning::Whole;
+    }
+    storeMotion();
+    mb.type = MbType::Inter;
+}
+
+template <typename Syntax>
+void MacroblockParser<Syntax>::parseInter(unsigned mbType) {
     Macroblock& mb = *current_.mb;
     gatherMotion(neighbours_, mb.field, isB() ? 2 : 1, motion_);
     bool transform8x8Allowed = true;
@@ -50,61 +69,69 @@ void MacroblockParser::parseInter(unsigned mbType) {
     parsePatternAndResidual(transform8x8Allowed);
 }
 
-// ref_idx: te(v), 9.1.
-int MacroblockParser::parseRefIdx(std::size_t list) {
-    const int count = context_->referenceCount[current_.view][list];
+template <typename Syntax>
+int MacroblockParser<Syntax>::parseRefIdx(int list, int x, int y, int w, int h) {
+    const int count = context_->referenceCount[current_.view][static_cast<std::size_t>(list)];
     if (count == 0) throw BadSyntax("a reference index without references");
-    if (count == 1) return 0;
-    if (count == 2) return bits_->flag() ? 0 : 1;
-    return bits_->ue("ref_idx", static_cast<unsigned>(count - 1));
+    return count == 1 ? 0 : syntax_.refIdx(list, x, y, w, h, count);
 }
 
-MotionVector MacroblockParser::parseMvd(MotionVector predicted) {
-    // Sums wrap: only broken streams leave the range of vectors.
-    const auto x = static_cast<std::uint32_t>(bits_->se()), y = static_cast<std::uint32_t>(bits_->se());
-    return {static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.x) + x),
-            static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.y) + y)};
+template <typename Syntax>
+MotionVector MacroblockParser<Syntax>::parseVector(int list, int x, int y, int w, int h, MotionVector predicted) {
+    const MotionVectorDifference mvd = syntax_.mvd(list, x, y, w, h);
+    return {static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.x) + mvd.x),
+            static_cast<std::int16_t>(static_cast<std::uint32_t>(predicted.y) + mvd.y)};
 }
 
-void MacroblockParser::parsePartitions(Partitioning partitioning, const std::uint8_t* lists) {
+template <typename Syntax>
+void MacroblockParser<Syntax>::parsePartitions(Partitioning partitioning, const std::uint8_t* lists) {
     current_.mb->partitioning = partitioning;
     const int count = partitioning == Partitioning::Whole ? 1 : 2;
     const int w = partitioning == Partitioning::Columns8x16 ? 2 : 4, h = partitioning == Partitioning::Rows16x8 ? 2 : 4;
     const PartitionShape shape = partitioning == Partitioning::Rows16x8      ? PartitionShape::Wide16x8
                                  : partitioning == Partitioning::Columns8x16 ? PartitionShape::Tall8x16
                                                                              : PartitionShape::Other;
+    syntax_.beginMotion(motion_, isB() ? 2 : 1);
     int ref[2][2];
-    for (std::size_t list = 0; list < 2; ++list)
-        for (int i = 0; i < count; ++i) ref[list][i] = lists[i] >> list & 1 ? parseRefIdx(list) : -1;
+    for (int list = 0; list < 2; ++list)
+        for (int i = 0; i < count; ++i)
+            ref[list][i] = lists[i] >> list & 1 ? parseRefIdx(list, i * (w & 3), i * (h & 3), w, h) : -1;
     for (int list = 0; list < (isB() ? 2 : 1); ++list)
         for (int i = 0; i < count; ++i) {
             const int x = i * (w & 3), y = i * (h & 3), r = ref[list][i];
             const MotionVector mv =
-                r < 0 ? MotionVector{} : parseMvd(predictMotionVector(motion_, list, x, y, w, r, shape));
+                r < 0 ? MotionVector{}
+                      : parseVector(list, x, y, w, h, predictMotionVector(motion_, list, x, y, w, r, shape));
             motion_.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
         }
 }
 
-void MacroblockParser::parseSubMacroblocks(bool refsAreZero) {
+template <typename Syntax>
+void MacroblockParser<Syntax>::parseSubMacroblocks(bool refsAreZero) {
     Macroblock& mb = *current_.mb;
     const SubMbType* types[4];
-    bool anyDirect = false, smaller = false;
-    for (auto& type : types) {
-        type = isB() ? &kSubMbTypesB[bits_->ue("sub_mb_type", 12)] : &kSubMbTypesP[bits_->ue("sub_mb_type", 3)];
+    unsigned directQuadrants = 0;
+    bool smaller = false;
+    for (unsigned i = 0; i < 4; ++i) {
+        const auto& type = types[i] = (isB() ? kSubMbTypesB : kSubMbTypesP) + syntax_.subMbType();
         const bool direct = type->lists == 0;
-        anyDirect = anyDirect || direct;
+        if (direct) directQuadrants |= 1u << i;
         smaller = smaller || (direct ? !context_->sps->direct8x8Inference : type->w + type->h < 4);
     }
     mb.partitioning = smaller ? Partitioning::Smaller : Partitioning::Quadrants;
+    syntax_.beginMotion(motion_, isB() ? 2 : 1);
+    syntax_.setDirect(directQuadrants);
     int ref[2][4];
-    for (std::size_t list = 0; list < 2; ++list)
+    for (int list = 0; list < 2; ++list)
         for (int i = 0; i < 4; ++i)
-            ref[list][i] = (types[i]->lists >> list & 1) == 0 ? -1 : refsAreZero ? 0 : parseRefIdx(list);
+            ref[list][i] = (types[i]->lists >> list & 1) == 0 ? -1
+                           : refsAreZero                      ? 0
+                                                              : parseRefIdx(list, i % 2 * 2, i / 2 * 2, 2, 2);
     // Direct sub-macroblocks take their motion_ from outside the macroblock, but a block that comes before one must not
     // see it: they are filled in list by list in their turn.
     DirectPrediction direct(*context_, current_);
     MotionCache directMotion;
-    if (anyDirect) {
+    if (directQuadrants != 0) {
         direct.prepare(motion_);
         for (int i = 0; i < 4; ++i)
             if (types[i]->lists == 0) direct.derive(i, directMotion);
@@ -128,13 +155,16 @@ void MacroblockParser::parseSubMacroblocks(bool refsAreZero) {
             for (int y = y0; y < y0 + 2; y += types[i]->h)
                 for (int x = x0; x < x0 + 2; x += types[i]->w)
                     motion_.fill(list, x, y, types[i]->w, types[i]->h, r,
-                                 parseMvd(predictMotionVector(motion_, list, x, y, types[i]->w, r)));
+                                 parseVector(list, x, y, types[i]->w, types[i]->h,
+                                             predictMotionVector(motion_, list, x, y, types[i]->w, r)));
         }
 }
 
 // B_Skip and B_Direct_16x16.
-void MacroblockParser::predictDirect() {
+template <typename Syntax>
+void MacroblockParser<Syntax>::predictDirect() {
     Macroblock& mb = *current_.mb;
+    syntax_.setDirect();
     DirectPrediction direct(*context_, current_);
     direct.prepare(motion_);
     mb.partitioning = direct.deriveAll(motion_)           ? Partitioning::Whole
@@ -143,7 +173,8 @@ void MacroblockParser::predictDirect() {
 }
 
 // From the cache to the macroblock, for the neighbours_, later pictures and the deblocking filter.
-void MacroblockParser::storeMotion() {
+template <typename Syntax>
+void MacroblockParser<Syntax>::storeMotion() {
     Macroblock& mb = *current_.mb;
     for (std::size_t list = 0; list < 2; ++list) {
         if (list == 1 && !isB()) {
@@ -171,5 +202,10 @@ void MacroblockParser::storeMotion() {
         }
     }
 }
+
+template void MacroblockParser<CavlcSyntax>::predictSkipped();
+template void MacroblockParser<CabacSyntax>::predictSkipped();
+template void MacroblockParser<CavlcSyntax>::parseInter(unsigned);
+template void MacroblockParser<CabacSyntax>::parseInter(unsigned);
 
 }  // namespace vekdec::h264

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "h264/residual.h"
-
 namespace vekdec::h264 {
 namespace {
 
@@ -17,25 +15,13 @@ int neighbourMode(const Macroblock* mb, int raster, bool constrainedIntraPred) {
 
 }  // namespace
 
-void parseIntraModes(BitReader& bits, const Neighbours& n, bool constrainedIntraPred, Macroblock& mb) {
-    const bool is8x8 = mb.type == MbType::I8x8;
-    for (int i = 0; i < 16; i += is8x8 ? 4 : 1) {
-        const int raster = kBlockRaster[i], x = raster & 3, y = raster >> 2;
-        const std::uint8_t entry = n.rows->luma[y];
-        const int a = x > 0 ? mb.predMode4x4[raster - 1]
-                            : neighbourMode(n.leftOf(entry), (entry & 3) * 4 + 3, constrainedIntraPred);
-        const int b = y > 0 ? mb.predMode4x4[raster - 4] : neighbourMode(n.above, 12 + x, constrainedIntraPred);
-        const int predicted = a < 0 || b < 0 ? kDc : std::min(a, b);
-        int mode = predicted;
-        if (!bits.flag()) {
-            const int rem = static_cast<int>(bits.u(3));
-            mode = rem < predicted ? rem : rem + 1;
-        }
-        mb.predMode4x4[raster] = static_cast<std::int8_t>(mode);
-        if (is8x8)
-            mb.predMode4x4[raster + 1] = mb.predMode4x4[raster + 4] = mb.predMode4x4[raster + 5] =
-                static_cast<std::int8_t>(mode);
-    }
+int predictIntraMode(const Neighbours& n, bool constrainedIntraPred, const Macroblock& mb, int raster) {
+    const int x = raster & 3, y = raster >> 2;
+    const std::uint8_t entry = n.rows->luma[y];
+    const int a =
+        x > 0 ? mb.predMode4x4[raster - 1] : neighbourMode(n.leftOf(entry), (entry & 3) * 4 + 3, constrainedIntraPred);
+    const int b = y > 0 ? mb.predMode4x4[raster - 4] : neighbourMode(n.above, 12 + x, constrainedIntraPred);
+    return a < 0 || b < 0 ? kDc : std::min(a, b);
 }
 
 unsigned intraEdgeFlags(const Neighbours& n, bool constrainedIntraPred, bool field) {

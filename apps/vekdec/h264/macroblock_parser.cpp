@@ -10,21 +10,9 @@
 #include "h264/reconstruction.h"
 
 namespace vekdec::h264 {
-namespace {
-
-// Table 9-4: coded_block_pattern by codeNum, [0] Intra, [1] Inter; with chroma and in monochrome.
-constexpr std::uint8_t kCodedBlockPattern[2][48] = {
-    {47, 31, 15, 0,  23, 27, 29, 30, 7, 11, 13, 14, 39, 43, 45, 46, 16, 3,  5,  10, 12, 19, 21, 26,
-     28, 35, 37, 42, 44, 1,  2,  4,  8, 17, 18, 20, 24, 6,  9,  22, 25, 32, 33, 34, 36, 40, 38, 41},
-    {0,  16, 1,  2,  4,  8,  32, 3,  5,  10, 12, 15, 47, 7,  11, 13, 14, 6,  9,  31, 35, 37, 42, 44,
-     33, 34, 36, 40, 39, 43, 45, 46, 17, 18, 20, 24, 19, 21, 26, 28, 23, 27, 29, 30, 22, 25, 38, 41}};
-constexpr std::uint8_t kCodedBlockPatternMonochrome[2][16] = {{15, 0, 7, 11, 13, 14, 3, 5, 10, 12, 1, 2, 4, 8, 6, 9},
-                                                              {0, 1, 2, 4, 8, 3, 5, 10, 12, 15, 7, 11, 13, 14, 6, 9}};
-
-}  // namespace
-
 // NextMbAddress (8.2.2), in MBAFF frames of pairs.
-int MacroblockParser::nextAddress(int address) const {
+template <typename Syntax>
+int MacroblockParser<Syntax>::nextAddress(int address) const {
     const auto* map = context_->slice->mbToSliceGroupMap;
     if (map == nullptr) return address + 1;
     if (context_->mbaff && address % 2 == 0) return address + 1;
@@ -37,7 +25,8 @@ int MacroblockParser::nextAddress(int address) const {
 }
 
 // Places a macroblock and finds its neighbours.
-void MacroblockParser::start(int address, bool field) {
+template <typename Syntax>
+void MacroblockParser<Syntax>::start(int address, bool field) {
     Picture& picture = *context_->picture;
     const int width = context_->widthInMbs;
     const bool fieldPicture = context_->slice->structure != kFrame;
@@ -78,18 +67,20 @@ void MacroblockParser::start(int address, bool field) {
     }
     findNeighbours(*context_, current_, neighbours_);
     if (isB()) prefetchColocated(*context_, address + 3);
+    syntax_.beginMacroblock(current_, neighbours_);
 }
 
-void MacroblockParser::setQp(Macroblock& mb) const {
+template <typename Syntax>
+void MacroblockParser<Syntax>::setQp(Macroblock& mb) const {
     mb.qp = static_cast<std::int8_t>(qp_);
     for (std::size_t i = 0; i < 2; ++i) mb.qpc[i] = chromaQps_[i][qp_ + qpBdOffsetY_];
 }
 
 // ---- slice_data(), 7.3.4
 
-void MacroblockParser::parse(BitReader& reader, const SliceContext& context, ParsedRow& parsed,
-                             const std::function<bool(int)>& rowIsParsed) {
-    bits_ = &reader;
+template <typename Syntax>
+void MacroblockParser<Syntax>::parse(BitReader& bits, const SliceContext& context, ParsedRow& parsed,
+                                     const std::function<bool(int)>& rowIsParsed) {
     context_ = &context;
     parsed_ = &parsed;
     inMacroblock_ = false;
@@ -114,70 +105,48 @@ void MacroblockParser::parse(BitReader& reader, const SliceContext& context, Par
     parsed.reserve(most, wide_);
     int address = slice.header.firstMbInSlice * (mbaff ? 2 : 1);
     current_.address = address;
-    bool field = false;       // mb_field_decoding_flag of the pair
-    bool topSkipped = false;  // the pair's flag may still come with its bottom macroblock
-    const auto more = [&] {
+    syntax_.beginSlice(bits, context);
+    bool field = false;         // mb_field_decoding_flag of the pair
+    bool fieldIsParsed = true;  // it is not only inferred
+    for (;;) {
         current_.address = address;
         if (address >= context.mbCount) throw BadSyntax("macroblocks behind the end of the picture");
-    };
-    const auto next = [&] {
-        finishMacroblock();
-        const bool ends = !bits_->moreData() || (column_ == context.widthInMbs - 1 && (!mbaff || current_.bottom));
-        address = nextAddress(address);
-        if (!ends && parsed.macroblocks.size() < most) return true;
-        return rowIsParsed(ends && slice.mbToSliceGroupMap == nullptr ? address : -1);
-    };
-    for (;;) {
-        if (slice.header.type != SliceType::I) {
-            int run = bits_->ue("mb_skip_run", static_cast<unsigned>(context_->mbCount));
-            const bool skipped = run > 0;
-            for (; run > 0; --run) {
-                more();
-                if (mbaff && address % 2 == 0) {
-                    // The flag of a pair whose bottom macroblock is coded stands in front of that one.
-                    BitReader ahead = *bits_;
-                    field = run == 1 && bits_->moreData() ? ahead.flag() : inferFieldDecodingFlag(*context_, address);
-                    topSkipped = true;
-                }
-                parseSkipped(address, field);
-                if (!next()) return;
-            }
-            if (skipped && !bits_->moreData()) return;
+        const bool top = mbaff && address % 2 == 0;
+        if (top) {
+            field = inferFieldDecodingFlag(context, address);
+            fieldIsParsed = false;
         }
-        more();
-        if (mbaff && (address % 2 == 0 || topSkipped)) field = bits_->flag();
-        topSkipped = false;
-        parseMacroblock(address, field);
-        if (bits_->beyondEnd()) throw BadSyntax("the data ends inside a macroblock");
-        if (!next() || !bits_->moreData()) return;
+        start(address, field);
+        const auto takeField = [&](bool flag) {
+            fieldIsParsed = true;
+            if (flag != field) start(address, field = flag);
+        };
+        if (slice.header.type != SliceType::I && syntax_.mbSkipFlag()) {
+            current_.mb->skipped = true;  // so the bottom macroblock's flag sees it
+            if (top)
+                if (const auto flag = syntax_.fieldFlagBehindSkippedTop()) takeField(*flag);
+            predictSkipped();
+        } else {
+            if (mbaff && !fieldIsParsed) takeField(syntax_.mbFieldDecodingFlag());
+            parseMacroblock();
+        }
+        finishMacroblock();
+        const bool over = syntax_.endOfSlice();
+        const bool ends = over || (column_ == context.widthInMbs - 1 && (!mbaff || current_.bottom));
+        address = nextAddress(address);
+        if (ends || parsed.macroblocks.size() == most)
+            if (!rowIsParsed(ends && slice.mbToSliceGroupMap == nullptr ? address : -1)) return;
+        if (over) return;
     }
-}
-
-void MacroblockParser::parseSkipped(int address, bool field) {
-    start(address, field);
-    Macroblock& mb = *current_.mb;
-    mb.skipped = true;
-    setQp(mb);
-    gatherMotion(neighbours_, mb.field, isB() ? 2 : 1, motion_);
-    if (isB()) {
-        predictDirect();
-    } else {
-        if (context_->referenceCount[current_.view][0] == 0) throw BadSyntax("a skipped macroblock without references");
-        const MotionVector mv = predictSkipped(motion_);
-        motion_.fill(0, 0, 0, 4, 4, 0, mv);
-        mb.partitioning = Partitioning::Whole;
-    }
-    storeMotion();
-    mb.type = MbType::Inter;
 }
 
 // ---- macroblock_layer(), 7.3.5
 
-void MacroblockParser::parseMacroblock(int address, bool field) {
-    start(address, field);
+template <typename Syntax>
+void MacroblockParser<Syntax>::parseMacroblock() {
     setQp(*current_.mb);
     const SliceType type = context_->slice->header.type;
-    const unsigned mbType = bits_->ue();
+    const unsigned mbType = syntax_.mbType();
     const unsigned inter = type == SliceType::I ? 0 : type == SliceType::P ? 5 : 23;
     if (mbType >= inter + 26) throw BadSyntax("mb_type is " + std::to_string(mbType));
     if (mbType >= inter)
@@ -186,7 +155,8 @@ void MacroblockParser::parseMacroblock(int address, bool field) {
         parseInter(mbType);
 }
 
-void MacroblockParser::parseIntra(unsigned mbType) {
+template <typename Syntax>
+void MacroblockParser<Syntax>::parseIntra(unsigned mbType) {
     Macroblock& mb = *current_.mb;
     for (auto& list : mb.refIdx) std::memset(list, -1, sizeof list);
     for (auto& list : mb.refPicId) std::memset(list, -1, sizeof list);
@@ -196,28 +166,29 @@ void MacroblockParser::parseIntra(unsigned mbType) {
         return;
     }
     if (mbType == 0) {
-        mb.transform8x8 = context_->pps->transform8x8Mode && bits_->flag();
+        mb.transform8x8 = context_->pps->transform8x8Mode && syntax_.transformSize8x8Flag();
         mb.type = mb.transform8x8 ? MbType::I8x8 : MbType::I4x4;
-        parseIntraModes(*bits_, neighbours_, constrained, mb);
+        parseIntraModes(neighbours_, constrained, mb, [&](int predicted) { return syntax_.intraPredMode(predicted); });
     } else {
         mb.type = MbType::I16x16;
         mb.predMode16x16 = static_cast<std::uint8_t>((mbType - 1) % 4);
         mb.codedBlockPattern = static_cast<std::uint8_t>((mbType - 1) / 4 % 3 << 4 | (mbType >= 13 ? 15 : 0));
     }
     if (context_->sps->chromaFormatIdc != 0)
-        mb.predModeChroma = static_cast<std::uint8_t>(bits_->ue("intra_chroma_pred_mode", 3));
+        mb.predModeChroma = static_cast<std::uint8_t>(syntax_.intraChromaPredMode());
     parsePatternAndResidual(false);
     item_.intraEdges = intraEdgeFlags(neighbours_, constrained, mb.field);
 }
 
-void MacroblockParser::parsePcm() {
+template <typename Syntax>
+void MacroblockParser<Syntax>::parsePcm() {
     Macroblock& mb = *current_.mb;
-    while (bits_->position() % 8 != 0) bits_->flag();
+    BitReader& bits = syntax_.beginPcm();
     const auto take = [&](auto& coeffs) {
         for (int i = 0; i < planes_; ++i) {
             const int depth = i == 0 ? context_->sps->bitDepthLuma : context_->sps->bitDepthChroma;
             for (int left = mbWidth_[i] * mbHeight_[i]; left > 0; --left)
-                coeffs[parsed_->coeffsEnd++] = static_cast<std::decay_t<decltype(coeffs[0])>>(bits_->u(depth));
+                coeffs[parsed_->coeffsEnd++] = static_cast<std::decay_t<decltype(coeffs[0])>>(bits.u(depth));
         }
     };
     if (wide_)
@@ -225,8 +196,7 @@ void MacroblockParser::parsePcm() {
     else
         take(parsed_->coeffs16);
     mb.type = MbType::IPcm;
-    std::memset(mb.totalCoeff, 16, sizeof mb.totalCoeff);
-    std::memset(mb.totalCoeffC, 16, sizeof mb.totalCoeffC);
+    syntax_.endPcm();
     mb.codedBlockPattern = 0x2f;
     mb.nonZero = 0xffff;
     // The deblocking filter sees a QPY of 0; the next macroblock's prediction does not (7.4.5, 8.7.2.2).
@@ -237,21 +207,18 @@ void MacroblockParser::parsePcm() {
 }
 
 // coded_block_pattern, transform_size_8x8_flag, mb_qp_delta and the residual.
-void MacroblockParser::parsePatternAndResidual(bool transform8x8Allowed) {
+template <typename Syntax>
+void MacroblockParser<Syntax>::parsePatternAndResidual(bool transform8x8Allowed) {
     Macroblock& mb = *current_.mb;
-    const int chromaFormatIdc = context_->sps->chromaFormatIdc;
     if (mb.type != MbType::I16x16) {
-        const bool monochrome = chromaFormatIdc == 0;
-        const int code = bits_->ue("coded_block_pattern", monochrome ? 15 : 47);
-        const bool inter = !mb.intra();
-        mb.codedBlockPattern = monochrome ? kCodedBlockPatternMonochrome[inter][code] : kCodedBlockPattern[inter][code];
-        if (inter && transform8x8Allowed && context_->pps->transform8x8Mode && (mb.codedBlockPattern & 15) != 0)
-            mb.transform8x8 = bits_->flag();
-    } else if (chromaFormatIdc == 0) {
+        mb.codedBlockPattern = static_cast<std::uint8_t>(syntax_.codedBlockPattern());
+        if (!mb.intra() && transform8x8Allowed && context_->pps->transform8x8Mode && (mb.codedBlockPattern & 15) != 0)
+            mb.transform8x8 = syntax_.transformSize8x8Flag();
+    } else if (context_->sps->chromaFormatIdc == 0) {
         mb.codedBlockPattern &= 15;
     }
     if (mb.codedBlockPattern != 0 || mb.type == MbType::I16x16) {
-        const int delta = bits_->se("mb_qp_delta", -26 - qpBdOffsetY_ / 2, 25 + qpBdOffsetY_ / 2);
+        const int delta = syntax_.mbQpDelta(-26 - qpBdOffsetY_ / 2, 25 + qpBdOffsetY_ / 2);
         const int range = 52 + qpBdOffsetY_;
         qp_ = (qp_ + delta + range + qpBdOffsetY_) % range - qpBdOffsetY_;
         setQp(mb);
@@ -265,25 +232,31 @@ void MacroblockParser::parsePatternAndResidual(bool transform8x8Allowed) {
     }
 }
 
+template <typename Syntax>
 template <typename Coeff>
-void MacroblockParser::parseCoefficients(std::vector<Coeff>& coeffs) {
+void MacroblockParser<Syntax>::parseCoefficients(std::vector<Coeff>& coeffs) {
     Residual<Coeff> residual{coeffs.data() + item_.coeffs};
-    const Coeff* end =
-        parseResidual(*bits_, tables_, neighbours_, context_->sps->chromaFormatIdc, *current_.mb, residual);
+    const Coeff* end = syntax_.residual(residual);
     item_.coded = residual.coded;
     item_.codedChroma = residual.codedChroma;
     parsed_->coeffsEnd = static_cast<std::size_t>(end - coeffs.data());
 }
 
-void MacroblockParser::finishMacroblock() {
+template <typename Syntax>
+void MacroblockParser<Syntax>::finishMacroblock() {
+    syntax_.finishMacroblock();
     item_.macroblock = current_;
     parsed_->macroblocks.push_back(item_);
     inMacroblock_ = false;
 }
 
-int MacroblockParser::abandon() {
+template <typename Syntax>
+int MacroblockParser<Syntax>::abandon() {
     if (inMacroblock_) current_.mb->type = MbType::Missing;
     return current_.address;
 }
+
+template class MacroblockParser<CavlcSyntax>;
+template class MacroblockParser<CabacSyntax>;
 
 }  // namespace vekdec::h264

@@ -4,12 +4,14 @@
 
 #include <functional>
 
-#include "bits/bit_reader.h"
-#include "h264/motion_vector_prediction.h"
+#include "h264/cabac_syntax.h"
+#include "h264/cavlc_syntax.h"
 #include "h264/parsed_macroblock.h"
 
 namespace vekdec::h264 {
 
+// `Syntax` reads the syntax elements: CavlcSyntax or CabacSyntax.
+template <typename Syntax>
 class MacroblockParser {
   public:
     // Parses the slice data at `bits` into `parsed`, row by row. At the end of every macroblock row and of the slice
@@ -24,26 +26,25 @@ class MacroblockParser {
     bool isB() const { return context_->slice->header.type == SliceType::B; }
     int nextAddress(int address) const;
     void start(int address, bool field);
-    void parseSkipped(int address, bool field);
-    void parseMacroblock(int address, bool field);
+    void parseMacroblock();
     void setQp(Macroblock& mb) const;
 
     void parseIntra(unsigned mbType);
     void parsePcm();
+    void predictSkipped();
     void parseInter(unsigned mbType);
     void parsePartitions(Partitioning partitioning, const std::uint8_t* lists);
     void parseSubMacroblocks(bool refsAreZero);
     void parsePatternAndResidual(bool transform8x8Allowed);
-    int parseRefIdx(std::size_t list);
-    MotionVector parseMvd(MotionVector predicted);
+    int parseRefIdx(int list, int x, int y, int w, int h);
+    MotionVector parseVector(int list, int x, int y, int w, int h, MotionVector predicted);
     void predictDirect();
     void storeMotion();
     void finishMacroblock();
     template <typename Coeff>
     void parseCoefficients(std::vector<Coeff>& coeffs);
 
-    CavlcTables tables_;
-    BitReader* bits_ = nullptr;
+    Syntax syntax_;
     const SliceContext* context_ = nullptr;
     ParsedRow* parsed_ = nullptr;
     CurrentMacroblock current_;

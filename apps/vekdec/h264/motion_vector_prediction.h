@@ -41,6 +41,11 @@ struct MotionCache {
     }
 };
 
+// mvd_l0 or mvd_l1, modulo 2^32: only broken streams leave the range of vectors.
+struct MotionVectorDifference {
+    std::uint32_t x = 0, y = 0;
+};
+
 // Gathers what lies around the macroblock, for `lists` lists, and marks its own blocks as not yet decoded.
 void gatherMotion(const Neighbours& neighbours, bool field, int lists, MotionCache& cache);
 

@@ -35,9 +35,11 @@ const Macroblock* availableAt(const SliceContext& context, int address) {
     return mb.type != MbType::Missing && mb.slice == static_cast<std::uint16_t>(context.slice->number) ? &mb : nullptr;
 }
 
-void findInPairs(const SliceContext& context, const CurrentMacroblock& current, Neighbours& n) {
-    const int pair = current.address / 2, width = context.widthInMbs, column = pair % width;
-    const bool field = current.mb->field;
+}  // namespace
+
+void findNeighboursInPairs(const SliceContext& context, int address, bool field, Neighbours& n) {
+    const int pair = address / 2, width = context.widthInMbs, column = pair % width;
+    const bool bottom = address % 2 != 0;
     const auto pairAt = [&](bool inside, int offset) {
         return inside && pair + offset >= 0 ? availableAt(context, 2 * (pair + offset)) : nullptr;
     };
@@ -47,7 +49,7 @@ void findInPairs(const SliceContext& context, const CurrentMacroblock& current, 
     const Macroblock* d = pairAt(column > 0, -width - 1);
     // Of a pair above: its last row of the frame or, for a top field macroblock, the last row of the top field.
     const auto lastOf = [&](const Macroblock* p) {
-        return p == nullptr ? nullptr : field && !current.bottom && p->field ? p : p + 1;
+        return p == nullptr ? nullptr : field && !bottom && p->field ? p : p + 1;
     };
     n = {};
     n.aboveLeftRow = 3;
@@ -55,15 +57,15 @@ void findInPairs(const SliceContext& context, const CurrentMacroblock& current, 
     if (a != nullptr) {
         n.leftMixed = a->field != field;
         if (n.leftMixed) {
-            n.rows = &kMixedRows[field][current.bottom];
+            n.rows = &kMixedRows[field][bottom];
             n.left[0] = a;
             n.left[1] = a + 1;
         } else {
-            n.left[0] = n.left[1] = a + current.bottom;
+            n.left[0] = n.left[1] = a + bottom;
         }
     }
-    if (!field && current.bottom) {
-        n.above = current.mb - 1;
+    if (!field && bottom) {
+        n.above = &context.mbs[address - 1];
         if (a != nullptr) {
             n.aboveLeft = a->field ? a + 1 : a;  // the sample row 15 of the pair
             n.aboveLeftRow = a->field ? 1 : 3;
@@ -75,10 +77,8 @@ void findInPairs(const SliceContext& context, const CurrentMacroblock& current, 
     }
 }
 
-}  // namespace
-
 void findNeighbours(const SliceContext& context, const CurrentMacroblock& current, Neighbours& n) {
-    if (context.mbaff) return findInPairs(context, current, n);
+    if (context.mbaff) return findNeighboursInPairs(context, current.address, current.mb->field, n);
     const int address = current.address, width = context.widthInMbs;
     const bool first = current.x == 0, last = current.x == 16 * (width - 1);
     n = {};
@@ -92,12 +92,16 @@ void findNeighbours(const SliceContext& context, const CurrentMacroblock& curren
     }
 }
 
-bool inferFieldDecodingFlag(const SliceContext& context, int topAddress) {
+PairsAround pairsAround(const SliceContext& context, int topAddress) {
     const int pair = topAddress / 2, width = context.widthInMbs;
-    const Macroblock* a = pair % width > 0 ? availableAt(context, topAddress - 2) : nullptr;
-    if (a != nullptr) return a->field;
-    const Macroblock* b = pair >= width ? availableAt(context, topAddress - 2 * width) : nullptr;
-    return b != nullptr && b->field;
+    return {pair % width > 0 ? availableAt(context, topAddress - 2) : nullptr,
+            pair >= width ? availableAt(context, topAddress - 2 * width) : nullptr};
+}
+
+bool inferFieldDecodingFlag(const SliceContext& context, int topAddress) {
+    const PairsAround pairs = pairsAround(context, topAddress);
+    const Macroblock* pair = pairs.left != nullptr ? pairs.left : pairs.above;
+    return pair != nullptr && pair->field;
 }
 
 }  // namespace vekdec::h264

@@ -28,7 +28,14 @@ struct Neighbours {
 };
 
 void findNeighbours(const SliceContext& context, const CurrentMacroblock& current, Neighbours& n);
+// Of a macroblock of an MBAFF frame, by address and whether it is a field macroblock.
+void findNeighboursInPairs(const SliceContext& context, int address, bool field, Neighbours& n);
 
+// The top macroblocks of the pairs around, null where there is none in the slice.
+struct PairsAround {
+    const Macroblock *left, *above;
+};
+PairsAround pairsAround(const SliceContext& context, int topAddress);
 // mb_field_decoding_flag of a pair that carries none: that of the left, else of the upper pair of the slice (7.4.4).
 bool inferFieldDecodingFlag(const SliceContext& context, int topAddress);
 

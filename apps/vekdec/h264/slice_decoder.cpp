@@ -21,23 +21,30 @@ std::optional<SliceDamage> SliceDecoder::reconstructParsed() {
     return damage;
 }
 
-std::optional<SliceDamage> SliceDecoder::decode(BitReader& bits, const Slice& slice,
-                                                const std::function<void(int)>& reached) {
-    context_.begin(slice);
-    scales_.update(context_.pps->scaling);
+template <typename Syntax>
+std::optional<SliceDamage> SliceDecoder::decodeWith(MacroblockParser<Syntax>& parser, BitReader& bits,
+                                                    const std::function<void(int)>& reached) {
     std::optional<SliceDamage> damage;
     try {
-        parser_.parse(bits, context_, parsed_, [&](int next) {
+        parser.parse(bits, context_, parsed_, [&](int next) {
             damage = reconstructParsed();
             if (!damage && next >= 0) reached(next);
             return !damage;
         });
     } catch (const BadSyntax& e) {
-        const int address = parser_.abandon();
+        const int address = parser.abandon();
         damage = reconstructParsed();
         if (!damage) damage = SliceDamage{address, e.what()};
     }
     return damage;
+}
+
+std::optional<SliceDamage> SliceDecoder::decode(BitReader& bits, const Slice& slice,
+                                                const std::function<void(int)>& reached) {
+    context_.begin(slice);
+    scales_.update(context_.pps->scaling);
+    return context_.pps->entropyCodingMode ? decodeWith(cabacParser_, bits, reached)
+                                           : decodeWith(cavlcParser_, bits, reached);
 }
 
 }  // namespace vekdec::h264

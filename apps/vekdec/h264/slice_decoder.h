@@ -25,10 +25,14 @@ class SliceDecoder {
     std::optional<SliceDamage> decode(BitReader& bits, const Slice& slice, const std::function<void(int)>& reached);
 
   private:
+    template <typename Syntax>
+    std::optional<SliceDamage> decodeWith(MacroblockParser<Syntax>& parser, BitReader& bits,
+                                          const std::function<void(int)>& reached);
     std::optional<SliceDamage> reconstructParsed();
 
     SliceContext context_;
-    MacroblockParser parser_;
+    MacroblockParser<CavlcSyntax> cavlcParser_;
+    MacroblockParser<CabacSyntax> cabacParser_;
     ParsedRow parsed_;
     LevelScales scales_;
 };

@@ -85,7 +85,6 @@ SliceHeader parseSliceHeader(BitReader& bits, const NalUnit& nal, ParameterSetSt
     slice.sps = slice.pps->sps.get();
     const SequenceParameterSet& sps = *slice.sps;
     const PictureParameterSet& pps = *slice.pps;
-    if (pps.entropyCodingMode) throw NotSupported("H.264 with CABAC");
     if (type > 2) throw NotSupported(type == 3 ? "H.264 with SP slices" : "H.264 with SI slices");
     if (sps.chromaFormatIdc == 3)
         throw NotSupported(sps.separateColourPlanes ? "H.264 with 4:4:4 chroma in separate planes"
@@ -124,6 +123,7 @@ SliceHeader parseSliceHeader(BitReader& bits, const NalUnit& nal, ParameterSetSt
     if ((pps.weightedPred && slice.type == SliceType::P) || (pps.weightedBipredIdc == 1 && slice.type == SliceType::B))
         parsePredWeightTable(bits, slice);
     if (nal.refIdc != 0) parseDecRefPicMarking(bits, slice);
+    if (pps.entropyCodingMode && slice.type != SliceType::I) slice.cabacInitIdc = bits.ue("cabac_init_idc", 2);
     slice.sliceQp =
         pps.picInitQp + bits.se("slice_qp_delta", -6 * (sps.bitDepthLuma - 8) - pps.picInitQp, 51 - pps.picInitQp);
     if (pps.deblockingControlPresent) {

@@ -45,6 +45,7 @@ struct SliceHeader {
     bool noOutputOfPriorPics = false, longTermReference = false;
     bool adaptiveRefPicMarking = false;
     std::vector<MemoryManagement> memoryManagement;
+    int cabacInitIdc = 0;
     int sliceQp = 26;                                                 // SliceQPY
     int disableDeblockingIdc = 0, alphaC0Offset = 0, betaOffset = 0;  // offsets already doubled
     int sliceGroupChangeCycle = 0;
@@ -55,7 +56,7 @@ struct SliceHeader {
     int picHeightInMbs() const { return sps->heightInMbs() / (fieldPic ? 2 : 1); }
 };
 
-// Parses up to the slice data. Throws BadSyntax, and NotSupported for SP and SI slices, CABAC and 4:4:4.
+// Parses up to the slice data. Throws BadSyntax, and NotSupported for SP and SI slices and 4:4:4.
 SliceHeader parseSliceHeader(BitReader& bits, const NalUnit& nal, ParameterSetStore& parameterSets);
 
 }  // namespace vekdec::h264

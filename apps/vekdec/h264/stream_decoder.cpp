@@ -249,10 +249,12 @@ Statistics StreamDecoder::statistics() const {
 
 Format format() {
     static constexpr const char* kCodecs[] = {"h264"};
-    return {
-        "h264",           "H.264 (ISO 14496-10) with CAVLC: Baseline, Extended, Main and High up to 4:2:2 and 10 bits",
-        kCodecs,          probe,
-        splitAtStartCode, makeDecoder<StreamDecoder>};
+    return {"h264",
+            "H.264 (ISO 14496-10), CAVLC and CABAC: Baseline, Extended, Main and High up to 4:2:2 and 10 bits",
+            kCodecs,
+            probe,
+            splitAtStartCode,
+            makeDecoder<StreamDecoder>};
 }
 
 }  // namespace vekdec::h264
