@@ -46,6 +46,7 @@ struct DecoderOptions {
     bool interleaved = false;       // give out Cb Y Cr Y; of formats with Format::interleaves
     int zoom = 1;                   // and reduced so many times: 1, 2, 4, 8
     PostProcessing postProcessing;  // of formats with Format::postProcesses
+    int threads = 1;                // of formats with Format::threaded
 };
 
 // The decoder that Format::make gives.
@@ -64,6 +65,7 @@ struct Format {
     std::unique_ptr<Decoder> (*make)(Sinks sinks, const DecoderOptions& options);
     bool interleaves = false;
     bool postProcesses = false;
+    bool threaded = false;
 };
 
 // Looking at more of a stream tells no more.

@@ -41,7 +41,7 @@ DecoderOptions decoderOptions(const Options& options, const OpenStream& stream) 
         throw std::runtime_error(std::string("--interleaved and --zoom are not for ") + stream.format->name);
     if ((options.postProcessing.deblock || options.postProcessing.dering) && !stream.format->postProcesses)
         throw std::runtime_error(std::string("--postprocess is not for ") + stream.format->name);
-    return {stream.source->info(), options.interleaved, options.zoom, options.postProcessing};
+    return {stream.source->info(), options.interleaved, options.zoom, options.postProcessing, options.threads};
 }
 
 int decodeOnce(const Options& options) {

@@ -1,7 +1,9 @@
 // The command line of vekdec.
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <thread>
 
 #include "decoder.h"
 #include "show/overlay.h"
@@ -18,6 +20,7 @@ struct Options {
     bool interleaved = false, md5 = false, stats = false, quiet = false, listFormats = false;
     long frames = -1, skip = 0;
     int bench = 0;
+    int threads = std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, 64);
 };
 
 // What the options say. False: the program is to end with `status` at once; what there was to say is said.

@@ -11,7 +11,7 @@ import resource
 import subprocess
 import sys
 
-MEMORY = 640 << 20  # the largest of the forged pictures takes 170 MB; two of them and their packed samples are there at once
+MEMORY = 640 << 20  # of one thread: the largest of the forged pictures takes 170 MB; two of them and their packed samples are there at once
 
 
 class Hostile:
@@ -24,7 +24,7 @@ class Hostile:
             if self.limited:
                 resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
         for options in [], ["--guard", "before"], ["--guard", "behind"]:
-            done = subprocess.run([self.vekdec, "-q", "-", "--md5", *options], input=stream, capture_output=True,
+            done = subprocess.run([self.vekdec, "-q", "-", "--md5", "--threads", "1", *options], input=stream, capture_output=True,
                                   preexec_fn=limit, timeout=60, check=False)
             said = done.stderr.decode()
             sums = done.stdout.decode().split()

@@ -24,9 +24,21 @@ int concealMissing(Picture& picture, int structure, const Picture* previous, int
     const int perPicture = picture.widthInMbs * picture.heightInMbs / (structure == kFrame ? 1 : 2);
     const int first = structure == kBottomField ? perPicture : 0;
     int missing = 0;
+    const auto isMissing = [&](int address) {
+        return picture.mbs[static_cast<std::size_t>(first + address)].type == MbType::Missing;
+    };
+    // The macroblocks of a pair are of one kind, or they would not cover it: that of the one that is there.
+    if (picture.mbaff && structure == kFrame)
+        for (int address = 0; address < perPicture; address += 2) {
+            Macroblock* pair = &picture.mbs[static_cast<std::size_t>(address)];
+            if (isMissing(address) && isMissing(address + 1))
+                pair[0].field = pair[1].field = false;
+            else if (isMissing(address) || isMissing(address + 1))
+                pair[isMissing(address) ? 0 : 1].field = pair[isMissing(address) ? 1 : 0].field;
+        }
     for (int address = 0; address < perPicture; ++address) {
+        if (!isMissing(address)) continue;
         Macroblock& mb = picture.mbs[static_cast<std::size_t>(first + address)];
-        if (mb.type != MbType::Missing) continue;
         ++missing;
         for (int i = 0; i < 3; ++i) {
             const vekapp::Plane& plane = picture.plane[i];

@@ -232,7 +232,7 @@ template <typename Sample>
 void Filter<Sample>::filterMacroblock(int address, int column, int row) {
     const Macroblock& mb = mbs_[address];
     if (mb.type == MbType::Missing) return;
-    parameters_ = &picture_.slices[mb.slice];
+    parameters_ = &picture_.slices[structure_ == kBottomField][mb.slice];
     if (parameters_->disableDeblockingIdc == 1) return;
     const int width = picture_.widthInMbs;
     const bool pairs = picture_.mbaff && structure_ == kFrame;

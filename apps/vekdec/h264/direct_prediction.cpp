@@ -33,6 +33,7 @@ void DirectPrediction::findColocated() {
     if (!col.codedAsFields && col.mbaff != context_.sps->mbAdaptiveFrameField)
         throw BadSyntax("direct prediction from a picture of another kind");
     const int width = context_.widthInMbs, address = current_.address;
+    awaitColocated(listed);
     const int half = static_cast<int>(col.mbs.size()) / 2;
     const auto field = [&](int structure, int i) {
         return &col.mbs[static_cast<std::size_t>(i + (structure == kBottomField ? half : 0))];
@@ -41,7 +42,7 @@ void DirectPrediction::findColocated() {
     // The field of the co-located frame or pair that is nearer in output order.
     const auto nearer = [&] {
         const auto distance = [&](int poc) { return std::abs(std::int64_t{poc} - context_.currPoc[kAsListed]); };
-        return distance(col.poc[0]) < distance(col.poc[1]) ? kTopField : kBottomField;
+        return distance(context_.colPoc[0]) < distance(context_.colPoc[1]) ? kTopField : kBottomField;
     };
     const auto oneToOne = [&](const Macroblock* mb) {
         vertMvScale_ = VertMvScale::OneToOne;
@@ -91,6 +92,14 @@ void DirectPrediction::findColocated() {
             fieldToFrame(frame(2 * pair + (nearer() == kBottomField)), address % 2);
         }
     }
+}
+
+// Until the rows of the macroblock pair, or field macroblock, at our place are parsed: where half of their samples are
+// final they are, in whichever of both ways the picture was coded.
+void DirectPrediction::awaitColocated(const ReferencePicture& listed) const {
+    const bool field = context_.slice->header.fieldPic;
+    const int row = current_.address / ((field ? 1 : 2) * context_.widthInMbs);
+    listed.await(field ? 16 * row + 9 : 32 * row + 18);
 }
 
 DirectPrediction::Colocated DirectPrediction::colocated(int x, int y) const {

@@ -30,6 +30,7 @@ class DirectPrediction {
         MotionVector mv;
     };
     void findColocated();
+    void awaitColocated(const ReferencePicture& listed) const;
     Colocated colocated(int x, int y) const;
     bool colZero(int x, int y) const;
     bool colocatedCounts() const;

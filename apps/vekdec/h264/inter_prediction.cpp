@@ -258,6 +258,8 @@ class Predictor {
             if (pictures[list] == nullptr) continue;
             const ReferencePicture& reference = *pictures[list];
             const MotionVector mv = mb.mv[list][4 * y + x];
+            // The filter's rows, and those that chroma of the other parity may take further down.
+            reference.await(current_.y + 4 * (y + h) + (mv.y >> 2) + 3 + 2);
             const Block<Sample>(&to)[3] = both && list == 1 ? aside : own;
             interpolate<Component::Luma, 0, 0>(reference.plane, lumaPosition(mv, 4 * x, 4 * y), to, lumaSize,
                                                bitDepth(0));

@@ -10,6 +10,7 @@
 
 #include "frames/plane.h"
 #include "h264/parameter_sets.h"
+#include "row_progress.h"
 
 namespace vekdec::h264 {
 
@@ -32,7 +33,7 @@ struct Macroblock {
     bool transform8x8 = false;
     Partitioning partitioning = Partitioning::Whole;
     bool bypass = false;          // TransformBypassModeFlag
-    std::uint16_t slice = 0;      // number of its slice in the picture; index into Picture::slices
+    std::uint16_t slice = 0;      // number of its slice in the picture; index into Picture::slices of it
     std::int8_t qp = 0;           // QPY
     std::int8_t qpc[2] = {0, 0};  // QPc of Cb and Cr, for deblocking
     std::uint8_t predMode16x16 = 0, predModeChroma = 0;
@@ -57,13 +58,15 @@ struct SliceParameters {
 enum Structure : int { kTopField = 1, kBottomField = 2, kFrame = 3 };
 
 struct Picture {
-    vekapp::Plane plane[3];                         // without chroma in monochrome
-    std::shared_ptr<vekapp::PictureMemory> memory;  // shared with frames of gaps in frame_num that stand for this one
+    vekapp::Plane plane[3];  // without chroma in monochrome
+    // Shared with frames of gaps in frame_num that stand for this one.
+    std::shared_ptr<vekapp::PictureMemory> memory;
+    std::shared_ptr<RowProgress> progress;
     int bytesPerSample = 1;
     int widthInMbs = 0, heightInMbs = 0;  // of the frame
     std::vector<Macroblock> mbs;  // by macroblock address of the frame as MBAFF counts if mbaff, else by raster; field
         // pictures: top field's macroblocks first, then the bottom field's; none if nonExisting
-    std::vector<SliceParameters> slices;
+    std::vector<SliceParameters> slices[2];  // [1]: of a bottom field
     bool codedAsFields = false, mbaff = false;
 
     int poc[2] = {0, 0};  // TopFieldOrderCnt, BottomFieldOrderCnt

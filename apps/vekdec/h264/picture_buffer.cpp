@@ -34,15 +34,19 @@ int structureOf(const SliceHeader& slice) {
 }
 int outputPoc(const Picture& p) { return p.decoded == kFrame ? p.pocOf(kFrame) : p.pocOf(p.decoded); }
 
-// A field that never came shows the lines of the other one.
+// A field that never came shows the lines of the other one; direct prediction finds no motion in it.
 void completeFields(Picture& p) {
     if (p.decoded == kFrame || p.decoded == 0) return;
+    p.progress->await(p.decoded, RowProgress::kAll);
     for (auto& plane : p.plane)
         for (int y = p.decoded == kTopField ? 0 : 1; y < plane.height; y += 2) {
             const int other = p.decoded == kTopField ? y + 1 : y - 1;
             std::memcpy(plane.data + plane.stride * other, plane.data + plane.stride * y,
                         static_cast<std::size_t>(plane.width * p.bytesPerSample));
         }
+    const std::size_t half = p.mbs.size() / 2, first = p.decoded == kTopField ? half : 0;
+    for (std::size_t i = first; i < first + half; ++i) p.mbs[i].type = MbType::Missing;
+    p.progress->publish(kFrame, RowProgress::kAll);
 }
 
 }  // namespace
@@ -67,7 +71,7 @@ void PictureBuffer::activate(std::shared_ptr<const SequenceParameterSet> newSps)
     reorderDepth_ = sps.bitstreamRestriction ? sps.maxNumReorderFrames : dpbSize_;
 }
 
-Picture& PictureBuffer::store(std::unique_ptr<Picture> picture) {
+Picture& PictureBuffer::store(std::shared_ptr<Picture> picture) {
     for (picture->id = 0;; ++picture->id)
         if (std::none_of(pictures_.begin(), pictures_.end(), [&](const auto& p) { return p->id == picture->id; }))
             break;
@@ -75,14 +79,22 @@ Picture& PictureBuffer::store(std::unique_ptr<Picture> picture) {
     return *pictures_.back();
 }
 
+void PictureBuffer::give(const Picture& picture) {
+    output_(*std::find_if(pictures_.begin(), pictures_.end(), [&](const auto& p) { return p.get() == &picture; }),
+            active_);
+}
+
 Picture& PictureBuffer::allocate() {
     const SequenceParameterSet& sps = *active_;
-    std::unique_ptr<Picture> picture;
-    if (!spare_.empty()) {
-        picture = std::move(spare_.back());
-        spare_.pop_back();
+    std::shared_ptr<Picture> picture;
+    const auto free = std::find_if(spare_.begin(), spare_.end(),
+                                   [](const auto& p) { return p.use_count() == 1 && p->memory.use_count() == 1; });
+    if (free != spare_.end()) {
+        picture = std::move(*free);
+        spare_.erase(free);
     } else {
-        picture = std::make_unique<Picture>();
+        picture = std::make_shared<Picture>();
+        picture->progress = std::make_shared<RowProgress>();
         picture->bytesPerSample = sps.bitDepth() > 8 ? 2 : 1;
         picture->widthInMbs = sps.widthInMbs;
         picture->heightInMbs = sps.heightInMbs();
@@ -91,7 +103,8 @@ Picture& PictureBuffer::allocate() {
         std::copy_n(picture->memory->plane, 3, picture->plane);
         picture->mbs.resize(static_cast<std::size_t>(sps.widthInMbs * sps.heightInMbs()));
     }
-    picture->slices.clear();
+    for (auto& slices : picture->slices) slices.clear();
+    picture->progress->restart();
     picture->decoded = picture->shortTerm = picture->longTerm = 0;
     picture->nonExisting = picture->neededForOutput = picture->codedAsFields = picture->mbaff = picture->idr = false;
     picture->poc[0] = picture->poc[1] = INT_MAX;
@@ -157,9 +170,10 @@ void PictureBuffer::fillFrameNumGap(const SliceHeader& slice) {
         deriveFrameNumWrap(pictures_, gap);
         slidingWindow();
         const OrderCounts counts = slice.sps->pocType != 0 ? decodePicOrderCount(gap) : OrderCounts{0, 0};
-        auto empty = std::make_unique<Picture>();
+        auto empty = std::make_shared<Picture>();
         std::copy_n(previous_->plane, 3, empty->plane);
         empty->memory = previous_->memory;
+        empty->progress = previous_->progress;
         empty->bytesPerSample = previous_->bytesPerSample;
         empty->widthInMbs = previous_->widthInMbs;
         empty->heightInMbs = previous_->heightInMbs;
@@ -231,7 +245,7 @@ PictureBuffer::OrderCounts PictureBuffer::decodePicOrderCount(const SliceHeader&
     return {static_cast<int>(top), static_cast<int>(bottom)};
 }
 
-void deriveFrameNumWrap(const std::vector<std::unique_ptr<Picture>>& pictures, const SliceHeader& slice) {
+void deriveFrameNumWrap(const std::vector<std::shared_ptr<Picture>>& pictures, const SliceHeader& slice) {
     const int maxFrameNum = 1 << slice.sps->log2MaxFrameNum;
     for (const auto& p : pictures)
         if (p->shortTerm != 0) p->frameNumWrap = p->frameNum > slice.frameNum ? p->frameNum - maxFrameNum : p->frameNum;
@@ -379,8 +393,7 @@ void PictureBuffer::makeRoom() {
         for (auto it = pictures_.begin(); it != pictures_.end();) {
             Picture& p = **it;
             if (&p != current_ && &p != previous_ && !p.neededForOutput && !isReference(p)) {
-                // Memory that a frame of a gap still stands for goes with that one.
-                if (!p.nonExisting && p.memory.use_count() == 1) spare_.push_back(std::move(*it));
+                if (!p.nonExisting) spare_.push_back(std::move(*it));
                 it = pictures_.erase(it);
             } else {
                 ++it;
@@ -403,7 +416,7 @@ void PictureBuffer::makeRoom() {
                 return p.get() != current_ && p->neededForOutput && outputPoc(*p) < outputPoc(*current_);
             });
             if (next) {
-                output_(*current_, *active_);
+                give(*current_);
                 current_->neededForOutput = false;
                 break;
             }
@@ -432,7 +445,7 @@ bool PictureBuffer::bump() {
     for (const auto& p : pictures_)
         if (p->neededForOutput && (first == nullptr || outputPoc(*p) < outputPoc(*first))) first = p.get();
     if (first == nullptr) return false;
-    output_(*first, *active_);
+    give(*first);
     first->neededForOutput = false;
     return true;
 }

@@ -13,7 +13,9 @@ namespace vekdec::h264 {
 
 class PictureBuffer {
   public:
-    using Output = std::function<void(const Picture&, const SequenceParameterSet&)>;
+    // Takes a frame that is due; it may still be in the work of other threads.
+    using Output =
+        std::function<void(const std::shared_ptr<const Picture>&, const std::shared_ptr<const SequenceParameterSet>&)>;
     explicit PictureBuffer(Output output) : output_(std::move(output)) {}
 
     // Begins the picture (or the second field) to which the slice belongs: gaps in frame_num are filled, an IDR picture
@@ -29,7 +31,7 @@ class PictureBuffer {
 
     Picture* current() { return current_; }
     // All frames of the buffer, the current one with its first field included; for the reference lists.
-    const std::vector<std::unique_ptr<Picture>>& pictures() const { return pictures_; }
+    const std::vector<std::shared_ptr<Picture>>& pictures() const { return pictures_; }
     // The last picture given a place before the current one, for concealment; null if there is none.
     const Picture* previous() const { return previous_; }
 
@@ -40,7 +42,8 @@ class PictureBuffer {
     };
     void activate(std::shared_ptr<const SequenceParameterSet> sps);
     Picture& allocate();
-    Picture& store(std::unique_ptr<Picture> picture);
+    Picture& store(std::shared_ptr<Picture> picture);
+    void give(const Picture& picture);
     OrderCounts decodePicOrderCount(const SliceHeader& slice);
     void fillFrameNumGap(const SliceHeader& slice);
     void slidingWindow();
@@ -51,8 +54,8 @@ class PictureBuffer {
     bool bump();
 
     Output output_;
-    std::vector<std::unique_ptr<Picture>> pictures_;      // in decoding order
-    std::vector<std::unique_ptr<Picture>> spare_;         // memory to use again
+    std::vector<std::shared_ptr<Picture>> pictures_;      // in decoding order
+    std::vector<std::shared_ptr<Picture>> spare_;         // to use again as soon as nobody else has them
     std::shared_ptr<const SequenceParameterSet> active_;  // the SPS that the pictures in the buffer follow
     Picture* current_ = nullptr;
     Picture* previous_ = nullptr;
@@ -67,6 +70,6 @@ class PictureBuffer {
 };
 
 // FrameNumWrap of all short-term frames against the current frame_num (8.2.4.1).
-void deriveFrameNumWrap(const std::vector<std::unique_ptr<Picture>>& pictures, const SliceHeader& slice);
+void deriveFrameNumWrap(const std::vector<std::shared_ptr<Picture>>& pictures, const SliceHeader& slice);
 
 }  // namespace vekdec::h264

@@ -31,7 +31,7 @@ void alternateFields(const std::vector<Picture*>& frames, int Picture::*marks, i
     }
 }
 
-std::vector<Picture*> sorted(const std::vector<std::unique_ptr<Picture>>& pictures, auto wanted, auto before) {
+std::vector<Picture*> sorted(const std::vector<std::shared_ptr<Picture>>& pictures, auto wanted, auto before) {
     std::vector<Picture*> frames;
     for (const auto& p : pictures)
         if (wanted(*p))
@@ -44,7 +44,7 @@ std::vector<Picture*> sorted(const std::vector<std::unique_ptr<Picture>>& pictur
 // PicOrderCnt of a frame or pair of which only the marked fields that are decoded count (8.2.4.2.4).
 int entryPoc(const Picture& p, int marks) { return p.pocOf(marks == kFrame ? kFrame : marks); }
 
-void initialise(const std::vector<std::unique_ptr<Picture>>& pictures, Slice& slice, std::array<List, 2>& lists) {
+void initialise(const std::vector<std::shared_ptr<Picture>>& pictures, Slice& slice, std::array<List, 2>& lists) {
     const SliceHeader& header = slice.header;
     const Picture* current = slice.picture;
     const auto longIdx = [](const Picture& a, const Picture& b) { return a.longTermFrameIdx < b.longTermFrameIdx; };
@@ -114,7 +114,7 @@ void initialise(const std::vector<std::unique_ptr<Picture>>& pictures, Slice& sl
 }
 
 // 8.2.4.3.
-void modify(const std::vector<std::unique_ptr<Picture>>& pictures, const Slice& slice, std::size_t which, List& list) {
+void modify(const std::vector<std::shared_ptr<Picture>>& pictures, const Slice& slice, std::size_t which, List& list) {
     const SliceHeader& header = slice.header;
     const int maxPicNum = (1 << header.sps->log2MaxFrameNum) * (header.fieldPic ? 2 : 1);
     const int currPicNum = header.fieldPic ? 2 * header.frameNum + 1 : header.frameNum;
@@ -162,7 +162,7 @@ void modify(const std::vector<std::unique_ptr<Picture>>& pictures, const Slice& 
 
 }  // namespace
 
-void makeReferenceLists(const std::vector<std::unique_ptr<Picture>>& pictures, Slice& slice) {
+void makeReferenceLists(const std::vector<std::shared_ptr<Picture>>& pictures, Slice& slice) {
     std::array<List, 2> lists;
     if (slice.header.type != SliceType::I) {
         deriveFrameNumWrap(pictures, slice.header);

@@ -7,6 +7,6 @@ namespace vekdec::h264 {
 
 // RefPicList0 and RefPicList1 of a slice, initialised and modified, out of the buffer's pictures (the current frame's
 // first field among them). Entries that the stream never sent stay null.
-void makeReferenceLists(const std::vector<std::unique_ptr<Picture>>& pictures, Slice& slice);
+void makeReferenceLists(const std::vector<std::shared_ptr<Picture>>& pictures, Slice& slice);
 
 }  // namespace vekdec::h264

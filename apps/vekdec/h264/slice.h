@@ -25,7 +25,7 @@ struct Slice {
     SliceHeader header;
     Picture* picture = nullptr;                                    // the current one
     int structure = kFrame;                                        // what of it is being decoded
-    int number = 0;                                                // index into Picture::slices
+    int number = 0;                                                // index into Picture::slices of it
     std::array<std::vector<Reference>, 2> refPicList;              // RefPicList0 and 1, num_ref_idx_active entries
     const std::vector<std::uint8_t>* mbToSliceGroupMap = nullptr;  // per macroblock address; null: one slice group
 };

@@ -18,6 +18,7 @@ ReferencePicture resolve(const Reference& reference, int structure) {
     r.id = 4 * r.picture->id + structure;
     r.poc = r.picture->pocOf(structure);
     r.longTerm = reference.longTerm();
+    r.progress = r.picture->progress.get();
     const int rows = structure == kFrame ? 1 : 2;  // of the frame for one of the reference
     for (int i = 0; i < 3; ++i) {
         const vekapp::Plane& memory = r.picture->plane[i];
@@ -71,6 +72,8 @@ void SliceContext::begin(const Slice& s) {
     currPoc[kAsListed] = picture->pocOf(s.structure);
     currPoc[kFromTopField] = picture->pocOf(kTopField);
     currPoc[kFromBottomField] = picture->pocOf(kBottomField);
+    if (!s.refPicList[1].empty() && s.refPicList[1][0].picture != nullptr)
+        std::copy_n(s.refPicList[1][0].picture->poc, 2, colPoc);
     const std::size_t views = mbaff ? 3 : 1;
     for (std::size_t list = 0; list < 2; ++list) {
         const auto& entries = s.refPicList[list];

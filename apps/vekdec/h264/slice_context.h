@@ -2,6 +2,7 @@
 // being decoded.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -25,6 +26,10 @@ struct ReferencePicture {
     int poc = 0;
     bool longTerm = false;
     ReferencePlane plane[3];
+    RowProgress* progress = nullptr;
+
+    // Returns when so many of its rows are final; the first one is, whatever the number: what lies above is its copy.
+    void await(int rows) const { progress->await(structure, std::clamp(rows, 1, plane[0].height)); }
 };
 
 // How the macroblocks of the picture see references: all of a field picture and frame macroblocks of a frame as the
@@ -43,6 +48,7 @@ struct SliceContext {
     bool mbaff = false;
     WeightMode weightMode = WeightMode::Default;
     int currPoc[3] = {};  // by ReferenceView: PicOrderCnt of the current picture or of its field
+    int colPoc[2] = {};   // of the fields of the first picture of list 1
     std::array<std::array<std::array<ReferencePicture, 32>, 2>, 3> references;
     std::array<std::array<int, 2>, 3> referenceCount{};
     std::int16_t implicitWeight1[3][32][32];  // w1 by view, refIdxL0, refIdxL1 (8.4.2.3.1); w0 is 64 - w1

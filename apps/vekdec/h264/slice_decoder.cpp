@@ -5,13 +5,13 @@ namespace vekdec::h264 {
 // Macroblocks from the first broken one on are missing.
 std::optional<SliceDamage> SliceDecoder::reconstructParsed() {
     std::optional<SliceDamage> damage;
-    const bool wide = context_.sps->bitDepth() > 8;
+    const bool wide = context_->sps->bitDepth() > 8;
     for (const ParsedMacroblock& p : parsed_.macroblocks) {
         if (!damage) try {
                 if (wide)
-                    reconstruct<Vek16u>(context_, p, scales_, parsed_.coeffs32.data());
+                    reconstruct<Vek16u>(*context_, p, scales_, parsed_.coeffs32.data());
                 else
-                    reconstruct<Vek8u>(context_, p, scales_, parsed_.coeffs16.data());
+                    reconstruct<Vek8u>(*context_, p, scales_, parsed_.coeffs16.data());
             } catch (const BadSyntax& e) {
                 damage = SliceDamage{p.macroblock.address, e.what()};
             }
@@ -26,7 +26,7 @@ std::optional<SliceDamage> SliceDecoder::decodeWith(MacroblockParser<Syntax>& pa
                                                     const std::function<void(int)>& reached) {
     std::optional<SliceDamage> damage;
     try {
-        parser.parse(bits, context_, parsed_, [&](int next) {
+        parser.parse(bits, *context_, parsed_, [&](int next) {
             damage = reconstructParsed();
             if (!damage && next >= 0) reached(next);
             return !damage;
@@ -39,12 +39,12 @@ std::optional<SliceDamage> SliceDecoder::decodeWith(MacroblockParser<Syntax>& pa
     return damage;
 }
 
-std::optional<SliceDamage> SliceDecoder::decode(BitReader& bits, const Slice& slice,
+std::optional<SliceDamage> SliceDecoder::decode(BitReader& bits, const SliceContext& context,
                                                 const std::function<void(int)>& reached) {
-    context_.begin(slice);
-    scales_.update(context_.pps->scaling);
-    return context_.pps->entropyCodingMode ? decodeWith(cabacParser_, bits, reached)
-                                           : decodeWith(cavlcParser_, bits, reached);
+    context_ = &context;
+    scales_.update(context.pps->scaling);
+    return context.pps->entropyCodingMode ? decodeWith(cabacParser_, bits, reached)
+                                          : decodeWith(cavlcParser_, bits, reached);
 }
 
 }  // namespace vekdec::h264

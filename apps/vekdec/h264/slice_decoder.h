@@ -19,10 +19,11 @@ struct SliceDamage {
 // Holds what outlives a slice (decoding tables, buffers), so that no slice allocates.
 class SliceDecoder {
   public:
-    // Decodes the slice data at `bits` into Slice::picture. Returns the damage of a broken slice, or nothing. `reached`
-    // is told, at the end of every macroblock row and of the slice, the address before which all of the slice's
+    // Decodes the slice data at `bits` into the context's picture. Returns the damage of a broken slice, or nothing.
+    // `reached` is told, at the end of every macroblock row and of the slice, the address before which all of the slice's
     // macroblocks are decoded; not where slice groups take the macroblocks out of their order.
-    std::optional<SliceDamage> decode(BitReader& bits, const Slice& slice, const std::function<void(int)>& reached);
+    std::optional<SliceDamage> decode(BitReader& bits, const SliceContext& context,
+                                      const std::function<void(int)>& reached);
 
   private:
     template <typename Syntax>
@@ -30,7 +31,7 @@ class SliceDecoder {
                                           const std::function<void(int)>& reached);
     std::optional<SliceDamage> reconstructParsed();
 
-    SliceContext context_;
+    const SliceContext* context_ = nullptr;
     MacroblockParser<CavlcSyntax> cavlcParser_;
     MacroblockParser<CabacSyntax> cabacParser_;
     ParsedRow parsed_;

@@ -2,12 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
-#include <optional>
 
 #include "bits/start_code.h"
 #include "h264/blocks.h"
-#include "h264/concealment.h"
-#include "h264/deblocking.h"
 #include "h264/format.h"
 #include "h264/reference_lists.h"
 #include "h264/slice_groups.h"
@@ -23,12 +20,45 @@ bool beginsPicture(const SliceHeader& a, const SliceHeader& b) {
            a.pocLsb != b.pocLsb || a.deltaPocBottom != b.deltaPocBottom || a.deltaPoc != b.deltaPoc;
 }
 
+Frame frameOf(const Picture& picture, const SequenceParameterSet& sps, const StreamInfo& stream) {
+    Frame frame;
+    frame.bitDepth = sps.bitDepth();
+    frame.chroma = sps.chroma();
+    frame.chromaPlace = sps.chromaSampleLocType == 1 ? ChromaPlace::Centre : ChromaPlace::Left;
+    frame.rate = sps.frameRate.known() ? sps.frameRate : stream.rate;
+    frame.sampleAspect = sps.sampleAspect.known() ? sps.sampleAspect : stream.sampleAspect;
+    if (sps.rangeGiven) frame.range = sps.fullRange ? ColourRange::Full : ColourRange::Limited;
+    frame.fields = sps.frameMbsOnly || picture.poc[0] == picture.poc[1] ? FieldOrder::Progressive
+                   : picture.poc[0] < picture.poc[1]                    ? FieldOrder::TopFirst
+                                                                        : FieldOrder::BottomFirst;
+    for (int i = 0; i < 3; ++i) {
+        const vekapp::Plane& plane = picture.plane[i];
+        if (plane.data == nullptr) continue;
+        const int subX = i == 0 ? 1 : 16 / sps.chromaWidthMb(), subY = i == 0 ? 1 : 16 / sps.chromaHeightMb();
+        frame.plane[i].data =
+            plane.data + plane.stride * (sps.cropTop / subY) + sps.cropLeft / subX * picture.bytesPerSample;
+        frame.plane[i].stride = plane.stride;
+        frame.plane[i].width = plane.width - (sps.cropLeft + sps.cropRight) / subX;
+        frame.plane[i].height = plane.height - (sps.cropTop + sps.cropBottom) / subY;
+    }
+    return frame;
+}
+
 }  // namespace
 
 StreamDecoder::StreamDecoder(Sinks sinks, const DecoderOptions& options)
-    : sinks_(std::move(sinks)),
-      stream_(options.stream),
-      buffer_([this](const Picture& p, const SequenceParameterSet& sps) { show(p, sps); }) {}
+    : sinks_(std::move(sinks)), stream_(options.stream), buffer_([this](const auto& picture, const auto& sps) {
+          Event event;
+          event.picture = picture;
+          event.sps = sps;
+          event.frame = frameOf(*picture, *sps, stream_);
+          events_.push_back(std::move(event));
+      }) {
+    if (options.threads > 1) {
+        mostTasks_ = options.threads + 1;  // one waits, so that no thread does
+        threads_.emplace(options.threads);
+    }
+}
 StreamDecoder::~StreamDecoder() = default;
 
 void StreamDecoder::decode(const Packet& packet) {
@@ -70,17 +100,21 @@ void StreamDecoder::flush() {
     const Stopwatch watch(count_.secondsTotal);
     finishPicture();
     buffer_.flush();
+    deliver(0);
 }
 
 void StreamDecoder::damage(const std::string& what) {
-    ++count_.damaged;
-    sinks_.report("picture " + std::to_string(count_.pictures) + ": " + what);
+    Event event;
+    event.report = "picture " + std::to_string(count_.pictures) + ": " + what;
+    events_.push_back(std::move(event));
+    if (task_ != nullptr) task_->reported = true;
 }
 
 void StreamDecoder::handle(std::span<const std::uint8_t> bytes, std::uint64_t position) {
     NalUnit nal;
     nal.position = position;
     if (readNalUnit(bytes, nal)) handle(nal);
+    deliver(mostTasks_);
 }
 
 void StreamDecoder::handle(const NalUnit& nal) {
@@ -115,121 +149,109 @@ void StreamDecoder::handle(const NalUnit& nal) {
     }
 }
 
+std::unique_ptr<SliceTask> StreamDecoder::takeSlice() {
+    if (spareSlices_.empty()) return std::make_unique<SliceTask>();
+    auto slice = std::move(spareSlices_.back());
+    spareSlices_.pop_back();
+    return slice;
+}
+
 void StreamDecoder::handleSlice(const NalUnit& nal) {
-    payload_.assignUnescaped(nal.payload);
-    BitReader bits(payload_);
-    SliceHeader header = parseSliceHeader(bits, nal, parameterSets_);
+    std::unique_ptr<SliceTask> taken = takeSlice();
+    Slice& slice = taken->slice;
+    taken->payload.assignUnescaped(nal.payload);
+    taken->bits.emplace(taken->payload);
+    taken->whole = false;
+    slice = {};
+    slice.header = parseSliceHeader(*taken->bits, nal, parameterSets_);
+    const SliceHeader& header = slice.header;
     if (header.redundantPicCnt > 0) return;
-    if (slice_ != nullptr && beginsPicture(slice_->header, header)) finishPicture();
-    if (slice_ == nullptr) {
+    if (task_ != nullptr && beginsPicture(task_->last().header, header)) finishPicture();
+    if (task_ == nullptr) {
         // Nothing can be shown before the first intra picture.
         if (!seenIntra_ && header.type != SliceType::I)
             throw BadSyntax("the stream begins with a slice that needs a picture before it");
         seenIntra_ = true;
-        damagedBefore_ = count_.damaged;
-        picture_ = &buffer_.begin(header);
-        slice_ = std::make_unique<Slice>();
-        const int structure = !header.fieldPic ? kFrame : header.bottomField ? kBottomField : kTopField;
-        const std::size_t count = picture_->mbs.size() / (header.fieldPic ? 2 : 1);
-        const std::size_t first = structure == kBottomField ? count : 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            picture_->mbs[first + i].type = MbType::Missing;
-            picture_->mbs[first + i].field = header.fieldPic;
-        }
-        if (header.pps->numSliceGroups > 1) makeSliceGroupMap(header, sliceGroupMap_);
-        decodedTo_ = 0;
-        finishedRows_ = 0;
-        ++count_.pictures;
+        slice.picture = &buffer_.begin(header);
+        task_ = std::make_unique<PictureTask>();
+        if (header.pps->numSliceGroups > 1) makeSliceGroupMap(header, task_->sliceGroupMap);
+        task_->number = static_cast<int>(++count_.pictures);
         if (buffer_.lost() > 0) damage(std::to_string(buffer_.lost()) + " frames before it are missing");
+    } else {
+        slice.picture = task_->last().picture;
     }
-    slice_->header = std::move(header);
-    slice_->picture = picture_;
-    slice_->structure = !slice_->header.fieldPic ? kFrame : slice_->header.bottomField ? kBottomField : kTopField;
-    slice_->number = static_cast<int>(picture_->slices.size());
-    slice_->mbToSliceGroupMap = slice_->header.pps->numSliceGroups > 1 ? &sliceGroupMap_ : nullptr;
-    picture_->slices.push_back({slice_->header.disableDeblockingIdc, slice_->header.alphaC0Offset,
-                                slice_->header.betaOffset, slice_->header.pps->chromaQpIndexOffset,
-                                slice_->header.type == SliceType::B});
+    slice.structure = !header.fieldPic ? kFrame : header.bottomField ? kBottomField : kTopField;
+    auto& slices = slice.picture->slices[slice.structure == kBottomField];
+    slice.number = static_cast<int>(slices.size());
+    slice.mbToSliceGroupMap = header.pps->numSliceGroups > 1 ? &task_->sliceGroupMap : nullptr;
+    slices.push_back({header.disableDeblockingIdc, header.alphaC0Offset, header.betaOffset,
+                      header.pps->chromaQpIndexOffset, header.type == SliceType::B});
     ++count_.slices;
-    makeReferenceLists(buffer_.pictures(), *slice_);
-    const double deblockingBefore = count_.secondsDeblocking;
-    double seconds = 0;
-    std::optional<Stopwatch> watch(std::in_place, seconds);
-    const int pair = slice_->header.mbaff() ? 2 : 1;
-    const bool inOrder = slice_->header.firstMbInSlice * pair == decodedTo_;
-    const auto broken = sliceDecoder_.decode(bits, *slice_, [&](int address) {
-        if (!inOrder) return;
-        decodedTo_ = address;
-        // The last row stays as it is until the row below it, predicted from it, is decoded.
-        finishRows(address / (pair * picture_->widthInMbs) - 1);
-    });
-    watch.reset();
-    count_.secondsMacroblocks += seconds - (count_.secondsDeblocking - deblockingBefore);
-    if (broken) damage("macroblock " + std::to_string(broken->mbAddress) + ": " + broken->reason);
-}
-
-// Deblocks the macroblock rows (of MBAFF frames: rows of pairs) before endRow that are not yet done.
-void StreamDecoder::finishRows(int endRow) {
-    if (endRow <= finishedRows_) return;
-    const Stopwatch watch(count_.secondsDeblocking);
-    deblockRows(*picture_, slice_->structure, *slice_->header.sps, finishedRows_, endRow);
-    const std::size_t perRow = static_cast<std::size_t>(picture_->widthInMbs * (slice_->header.mbaff() ? 2 : 1));
-    const std::size_t first = slice_->structure == kBottomField ? picture_->mbs.size() / 2 : 0;
-    for (std::size_t i = static_cast<std::size_t>(finishedRows_) * perRow;
-         i < static_cast<std::size_t>(endRow) * perRow; ++i) {
-        const Macroblock& mb = picture_->mbs[first + i];
-        ++count_.macroblocks[static_cast<std::size_t>(mb.type)];
-        count_.skipped += mb.skipped;
-    }
-    finishedRows_ = endRow;
+    SliceTask& task = *task_->slices.emplace_back(std::move(taken));
+    makeReferenceLists(buffer_.pictures(), slice);
+    task.context.begin(slice);
+    task.whole = true;
 }
 
 void StreamDecoder::finishPicture() {
-    if (slice_ == nullptr) return;
-    const SliceHeader& header = slice_->header;
-    const int rows = picture_->heightInMbs / (header.fieldPic || header.mbaff() ? 2 : 1);
-    if (decodedTo_ < rows * picture_->widthInMbs * (header.mbaff() ? 2 : 1)) {
-        const int missing = concealMissing(*picture_, slice_->structure, buffer_.previous(), header.sps->bitDepthLuma,
-                                           header.sps->bitDepthChroma);
-        if (missing > 0 && count_.damaged == damagedBefore_)
-            damage(std::to_string(missing) + " macroblocks are missing");
-    }
-    finishRows(rows);
-    buffer_.end(slice_->header);
-    slice_.reset();
-    picture_ = nullptr;
+    if (task_ == nullptr) return;
+    Event event;
+    event.task = std::move(task_);
+    PictureTask& task = *event.task;
+    task.kept = buffer_.pictures();
+    task.previous = buffer_.previous();
+    events_.push_back(std::move(event));
+    ++tasks_;
+    if (threads_)
+        threads_->run(task);
+    else
+        decoder_(task);
+    buffer_.end(task.last().header);
 }
 
-void StreamDecoder::show(const Picture& picture, const SequenceParameterSet& sps) {
-    Frame frame;
-    frame.bitDepth = sps.bitDepth();
-    frame.chroma = sps.chroma();
-    frame.chromaPlace = sps.chromaSampleLocType == 1 ? ChromaPlace::Centre : ChromaPlace::Left;
-    frame.number = static_cast<int>(count_.frames++);
-    frame.rate = sps.frameRate.known() ? sps.frameRate : stream_.rate;
-    frame.sampleAspect = sps.sampleAspect.known() ? sps.sampleAspect : stream_.sampleAspect;
-    if (sps.rangeGiven) frame.range = sps.fullRange ? ColourRange::Full : ColourRange::Limited;
-    frame.fields = sps.frameMbsOnly || picture.poc[0] == picture.poc[1] ? FieldOrder::Progressive
-                   : picture.poc[0] < picture.poc[1]                    ? FieldOrder::TopFirst
-                                                                        : FieldOrder::BottomFirst;
-    for (int i = 0; i < 3; ++i) {
-        const vekapp::Plane& plane = picture.plane[i];
-        if (plane.data == nullptr) continue;
-        const int subX = i == 0 ? 1 : 16 / sps.chromaWidthMb(), subY = i == 0 ? 1 : 16 / sps.chromaHeightMb();
-        frame.plane[i].data =
-            plane.data + plane.stride * (sps.cropTop / subY) + sps.cropLeft / subX * picture.bytesPerSample;
-        frame.plane[i].stride = plane.stride;
-        frame.plane[i].width = plane.width - (sps.cropLeft + sps.cropRight) / subX;
-        frame.plane[i].height = plane.height - (sps.cropTop + sps.cropBottom) / subY;
+// Counts what was found in decoding, and keeps for later what can be used again.
+void StreamDecoder::retire(PictureTask& task) {
+    --tasks_;
+    for (std::size_t i = 0; i < std::size(count_.macroblocks); ++i) count_.macroblocks[i] += task.macroblocks[i];
+    count_.skipped += task.skipped;
+    count_.secondsMacroblocks += task.secondsMacroblocks;
+    count_.secondsDeblocking += task.secondsDeblocking;
+    for (auto& slice : task.slices) spareSlices_.push_back(std::move(slice));
+    if (task.failure) std::rethrow_exception(task.failure);
+    for (const std::string& what : task.damage) {
+        ++count_.damaged;
+        sinks_.report("picture " + std::to_string(task.number) + ": " + what);
     }
-    shown_ = &picture;
-    shownSps_ = &sps;
-    sinks_.frame(frame);
-    shown_ = nullptr;
+}
+
+// Tells what there is to tell, as far as it is decoded; waits where more tasks are under way.
+void StreamDecoder::deliver(int mostTasks) {
+    while (!events_.empty()) {
+        if (const auto& task = events_.front().task; task != nullptr && threads_) {
+            if (tasks_ > mostTasks)
+                threads_->wait(*task);
+            else if (!threads_->finished(*task))
+                return;
+        }
+        const Event event = std::move(events_.front());
+        events_.pop_front();
+        if (event.task != nullptr) {
+            retire(*event.task);
+        } else if (event.picture != nullptr) {
+            Frame frame = event.frame;
+            frame.number = static_cast<int>(count_.frames++);
+            shown_ = &event;
+            sinks_.frame(frame);
+            shown_ = nullptr;
+        } else {
+            ++count_.damaged;
+            sinks_.report(event.report);
+        }
+    }
 }
 
 BlockMap StreamDecoder::blocks(const Frame&) const {
-    return blocksOf(*shown_, shownSps_->cropLeft, shownSps_->cropTop);
+    return blocksOf(*shown_->picture, shown_->sps->cropLeft, shown_->sps->cropTop);
 }
 
 Statistics StreamDecoder::statistics() const {
@@ -254,7 +276,10 @@ Format format() {
             kCodecs,
             probe,
             splitAtStartCode,
-            makeDecoder<StreamDecoder>};
+            makeDecoder<StreamDecoder>,
+            false,
+            false,
+            true};
 }
 
 }  // namespace vekdec::h264

@@ -1,7 +1,9 @@
 // From the NAL units of a stream to frames in output order.
 #pragma once
 
+#include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,7 +11,8 @@
 #include "h264/nal_unit.h"
 #include "h264/parameter_set_store.h"
 #include "h264/picture_buffer.h"
-#include "h264/slice_decoder.h"
+#include "h264/picture_decoder.h"
+#include "task_threads.h"
 
 namespace vekdec::h264 {
 
@@ -29,28 +32,34 @@ class StreamDecoder : public Decoder {
     void handle(const NalUnit& nal);
     void configure(std::span<const std::uint8_t> extradata, std::uint64_t position);
     void handleSlice(const NalUnit& nal);
-    void finishRows(int endRow);
+    std::unique_ptr<SliceTask> takeSlice();
     void finishPicture();
-    void show(const Picture& picture, const SequenceParameterSet& sps);
+    void retire(PictureTask& task);
+    void deliver(int mostTasks);
     void damage(const std::string& what);
+
+    // What is to be told, in the order in which one thread would come to it: a sentence, a frame to show, or a picture
+    // whose decoding must be over before what follows.
+    struct Event {
+        std::string report;
+        std::shared_ptr<const Picture> picture;
+        std::shared_ptr<const SequenceParameterSet> sps;
+        Frame frame;
+        std::unique_ptr<PictureTask> task;
+    };
 
     Sinks sinks_;
     StreamInfo stream_;
     std::vector<std::uint8_t> configuration_;  // the extradata that is in force
     int lengthBytes_ = 0;                      // in front of each unit; 0: a byte stream
-    WordPayload payload_;
     ParameterSetStore parameterSets_;
     PictureBuffer buffer_;
-    SliceDecoder sliceDecoder_;
-    std::unique_ptr<Slice> slice_;  // the last slice of the picture being decoded; null between pictures
-    Picture* picture_ = nullptr;
-    long damagedBefore_ = 0;  // reports before the picture being decoded
-    int decodedTo_ = 0;       // macroblocks before this address are all decoded
-    int finishedRows_ = 0;    // macroblock rows that are deblocked
-    std::vector<std::uint8_t> sliceGroupMap_;
+    std::unique_ptr<PictureTask> task_;  // the picture whose slices come; null between pictures
+    std::vector<std::unique_ptr<SliceTask>> spareSlices_;
+    std::deque<Event> events_;
+    int tasks_ = 0;  // among the events
     bool seenIntra_ = false;
-    const Picture* shown_ = nullptr;  // during Sinks::frame
-    const SequenceParameterSet* shownSps_ = nullptr;
+    const Event* shown_ = nullptr;  // during Sinks::frame
 
     struct Counts {
         long frames = 0, pictures = 0, slices = 0, damaged = 0;
@@ -59,6 +68,11 @@ class StreamDecoder : public Decoder {
         long skipped = 0;
         double secondsMacroblocks = 0, secondsDeblocking = 0, secondsTotal = 0;
     } count_;
+
+    // Pictures are decoded by these threads, or where there is one alone by `decoder_` at once. Both end first.
+    int mostTasks_ = 0;  // that may be under way
+    PictureDecoder decoder_;
+    std::optional<TaskThreads<PictureDecoder, PictureTask>> threads_;
 };
 
 }  // namespace vekdec::h264

@@ -1,0 +1,94 @@
+#include "h264/picture_decoder.h"
+
+#include <optional>
+
+#include "h264/concealment.h"
+#include "h264/deblocking.h"
+#include "report/stopwatch.h"
+
+namespace vekdec::h264 {
+
+void PictureDecoder::operator()(PictureTask& task) {
+    try {
+        decode(task);
+    } catch (...) {
+        task.failure = std::current_exception();
+    }
+    const Slice& last = task.last();
+    last.picture->progress->publish(last.structure, RowProgress::kAll);
+}
+
+void PictureDecoder::decode(PictureTask& task) {
+    const Slice& last = task.last();
+    const SliceHeader& header = last.header;
+    Picture& picture = *last.picture;
+    const std::size_t count = picture.mbs.size() / (header.fieldPic ? 2 : 1);
+    const std::size_t first = last.structure == kBottomField ? count : 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        picture.mbs[first + i].type = MbType::Missing;
+        picture.mbs[first + i].field = header.fieldPic;
+    }
+    decodedTo_ = 0;
+    finishedRows_ = 0;
+    for (const auto& slice : task.slices)
+        if (slice->whole) decodeSlice(task, *slice);
+    const int rows = picture.heightInMbs / (header.fieldPic || header.mbaff() ? 2 : 1);
+    if (decodedTo_ < rows * picture.widthInMbs * (header.mbaff() ? 2 : 1)) {
+        if (task.previous != nullptr) task.previous->progress->await(kFrame, RowProgress::kAll);
+        const int missing = concealMissing(picture, last.structure, task.previous, header.sps->bitDepthLuma,
+                                           header.sps->bitDepthChroma);
+        if (missing > 0 && !task.reported && task.damage.empty())
+            task.damage.push_back(std::to_string(missing) + " macroblocks are missing");
+    }
+    finishRows(task, rows);
+}
+
+void PictureDecoder::decodeSlice(PictureTask& task, SliceTask& slice) {
+    const SliceHeader& header = slice.slice.header;
+    const int pair = header.mbaff() ? 2 : 1;
+    const int firstAddress = header.firstMbInSlice * pair;
+    const int perRow = pair * slice.slice.picture->widthInMbs;
+    if (firstAddress < finishedRows_ * perRow) {  // other pictures may have seen them
+        task.damage.push_back("a slice begins at macroblock " + std::to_string(firstAddress) +
+                              ", which was decoded before");
+        return;
+    }
+    const double deblockingBefore = task.secondsDeblocking;
+    double seconds = 0;
+    std::optional<vekapp::Stopwatch> watch(std::in_place, seconds);
+    const bool inOrder = firstAddress == decodedTo_;
+    const auto broken = sliceDecoder_.decode(*slice.bits, slice.context, [&](int address) {
+        if (!inOrder) return;
+        decodedTo_ = address;
+        // The last row stays as it is until the row below it, predicted from it, is decoded.
+        finishRows(task, address / perRow - 1);
+    });
+    watch.reset();
+    task.secondsMacroblocks += seconds - (task.secondsDeblocking - deblockingBefore);
+    if (broken) task.damage.push_back("macroblock " + std::to_string(broken->mbAddress) + ": " + broken->reason);
+}
+
+// Deblocks the rows before endRow that are not yet done.
+void PictureDecoder::finishRows(PictureTask& task, int endRow) {
+    if (endRow <= finishedRows_) return;
+    const Slice& last = task.last();
+    Picture& picture = *last.picture;
+    {
+        const vekapp::Stopwatch watch(task.secondsDeblocking);
+        deblockRows(picture, last.structure, *last.header.sps, finishedRows_, endRow);
+        const auto perRow = static_cast<std::size_t>(picture.widthInMbs * (last.header.mbaff() ? 2 : 1));
+        const std::size_t first = last.structure == kBottomField ? picture.mbs.size() / 2 : 0;
+        for (std::size_t i = static_cast<std::size_t>(finishedRows_) * perRow;
+             i < static_cast<std::size_t>(endRow) * perRow; ++i) {
+            const Macroblock& mb = picture.mbs[first + i];
+            ++task.macroblocks[static_cast<std::size_t>(mb.type)];
+            task.skipped += mb.skipped;
+        }
+    }
+    finishedRows_ = endRow;
+    // The row below filters up to three rows, of each field where it is a pair, above its edge.
+    const int height = last.header.mbaff() ? 32 : 16, kept = last.header.mbaff() ? 6 : 3;
+    picture.progress->publish(last.structure, height * endRow - kept);
+}
+
+}  // namespace vekdec::h264

@@ -1,0 +1,49 @@
+// How far the rows of a picture are final: told by the thread that decodes it to those that predict from it.
+#pragma once
+
+#include <atomic>
+#include <climits>
+#include <condition_variable>
+#include <mutex>
+
+namespace vekdec {
+
+// Rows are counted by field, from the top; those of a frame belong to its fields in turn.
+class RowProgress {
+  public:
+    static constexpr int kAll = INT_MAX;
+    enum Rows { kTopField = 1, kBottomField = 2, kFrame = 3 };
+
+    void restart() { rows_[0] = rows_[1] = 0; }
+
+    // The first `rows` rows of the frame, or of the field, are final.
+    void publish(int structure, int rows) {
+        for (int i = 0; i < 2; ++i)
+            if ((structure & 1 << i) != 0) rows_[i] = structure == kFrame && rows != kAll ? rows / 2 : rows;
+        if (waiting_ == 0) return;
+        std::lock_guard lock(mutex_);  // none is between looking and waiting
+        changed_.notify_all();
+    }
+
+    // Returns when so many rows are final.
+    void await(int structure, int rows) {
+        if (structure == kFrame && rows != kAll) rows = (rows + 1) / 2;
+        const auto final = [&] {
+            return ((structure & 1) == 0 || rows_[0] >= rows) && ((structure & 2) == 0 || rows_[1] >= rows);
+        };
+        if (final()) [[likely]]
+            return;
+        std::unique_lock lock(mutex_);
+        ++waiting_;
+        changed_.wait(lock, final);
+        --waiting_;
+    }
+
+  private:
+    std::atomic<int> rows_[2] = {kAll, kAll};
+    std::atomic<int> waiting_ = 0;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+};
+
+}  // namespace vekdec
