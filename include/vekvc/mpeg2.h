@@ -1,6 +1,16 @@
 /** @file mpeg2.h
  *  MPEG-1 and MPEG-2 video: block decoders and writers, quantization. Streams, code lists and tables are those of
  *  vlc.h.
+ *
+ *  Where these functions depart from ISO 13818-2 7.4, and what a conforming decoder does about it:
+ *  - The MPEG-2 block decoders do not saturate (7.4.3) before the mismatch control (7.4.4): they keep 16 bits. Where a
+ *    coefficient left -2048 .. 2047 the caller limits it and, if the sum is even then, flips the last bit of the last
+ *    coefficient.
+ *  - The MPEG-1 block decoders saturate as ISO 11172-2 2.4.4 says; their products wrap at 32 bits before.
+ *  - The inverse quantizers, vekiQuantInvIntra_MPEG2_16s_C1I() and vekiQuantInv_MPEG2_16s_C1I(), multiply modulo
+ *    2^16, do not saturate to 12 bits, leave the DC as it is and sum for the mismatch control in lanes that saturate:
+ *    they are for an encoder's own reconstruction. A decoder takes the block decoders.
+ *  - Escapes with the levels that 7.2.2.3 forbids are read like others.
  */
 #ifndef VEKVC_MPEG2_H
 #define VEKVC_MPEG2_H
@@ -170,9 +180,8 @@ VEKVC_API VekStatus vekiQuant_MPEG2_16s_C1I(Vek16s* pSrcDst, Vek32s QP, const Ve
 /** Inverse-quantizes one intra block of MPEG-2 in place, with mismatch control (ISO 13818-2 7.4.2, 7.4.4):
  *  (x * QP * W + (x < 0 ? 15 : 0)) >> 4, the products taken modulo 2^16, the sum saturated to 16 bits; the result is
  *  not limited to -2048 .. 2047. The DC keeps its value. If the sum of the results is even, the last bit of the last
- *  one
- *  is flipped. The sum is formed in eight lanes that saturate at 16 bits (lane k: positions k, k + 8, ... k + 56) and
- *  only then joined.
+ *  one is flipped. The sum is formed in eight lanes that saturate at 16 bits (lane k: positions k, k + 8, ... k + 56)
+ *  and only then joined.
  *  @param[in,out] pSrcDst    64 coefficients, raster order
  *  @param QP                 the quantizer scale as a factor
  *  @param[in] pQuantMatrix   64 weights W, raster order; the DC's is not used
