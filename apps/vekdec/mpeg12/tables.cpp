@@ -1,9 +1,9 @@
 #include "mpeg12/tables.h"
 
-#include <array>
 #include <new>
 #include <string>
 
+#include "bits/code_table.h"
 #include "tables/mpeg2_vlc_tables.h"
 
 namespace vekdec::mpeg12 {
@@ -48,13 +48,6 @@ constexpr std::string_view kMotionCode[17] = {
     "0000010001", "0000010000", "0000001111", "0000001110", "0000001101", "0000001100"};
 constexpr Code kDmvector[] = {{"0", 0}, {"10", 1}, {"11", -1}};
 // clang-format on
-
-template <std::size_t n>
-constexpr std::array<Code, n> numbered(const std::string_view (&bits)[n]) {
-    std::array<Code, n> codes;
-    for (std::size_t i = 0; i < n; ++i) codes[i] = {bits[i], static_cast<Vek32s>(i)};
-    return codes;
-}
 
 template <std::size_t capacity>
 constexpr auto list(const auto& codes, std::initializer_list<int> widths) {
