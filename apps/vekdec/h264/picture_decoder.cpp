@@ -1,6 +1,7 @@
 #include "h264/picture_decoder.h"
 
 #include <optional>
+#include <utility>
 
 #include "h264/concealment.h"
 #include "h264/deblocking.h"
@@ -10,7 +11,8 @@ namespace vekdec::h264 {
 
 void PictureDecoder::operator()(PictureTask& task) {
     try {
-        decode(task);
+        decodeSlices(task);
+        finish(task);
     } catch (...) {
         task.failure = std::current_exception();
     }
@@ -18,7 +20,8 @@ void PictureDecoder::operator()(PictureTask& task) {
     last.picture->progress->publish(last.structure, RowProgress::kAll);
 }
 
-void PictureDecoder::decode(PictureTask& task) {
+void PictureDecoder::begin(PictureTask& task) {
+    task.begun = true;
     const Slice& last = task.last();
     const SliceHeader& header = last.header;
     Picture& picture = *last.picture;
@@ -30,8 +33,18 @@ void PictureDecoder::decode(PictureTask& task) {
     }
     decodedTo_ = 0;
     finishedRows_ = 0;
+}
+
+void PictureDecoder::decodeSlices(PictureTask& task) {
+    if (!task.begun) begin(task);
     for (const auto& slice : task.slices)
-        if (slice->whole) decodeSlice(task, *slice);
+        if (std::exchange(slice->ready, false)) decodeSlice(task, *slice);
+}
+
+void PictureDecoder::finish(PictureTask& task) {
+    const Slice& last = task.last();
+    const SliceHeader& header = last.header;
+    Picture& picture = *last.picture;
     const int rows = picture.heightInMbs / (header.fieldPic || header.mbaff() ? 2 : 1);
     if (decodedTo_ < rows * picture.widthInMbs * (header.mbaff() ? 2 : 1)) {
         if (task.previous != nullptr) task.previous->progress->await(kFrame, RowProgress::kAll);

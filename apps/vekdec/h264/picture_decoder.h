@@ -17,7 +17,7 @@ struct SliceTask {
     std::optional<BitReader> bits;  // of the payload, at the slice data
     Slice slice;
     SliceContext context;
-    bool whole = false;  // else its references could not be found
+    bool ready = false;  // to be decoded: its references are found, and it was not decoded yet
 };
 
 // A frame or a field. Whoever reads the stream fills it; all that later headers change is copied into it.
@@ -28,6 +28,7 @@ struct PictureTask {
     std::vector<std::shared_ptr<Picture>> kept;  // the pictures that it may refer to, and its own
     const Picture* previous = nullptr;           // for concealment
     bool reported = false;                       // damage of it is reported already
+    bool begun = false;                          // slices of it were decoded
 
     // Found in decoding.
     std::vector<std::string> damage;
@@ -42,12 +43,15 @@ struct PictureTask {
 // Holds what outlives a picture.
 class PictureDecoder {
   public:
-    // Decodes the slices, conceals what they leave out, deblocks. The rows of references are awaited, those of the
-    // picture published as they get final.
+    // Decodes the slices that are ready, conceals what is left out, deblocks. The rows of references are awaited, those
+    // of the picture published as they get final.
     void operator()(PictureTask& task);
+    // Decodes the slices that are ready; more are to come.
+    void decodeSlices(PictureTask& task);
 
   private:
-    void decode(PictureTask& task);
+    void begin(PictureTask& task);
+    void finish(PictureTask& task);
     void decodeSlice(PictureTask& task, SliceTask& slice);
     void finishRows(PictureTask& task, int endRow);
 

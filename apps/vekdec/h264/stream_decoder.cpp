@@ -56,6 +56,7 @@ StreamDecoder::StreamDecoder(Sinks sinks, const DecoderOptions& options)
       }) {
     if (options.threads > 1) {
         mostTasks_ = options.threads + 1;  // one waits, so that no thread does
+        mostSlices_ = 64;
         threads_.emplace(options.threads);
     }
 }
@@ -161,7 +162,7 @@ void StreamDecoder::handleSlice(const NalUnit& nal) {
     Slice& slice = taken->slice;
     taken->payload.assignUnescaped(nal.payload);
     taken->bits.emplace(taken->payload);
-    taken->whole = false;
+    taken->ready = false;
     slice = {};
     slice.header = parseSliceHeader(*taken->bits, nal, parameterSets_);
     const SliceHeader& header = slice.header;
@@ -187,10 +188,24 @@ void StreamDecoder::handleSlice(const NalUnit& nal) {
     slices.push_back({header.disableDeblockingIdc, header.alphaC0Offset, header.betaOffset,
                       header.pps->chromaQpIndexOffset, header.type == SliceType::B});
     ++count_.slices;
-    SliceTask& task = *task_->slices.emplace_back(std::move(taken));
-    makeReferenceLists(buffer_.pictures(), slice);
-    task.context.begin(slice);
-    task.whole = true;
+    try {
+        makeReferenceLists(buffer_.pictures(), slice);
+        taken->context.begin(slice);
+        taken->ready = true;
+    } catch (const BadSyntax& e) {
+        damage(e.what());
+    }
+    task_->slices.push_back(std::move(taken));
+    if (task_->slices.size() > mostSlices_) decodeHere();
+}
+
+// A picture of one thread, and one of more slices than should wait at once, is decoded as it comes. The last slice stays
+// for what is asked of its header.
+void StreamDecoder::decodeHere() {
+    decoder_.decodeSlices(*task_);
+    auto& slices = task_->slices;
+    std::move(slices.begin(), slices.end() - 1, std::back_inserter(spareSlices_));
+    slices.erase(slices.begin(), slices.end() - 1);
 }
 
 void StreamDecoder::finishPicture() {
@@ -202,7 +217,7 @@ void StreamDecoder::finishPicture() {
     task.previous = buffer_.previous();
     events_.push_back(std::move(event));
     ++tasks_;
-    if (threads_)
+    if (threads_ && !task.begun)
         threads_->run(task);
     else
         decoder_(task);

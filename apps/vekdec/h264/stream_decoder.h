@@ -33,6 +33,7 @@ class StreamDecoder : public Decoder {
     void configure(std::span<const std::uint8_t> extradata, std::uint64_t position);
     void handleSlice(const NalUnit& nal);
     std::unique_ptr<SliceTask> takeSlice();
+    void decodeHere();
     void finishPicture();
     void retire(PictureTask& task);
     void deliver(int mostTasks);
@@ -70,7 +71,8 @@ class StreamDecoder : public Decoder {
     } count_;
 
     // Pictures are decoded by these threads, or where there is one alone by `decoder_` at once. Both end first.
-    int mostTasks_ = 0;  // that may be under way
+    int mostTasks_ = 0;           // that may be under way
+    std::size_t mostSlices_ = 0;  // that may wait for the rest of their picture
     PictureDecoder decoder_;
     std::optional<TaskThreads<PictureDecoder, PictureTask>> threads_;
 };
