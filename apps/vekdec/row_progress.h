@@ -12,7 +12,7 @@ namespace vekdec {
 class RowProgress {
   public:
     static constexpr int kAll = INT_MAX;
-    enum Rows { kTopField = 1, kBottomField = 2, kFrame = 3 };
+    static constexpr int kFrame = 3;  // bit 0: the top field, bit 1: the bottom field
 
     void restart() { rows_[0] = rows_[1] = 0; }
 
