@@ -199,8 +199,8 @@ void StreamDecoder::handleSlice(const NalUnit& nal) {
     if (task_->slices.size() > mostSlices_) decodeHere();
 }
 
-// A picture of one thread, and one of more slices than should wait at once, is decoded as it comes. The last slice stays
-// for what is asked of its header.
+// A picture of one thread, and one of more slices than should wait at once, is decoded as it comes. The last slice
+// stays for what is asked of its header.
 void StreamDecoder::decodeHere() {
     decoder_.decodeSlices(*task_);
     auto& slices = task_->slices;
