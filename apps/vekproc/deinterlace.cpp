@@ -11,10 +11,10 @@ struct FreeBlend {
     void operator()(VekDeinterlaceBlendState* state) const { vekiDeinterlaceBlendFree_8u_C1(state); }
 };
 
-class Deinterlacer : public Stage {
+class Deinterlacer : public WindowStage {
   public:
     Deinterlacer(const DeinterlaceOptions& options, int threads, Sink sink)
-        : Stage(std::move(sink)), options_(options), threads_(threads) {
+        : WindowStage(options.method == Deinterlacing::Motion, std::move(sink)), options_(options), threads_(threads) {
         VekDeinterlaceBlendState* state = nullptr;
         const VekStatus status = vekiDeinterlaceBlendInitAlloc_8u_C1(options.low, options.high, &state);
         blend_.reset(state);
@@ -22,18 +22,8 @@ class Deinterlacer : public Stage {
         if (options_.threshold < 0) options_.threshold = options.method == Deinterlacing::Edge ? 8 : 0;
     }
 
-    void add(const PicturePtr& picture) override {
-        if (options_.method == Deinterlacing::Motion)
-            window_.add(picture, [&](const auto& p, const auto& c, const auto& n) { make(p, c, n); });
-        else
-            make(picture, picture, picture);
-    }
-    void end() override {
-        window_.end([&](const auto& p, const auto& c, const auto& n) { make(p, c, n); });
-    }
-
   private:
-    void make(const PicturePtr& before, const PicturePtr& current, const PicturePtr& behind) {
+    void make(const PicturePtr& before, const PicturePtr& current, const PicturePtr& behind) override {
         const bool mixes = options_.method == Deinterlacing::Blend || options_.method == Deinterlacing::Mix;
         const bool both = options_.fieldRate && !mixes;
         for (int i = 0; i < (both ? 2 : 1); ++i) {
@@ -83,7 +73,6 @@ class Deinterlacer : public Stage {
     DeinterlaceOptions options_;
     int threads_;
     std::unique_ptr<VekDeinterlaceBlendState, FreeBlend> blend_;
-    Window window_;
 };
 
 }  // namespace

@@ -14,26 +14,16 @@ struct FreeMosquito {
     void operator()(VekDenoiseMosquitoState* state) const { vekiFilterDenoiseMosquitoFree_8u_C1(state); }
 };
 
-class Denoiser : public Stage {
+class Denoiser : public WindowStage {
   public:
     Denoiser(const DenoiseOptions& options, int threads, Sink sink)
-        : Stage(std::move(sink)),
+        : WindowStage(options.method == Denoising::Cast, std::move(sink)),
           options_(options),
           threads_(threads),
           noise_(static_cast<Vek32s>(std::lround(4 * std::min(options.sigma, 1000.0)))) {}
 
-    void add(const PicturePtr& picture) override {
-        if (options_.method == Denoising::Cast)
-            window_.add(picture, [&](const auto& p, const auto& c, const auto& n) { make(p, c, n); });
-        else
-            make(picture, picture, picture);
-    }
-    void end() override {
-        window_.end([&](const auto& p, const auto& c, const auto& n) { make(p, c, n); });
-    }
-
   private:
-    void make(const PicturePtr& before, const PicturePtr& current, const PicturePtr& behind) {
+    void make(const PicturePtr& before, const PicturePtr& current, const PicturePtr& behind) override {
         const auto result = std::make_shared<Picture>(current->layout(), current->size());
         const int planes = result->planes();
         if (options_.method == Denoising::Adaptive || options_.method == Denoising::Mosquito) {
@@ -91,7 +81,6 @@ class Denoiser : public Stage {
     DenoiseOptions options_;
     int threads_;
     Vek32s noise_;  // in quarters of a grey level
-    Window window_;
     std::unique_ptr<VekDenoiseAdaptiveState, FreeAdaptive> adaptive_[3];
     std::unique_ptr<VekDenoiseMosquitoState, FreeMosquito> mosquito_[3];
 };
