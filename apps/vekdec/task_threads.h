@@ -4,6 +4,10 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <stdexcept>
+#include <stop_token>
+#include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -14,15 +18,11 @@ template <class Worker, class Task>
 class TaskThreads {
   public:
     explicit TaskThreads(int count) {
-        for (int i = 0; i < count; ++i) threads_.emplace_back([this] { work(); });
-    }
-    ~TaskThreads() {
-        {
-            std::lock_guard lock(mutex_);
-            ends_ = true;
+        try {
+            for (int i = 0; i < count; ++i) threads_.emplace_back([this](const std::stop_token& end) { work(end); });
+        } catch (const std::system_error& e) {
+            throw std::runtime_error("cannot start " + std::to_string(count) + " threads: " + e.what());
         }
-        given_.notify_all();
-        for (std::thread& thread : threads_) thread.join();
     }
     TaskThreads(const TaskThreads&) = delete;
     TaskThreads& operator=(const TaskThreads&) = delete;
@@ -52,14 +52,13 @@ class TaskThreads {
             if (other == &task) return false;
         return true;
     }
-    void work() {
+    void work(const std::stop_token& end) {
         Worker worker;
         for (;;) {
             Task* task = nullptr;
             {
                 std::unique_lock lock(mutex_);
-                given_.wait(lock, [&] { return ends_ || !waiting_.empty(); });
-                if (waiting_.empty()) return;
+                if (!given_.wait(lock, end, [&] { return !waiting_.empty(); })) return;
                 task = waiting_.front();
                 waiting_.pop_front();
             }
@@ -73,11 +72,11 @@ class TaskThreads {
     }
 
     std::mutex mutex_;
-    std::condition_variable given_, done_;
+    std::condition_variable_any given_;
+    std::condition_variable done_;
     std::deque<Task*> waiting_;
     std::vector<Task*> unfinished_;
-    bool ends_ = false;
-    std::vector<std::thread> threads_;
+    std::vector<std::jthread> threads_;  // ends before what it uses
 };
 
 }  // namespace vekdec
