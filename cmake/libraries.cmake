@@ -57,9 +57,8 @@ vekvc_write_map(${PROJECT_BINARY_DIR}/vekvc.map VEKVC_6.1 ${vekvc_export_lists})
 list(TRANSFORM vekvc_families REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/src/\\1/*.cpp" OUTPUT_VARIABLE vekvc_source_patterns)
 file(GLOB vekvc_sources CONFIGURE_DEPENDS ${vekvc_source_patterns})
 
-# code, instruction set, glibc-hwcaps folder ("" : the library folder itself, "-" : not found by the loader)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")
-  set(vekvc_variants px sf av)
+  set(vekvc_variants px sf av az)
 else()
   set(vekvc_variants px)
 endif()
@@ -67,9 +66,9 @@ set(vekvc_arch_sf x86-64-v2)
 set(vekvc_arch_av x86-64-v3)
 set(vekvc_arch_az x86-64-v4)
 
-# The object code of one variant; tests of internals link it directly.
+# The object code of one variant, compiled from the given sources; tests of internals link it directly.
 function(vekvc_add_objects code)
-  add_library(vekvc-objects-${code} OBJECT ${vekvc_sources})
+  add_library(vekvc-objects-${code} OBJECT ${ARGN})
   target_link_libraries(vekvc-objects-${code} PUBLIC vekvc_code_options PRIVATE OpenMP::OpenMP_CXX)
   target_compile_definitions(vekvc-objects-${code} PUBLIC VEKVC_CPU_CODE="${code}")
   if(code STREQUAL "px")
@@ -78,11 +77,29 @@ function(vekvc_add_objects code)
     target_compile_definitions(vekvc-objects-${code} PUBLIC VEKVC_SIMD=1)
     target_compile_options(vekvc-objects-${code} PUBLIC -march=${vekvc_arch_${code}})
   endif()
+  set(vekvc_objects_${code} $<TARGET_OBJECTS:vekvc-objects-${code}> PARENT_SCOPE)
+endfunction()
+
+# az compiles anew only what gains by it: X.cpp where an X_simd512.h stands beside it, and the version record. All else is
+# the object code of av. An inline function that both need would be two bodies under one name, of which the linker keeps
+# either: az's own sources have a namespace of their own.
+function(vekvc_add_objects_az)
+  file(GLOB wide CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*_simd512.h)
+  list(TRANSFORM wide REPLACE "_simd512\\.h$" ".cpp")
+  set(own ${wide} ${PROJECT_SOURCE_DIR}/src/core/version.cpp)
+  vekvc_add_objects(az ${own})
+  target_compile_definitions(vekvc-objects-az PRIVATE vekvc=vekvc_az)
+  # g++ 12 takes the undefined vectors of its own intrinsics for a mistake (GCC bug 105593).
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(vekvc-objects-az PRIVATE -Wno-maybe-uninitialized)
+  endif()
+  list(TRANSFORM own REPLACE "^${PROJECT_SOURCE_DIR}/(.+)\\.cpp$" "/\\1[.]cpp")
+  list(JOIN own "|" own)
+  set(vekvc_objects_az ${vekvc_objects_az} $<FILTER:$<TARGET_OBJECTS:vekvc-objects-av>,EXCLUDE,${own}> PARENT_SCOPE)
 endfunction()
 
 function(vekvc_add_variant code)
-  vekvc_add_objects(${code})
-  add_library(vekvc-${code} SHARED $<TARGET_OBJECTS:vekvc-objects-${code}>)
+  add_library(vekvc-${code} SHARED ${vekvc_objects_${code}})
   target_include_directories(vekvc-${code} INTERFACE
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   target_link_libraries(vekvc-${code} PUBLIC vekcore PRIVATE OpenMP::OpenMP_CXX)
@@ -96,6 +113,11 @@ function(vekvc_add_variant code)
 endfunction()
 
 foreach(code ${vekvc_variants})
+  if(code STREQUAL "az")
+    vekvc_add_objects_az()
+  else()
+    vekvc_add_objects(${code} ${vekvc_sources})
+  endif()
   vekvc_add_variant(${code})
 endforeach()
 
@@ -130,7 +152,7 @@ if(VEKVC_STATIC_VARIANT)
   target_include_directories(vekcore_static INTERFACE
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   set_target_properties(vekcore_static PROPERTIES OUTPUT_NAME vekcore)
-  add_library(vekvc_static STATIC $<TARGET_OBJECTS:vekvc-objects-${VEKVC_STATIC_VARIANT}>)
+  add_library(vekvc_static STATIC ${vekvc_objects_${VEKVC_STATIC_VARIANT}})
   add_library(vekvc::vekvc_static ALIAS vekvc_static)
   target_include_directories(vekvc_static INTERFACE
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

@@ -69,7 +69,7 @@ file(WRITE ${vekvc_package_files}/changelog.Debian
 ")
 find_program(GZIP gzip REQUIRED)
 execute_process(COMMAND ${GZIP} -9nkf changelog.Debian WORKING_DIRECTORY ${vekvc_package_files})
-# Both variants have one SONAME and lie side by side, for programs that load one by its path. ldconfig takes the last by
+# All variants have one SONAME and lie side by side, for programs that load one by its path. ldconfig takes the last by
 # name, the one for all processors.
 file(WRITE ${vekvc_package_files}/overrides "libvekvc6: ldconfig-symlink-referencing-wrong-file *\n")
 install(FILES ${vekvc_package_files}/overrides DESTINATION share/lintian/overrides RENAME libvekvc6

@@ -93,20 +93,59 @@ template <int W, int H>
 
 // Sums of real video fit 16 bits per lane; a lane that reached the limit sends the block to the general form, which
 // ends the export.
+template <class V>
+struct LimitedSums {
+    V above = zero<V>(), below = zero<V>();
+
+    [[gnu::always_inline]] void add(V a, V b) {
+        above = addSat(above, subSat(a, b));
+        below = addSat(below, subSat(b, a));
+    }
+    template <int W, int H>
+    [[gnu::always_inline]] VekStatus put(Block<Vek16u> s, Block<Vek16u> ref, Half half, Vek32s* pResult) const {
+        const V sum = addSat(above, below);
+        if (byteMask(sum == constant<V, 0xffff>()) != 0) [[unlikely]]
+            return putSumOfLargeDifferences<W, H>(s, ref, half, pResult);
+        store(pResult, sumLanes(sum));
+        return vekStsOk;
+    }
+};
+
+template <int W, int H>
+[[gnu::always_inline]] inline VekStatus putSumOfSmallDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half,
+                                                                 Vek32s* pResult) {
+    using V = typename Row16<W>::Vector;
+    LimitedSums<V> sums;
+    forDifferences<W, H>(s, ref, half, [&](V a, V b) { sums.add(a, b); });
+    return sums.template put<W, H>(s, ref, half, pResult);
+}
+// A function of its own: inline, these cases would have all others save registers.
+template <int W, int H>
+[[gnu::noinline]] VekStatus putSumAtHalfSample(Block<Vek16u> s, Block<Vek16u> ref, Half half, Vek32s* pResult) {
+    return putSumOfSmallDifferences<W, H>(s, ref, half, pResult);
+}
+
+#if VEKVC_VECTOR256
+// Rows of 8, two in a vector.
+template <int H>
+[[gnu::always_inline]] inline VekStatus putSumOfRowPairs(Block<Vek16u> s, Block<Vek16u> ref, Vek32s* pResult) {
+    LimitedSums<u16x16> sums;
+    const Vek16u *a = s.base, *b = ref.base;
+#pragma GCC unroll 4
+    for (int y = 0; y < H; y += 2, a = twoRowsOn(a, s.step), b = twoRowsOn(b, ref.step))
+        sums.add(loadPair16<u16x16>(a, offsetBytes(a, s.step)), loadPair16<u16x16>(b, offsetBytes(b, ref.step)));
+    return sums.template put<8, H>(s, ref, Half::none, pResult);
+}
+#endif
+
 template <int W, int H>
 [[gnu::always_inline]] inline VekStatus putSumOfAbsoluteDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half,
                                                                     Vek32s* pResult) {
-    using V = typename Row16<W>::Vector;
-    V above = zero<V>(), below = zero<V>();
-    forDifferences<W, H>(s, ref, half, [&](V a, V b) {
-        above = addSat(above, subSat(a, b));
-        below = addSat(below, subSat(b, a));
-    });
-    const V sum = addSat(above, below);
-    if (byteMask(sum == constant<V, 0xffff>()) != 0) [[unlikely]]
-        return putSumOfLargeDifferences<W, H>(s, ref, half, pResult);
-    store(pResult, sumLanes(sum));
-    return vekStsOk;
+    if (half != Half::none) return putSumAtHalfSample<W, H>(s, ref, half, pResult);
+#if VEKVC_VECTOR256
+    if constexpr (W == 8) return putSumOfRowPairs<H>(s, ref, pResult);
+#endif
+    return putSumOfSmallDifferences<W, H>(s, ref, Half::none, pResult);
 }
 
 template <int W, int H>

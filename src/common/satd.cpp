@@ -6,6 +6,9 @@
 #if VEKVC_SIMD
 #include "common/satd_simd.h"
 #endif
+#if VEKVC_VECTOR512
+#include "common/satd_simd512.h"
+#endif
 
 using namespace vekvc;
 

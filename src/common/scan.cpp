@@ -6,6 +6,9 @@
 #if VEKVC_SIMD
 #include "common/scan_simd.h"
 #endif
+#if VEKVC_VECTOR512
+#include "common/scan_simd512.h"
+#endif
 
 using namespace vekvc;
 

@@ -6,6 +6,9 @@
 #if VEKVC_SIMD
 #include "common/variance_simd.h"
 #endif
+#if VEKVC_VECTOR512
+#include "common/variance_simd512.h"
+#endif
 
 using namespace vekvc;
 

@@ -2,6 +2,8 @@
 #ifndef VEKVC_COMMON_VARIANCE_SIMD_H
 #define VEKVC_COMMON_VARIANCE_SIMD_H
 
+#include <bit>
+
 #include "common/predict_simd.h"
 #include "common/variance_plain.h"
 
@@ -9,11 +11,33 @@ namespace vekvc::simd {
 
 using plain::Moments;
 
+#if VEKVC_VECTOR256
+// Four rows of bytes at a time. Both sums are added up in one register at the end.
+inline Moments moments8x8(Block<Vek8u> s) {
+    const auto rows = [&](const Vek8u* p) {
+        const Vek8u* below = twoRowsOn(p, s.step);
+        return loadFour8<u8x32>(p, p + s.step, below, below + s.step);
+    };
+    const auto squares = [](u8x32 v) {
+        const i16x16 even = as<i16x16>(v) & constant<i16x16, 0x00FF>(), odd = as<i16x16>(as<u16x16>(v) >> 8);
+        return mulAddPairs(even, even) + mulAddPairs(odd, odd);
+    };
+    const u8x32 top = rows(s.base), bottom = rows(twoRowsOn(twoRowsOn(s.base, s.step), s.step));
+    const u64x4 sums = sumAbsDiff(top, zero<u8x32>()) + sumAbsDiff(bottom, zero<u8x32>());
+    const i32x8 products = squares(top) + squares(bottom);
+    const i32x4 halves = lowHalf(products) + highHalf(products);
+    const i32x4 inOddLanes = halves + as<i32x4>(as<u64x2>(halves) << 32);
+    const i32x4 both = blend32<0b1010>(as<i32x4>(lowHalf(sums) + highHalf(sums)), inOddLanes);
+    return std::bit_cast<Moments>(lane<0>(as<u64x2>(both + swapHalves(both))));
+}
+#endif
+
 // Rows of 8 or 16 samples, widened while they are loaded. Each lane takes at most 16 * 2 samples: 32 * 255 fits 16
 // bits.
 template <int W, int H>
 Moments moments(Block<Vek8u> s) {
 #if VEKVC_VECTOR256
+    if constexpr (W == 8 && H == 8) return moments8x8(s);
     using Wide = std::conditional_t<W == 16, i16x16, i16x8>;
 #else
     using Wide = i16x8;

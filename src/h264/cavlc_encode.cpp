@@ -4,6 +4,9 @@
 #if VEKVC_SIMD
 #include "h264/cavlc_encode_simd.h"
 #endif
+#if VEKVC_VECTOR512
+#include "h264/cavlc_encode_simd512.h"
+#endif
 #include "vekvc/h264_cavlc.h"
 
 using namespace vekvc;

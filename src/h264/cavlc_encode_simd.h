@@ -85,6 +85,27 @@ template <class T>
     }
 }
 
+// The counts of a walk, from masks whose bit j stands for its j-th level: is it in the walk at all, a coefficient, one
+// that is not +-1, a negative one?
+struct CavlcCounts {
+    int total, ones, signs, zeros;
+
+    [[gnu::always_inline]] CavlcCounts(int first, int last, Vek32u inWalk, Vek32u coefficients, Vek32u others,
+                                       Vek32u negative)
+        : total(std::popcount(coefficients)) {
+        const int onesInFront = std::popcount(coefficients & (others - 1) & ~others);
+        ones = onesInFront < 3 ? onesInFront : 3;
+        // The sign of the first coefficient is the most significant of the TrailingOnes bits: three bits reversed, the
+        // lower ones dropped.
+        constexpr Vek32u kReversed = 0b111'011'101'001'110'010'100'000;
+        const auto firstSigns = static_cast<int>(gatherBits(negative, coefficients)) & 7;
+        signs = static_cast<int>((kReversed >> (3 * firstSigns) & 7) >> (3 - ones));
+        // Zeros in front of the first coefficient do not count; without a coefficient all do.
+        const int above = std::popcount((coefficients - 1) & ~coefficients & inWalk) & (-total >> 31);
+        zeros = last - first + 1 - above - total;
+    }
+};
+
 template <class T>
 [[gnu::always_inline]] inline void analyzeCavlc4x4(const T* pSrc, int first, int last, const Vek32s* pScan,
                                                    const CavlcElements<T>& out) {
@@ -101,20 +122,12 @@ template <class T>
     const Vek32u inWalk = (0xFFFFu >> first) & (0xFFFFu << (15 - last));
     const Vek32u coefficients = ~byteMask(level == zero<i8x16>()) & inWalk;
     const Vek32u others = coefficients & ~byteMask(abs(level) == constant<i8x16, 1>());
-    const Vek32u negative = byteMask(level);
-    const int total = std::popcount(coefficients);
-    const int onesInFront = std::popcount(coefficients & (others - 1) & ~others);
-    const int ones = onesInFront < 3 ? onesInFront : 3;
-    // The sign of the first coefficient is the most significant of the TrailingOnes bits: three bits reversed, the
-    // lower ones dropped.
-    constexpr Vek32u kReversed = 0b111'011'101'001'110'010'100'000;
-    const auto signs = static_cast<int>(gatherBits(negative, coefficients)) & 7;
-    // Zeros in front of the first coefficient do not count; without a coefficient all do.
-    const int above = std::popcount((coefficients - 1) & ~coefficients & inWalk) & (-total >> 31);
+    const CavlcCounts n(first, last, inWalk, coefficients, others, byteMask(level));
+    const int total = n.total, ones = n.ones;
     *out.pTrailingOnes = static_cast<Vek8u>(ones);
-    *out.pTrailingOneSigns = static_cast<Vek8u>((kReversed >> (3 * signs) & 7) >> (3 - ones));
+    *out.pTrailingOneSigns = static_cast<Vek8u>(n.signs);
     *out.pTotalCoeff = static_cast<Vek8u>(total);
-    *out.pTotalZeros = static_cast<Vek8u>(last - first + 1 - above - total);
+    *out.pTotalZeros = static_cast<Vek8u>(n.zeros);
 
     // Where the coefficients stand in the walk: four-bit numbers moved together, then spread to bytes.
     const std::uint64_t nibbles = scatterBits(coefficients, 0x1111111111111111) * 15;

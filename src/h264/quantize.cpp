@@ -3,10 +3,14 @@
 
 #include "core/check.h"
 #include "core/kernel.h"
+#include "core/opaque.h"
 #include "h264/quantize_plain.h"
 #include "vekvc/h264_transform.h"
 #if VEKVC_SIMD
 #include "h264/quantize_simd.h"
+#endif
+#if VEKVC_VECTOR512
+#include "h264/quantize_simd512.h"
 #endif
 
 using namespace vekvc;
@@ -31,8 +35,11 @@ static_assert([] {
 // QP / 6 of a QP that has been checked.
 constexpr Vek32u sixth(Vek32s QP) { return static_cast<Vek32u>(QP) / 6; }
 
-// The count of levels, negated if the DC is one of them.
-Vek32s signedByDC(Vek32s numLevels, bool hasDC) { return hasDC ? -numLevels : numLevels; }
+// The count of levels, negated if the DC is one of them, which no branch predictor foresees.
+Vek32s signedByDC(Vek32s numLevels, bool hasDC) {
+    const Vek32s sign = opaque(-Vek32s{hasDC});
+    return (numLevels ^ sign) - sign;
+}
 
 template <class D>
 VekStatus transformQuantFwd4x4(const Vek16s* pSrc, D* pDst, Vek32s QP, Vek32s maxQP, Vek32s* pNumLevels, Vek32u isIntra,

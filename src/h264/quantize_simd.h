@@ -133,22 +133,75 @@ LevelCount quantize(const Vek16s* pSrc, Vek16s* pDst, const M* pMultipliers, Qua
     return counter.result(n);
 }
 
+#if VEKVC_VECTOR256
+// The core transform's matrix (8.6.1), and its factors for sums of products of neighbouring lanes.
+inline constexpr Vek16s kForwardMatrix[4][4] = {{1, 1, 1, 1}, {2, 1, -1, -2}, {1, -1, -1, 1}, {1, -2, 2, -1}};
+struct ForwardFactors {
+    // [pair]: of the samples 0 and 1, 2 and 3 of a row.
+    alignas(32) Vek16s rows[2][16] = {};
+    // [i][pair]: of the values 0 and 1, 2 and 3 of a column, to rows 2i and 2i + 1.
+    alignas(32) Vek16s columns[2][2][16] = {};
+
+    constexpr ForwardFactors() {
+        for (int pair = 0; pair < 2; ++pair)
+            for (int n = 0; n < 16; ++n) {
+                const int from = 2 * pair + n % 2;
+                rows[pair][n] = kForwardMatrix[n / 2 % 4][from];
+                for (int i = 0; i < 2; ++i) columns[i][pair][n] = kForwardMatrix[2 * i + n / 8][from];
+            }
+    }
+};
+inline constexpr ForwardFactors kForwardFactors;
+
+// The core transform of 16 samples: rows 0 and 1 in the halves of one vector, rows 2 and 3 in those of the other, each
+// coefficient in the low 16 bits of a lane.
+[[gnu::always_inline]] inline Rows<i32x8> forwardInWideLanes(const Vek16s* pSrc) {
+    const i32x8 samples = load<i32x8>(pSrc);  // lanes 0 and 1: rows 0 and 2; lanes 2 and 3: rows 1 and 3
+    const auto sums = [](i32x8 a, i32x8 b, const Vek16s(&factors)[2][16]) {
+        return mulAddPairs(as<i16x16>(a), load<i16x16>(factors[0])) +
+               mulAddPairs(as<i16x16>(b), load<i16x16>(factors[1]));
+    };
+    const i32x8 even = sums(shuffle32<0, 0, 0, 0>(samples), shuffle32<1, 1, 1, 1>(samples), kForwardFactors.rows);
+    const i32x8 odd = sums(shuffle32<2, 2, 2, 2>(samples), shuffle32<3, 3, 3, 3>(samples), kForwardFactors.rows);
+    const i32x8 pairs = as<i32x8>(blend16<0xAA>(as<i16x16>(even), as<i16x16>(odd << 16)));
+    const i32x8 upper = joinLowHalves(pairs, pairs), lower = joinHighHalves(pairs, pairs);
+    return {sums(upper, lower, kForwardFactors.columns[0]), sums(upper, lower, kForwardFactors.columns[1])};
+}
+#endif
+
 inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek16s* pDst, const Vek16s* pMultipliers, QuantRounding r,
                                        const Vek16s* pScanPos) {
-    const Rows<i16x8> w = forward4x4(loadRows(pSrc));
-    LevelCounter<Levels16> counter;
 #if VEKVC_VECTOR256
-    const i16x16 levels = quantized(join(w.top, w.bottom), load<i16x16>(pMultipliers), r);
+    const Rows<i32x8> w = forwardInWideLanes(pSrc);
+    // As in quantized(); a lane's upper half meets the 0 above a multiplier.
+    const i32x8 f = splat<i32x8>(r.f);
+    const auto magnitudes = [&](i32x8 c, const Vek16s* multipliers) {
+        const i16x16 negative = min(as<i16x16>(c), zero<i16x16>() - as<i16x16>(c));
+        return (f - mulAddPairs(negative, as<i16x16>(widen(load<u16x8>(multipliers))))) >> r.qbits;
+    };
+    // Rows 0 and 2 and rows 1 and 3 lane by lane, then in order.
+    const auto together = [](i32x8 top, i32x8 bottom) {
+        return blend16<0xAA>(as<i16x16>(top), as<i16x16>(bottom << 16));
+    };
+    const i16x16 mixed = withSign(together(magnitudes(w.top, pMultipliers), magnitudes(w.bottom, pMultipliers + 8)),
+                                  together(w.top, w.bottom));
+    const u8x32 order = lanes<u8x32>(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15,  //
+                                     0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15);
+    const i16x16 levels = swapMiddleQuarters(shuffleBytes(mixed, order));
     store(pDst, levels);
+    LevelCounter<Levels16> counter;
     counter.add(levels == zero<i16x16>(), load<i16x16>(pScanPos));
+    return counter.result(16);
 #else
+    const Rows<i16x8> w = forward4x4(loadRows(pSrc));
     const Rows<i16x8> levels = {quantized(w.top, load<i16x8>(pMultipliers), r),
                                 quantized(w.bottom, load<i16x8>(pMultipliers + 8), r)};
     storeRows(pDst, levels);
+    LevelCounter<Levels16> counter;
     counter.add(levels.top == zero<i16x8>(), load<i16x8>(pScanPos));
     counter.add(levels.bottom == zero<i16x8>(), load<i16x8>(pScanPos + 8));
-#endif
     return counter.result(16);
+#endif
 }
 
 inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek32s* pDst, const Vek16s* pMultipliers, QuantRounding r,

@@ -37,6 +37,12 @@ grep -qx "libdir=$work/root/lib" "$work/absolute/vekvc.pc" && grep -qx "included
 grep -q "set(_lib \"$work/root/lib\")" "$work/absolute/vekvc-config.cmake" || { echo "absolute folders: vekvc-config.cmake is wrong"; exit 1; }
 echo "absolute folders: as given"
 
+# The loader finds the better variants where it looks for them.
+for found in v3:av v4:az; do
+    link=$(readlink "$lib/glibc-hwcaps/x86-64-${found%:*}/libvekvc.so.6")
+    [ "$link" = "../../libvekvc-${found#*:}.so.6.1" ] || { echo "x86-64-${found%:*} leads to $link"; exit 1; }
+done
+
 # Nothing that is installed looks for libraries beside itself, and debuggers find their way.
 for file in "$lib"/libvekvc-*.so.6.1 "$lib"/libvekcore.so.6; do
     ! readelf -d "$file" | grep -qE 'RUNPATH|RPATH' || { echo "$file has a run path"; exit 1; }

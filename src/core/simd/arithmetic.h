@@ -12,6 +12,10 @@ namespace vekvc {
 template <class V>
 VEKVC_SIMD_INLINE V zero() {
     if constexpr (is128<V>) return {_mm_setzero_si128()};
+#if VEKVC_VECTOR512
+    else if constexpr (V::kBytes == 64)
+        return {_mm512_setzero_si512()};
+#endif
 #if VEKVC_VECTOR256
     else
         return {_mm256_setzero_si256()};
@@ -31,6 +35,15 @@ VEKVC_SIMD_INLINE V splat(std::int64_t x) {
     if constexpr (is128<V>) {
         VEKVC_SPLAT(_mm)
     }
+#if VEKVC_VECTOR512
+    else if constexpr (V::kBytes == 64) {
+        static_assert(laneBytes<V> == 2 || laneBytes<V> == 4);
+        if constexpr (laneBytes<V> == 2)
+            return {_mm512_set1_epi16(static_cast<short>(x))};
+        else
+            return {_mm512_set1_epi32(static_cast<int>(x))};
+    }
+#endif
 #if VEKVC_VECTOR256
     else {
         VEKVC_SPLAT(_mm256)

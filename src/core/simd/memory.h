@@ -9,6 +9,10 @@ namespace vekvc {
 template <class V>
 VEKVC_SIMD_INLINE V load(const void* p) requires(V::kBytes > 0) {
     if constexpr (is128<V>) return {_mm_loadu_si128(static_cast<const __m128i*>(p))};
+#if VEKVC_VECTOR512
+    else if constexpr (V::kBytes == 64)
+        return {_mm512_loadu_si512(p)};
+#endif
 #if VEKVC_VECTOR256
     else
         return {_mm256_loadu_si256(static_cast<const __m256i*>(p))};
@@ -16,6 +20,10 @@ VEKVC_SIMD_INLINE V load(const void* p) requires(V::kBytes > 0) {
 }
 VEKVC_SIMD_FN void store(void* p, Vec<T, N> v) {
     if constexpr (is128<Vec<T, N>>) _mm_storeu_si128(static_cast<__m128i*>(p), v.raw);
+#if VEKVC_VECTOR512
+    else if constexpr (Vec<T, N>::kBytes == 64)
+        _mm512_storeu_si512(p, v.raw);
+#endif
 #if VEKVC_VECTOR256
     else
         _mm256_storeu_si256(static_cast<__m256i*>(p), v.raw);

@@ -56,9 +56,8 @@ struct Minimum {
     std::uint16_t index;
 };
 VEKVC_SIMD_INLINE Minimum minimum(u16x8 a) {
-    const __m128i found = _mm_minpos_epu16(a.raw);
-    return {static_cast<std::uint16_t>(_mm_extract_epi16(found, 0)),
-            static_cast<std::uint16_t>(_mm_extract_epi16(found, 1))};
+    const auto found = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_minpos_epu16(a.raw)));
+    return {static_cast<std::uint16_t>(found), static_cast<std::uint16_t>(found >> 16)};
 }
 
 // ---- bits of general registers

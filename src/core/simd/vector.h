@@ -9,11 +9,7 @@
 #include <cstring>
 #include <type_traits>
 
-#if defined(__AVX2__)
-#define VEKVC_VECTOR256 1
-#else
-#define VEKVC_VECTOR256 0
-#endif
+#include "core/simd/level.h"
 
 namespace vekvc {
 
@@ -27,6 +23,12 @@ struct Register<16> {
 template <>
 struct Register<32> {
     __m256i raw;
+};
+#endif
+#if VEKVC_VECTOR512
+template <>
+struct Register<64> {
+    __m512i raw;
 };
 #endif
 
@@ -52,6 +54,13 @@ using u32x8 = Vec<std::uint32_t, 8>;
 using i32x8 = Vec<std::int32_t, 8>;
 using u64x4 = Vec<std::uint64_t, 4>;
 #endif
+#if VEKVC_VECTOR512
+using u8x64 = Vec<std::uint8_t, 64>;
+using i8x64 = Vec<std::int8_t, 64>;
+using i16x32 = Vec<std::int16_t, 32>;
+using u16x32 = Vec<std::uint16_t, 32>;
+using i32x16 = Vec<std::int32_t, 16>;
+#endif
 
 // What a lane operation needs to know of its vector type.
 template <class V>
@@ -73,9 +82,38 @@ VEKVC_SIMD_INLINE To as(From v) {
     return {v.raw};
 }
 
-// NAME(a, b) for the intrinsics of 8, 16 and 32 bits: one text for all lane types and both widths. A combination
-// without an intrinsic does not compile. core/simd.h takes these names away again.
-#if VEKVC_VECTOR256
+// NAME(a, b) for the intrinsics of 8, 16 and 32 bits: one text for all lane types and widths. A combination without an
+// intrinsic does not compile. core/simd.h takes these names away again.
+#if VEKVC_VECTOR512
+#define VEKVC_BOTH(a, b, fn)                      \
+    if constexpr (decltype(a)::kBytes == 16)      \
+        return {_mm_##fn(a.raw, b.raw)};          \
+    else if constexpr (decltype(a)::kBytes == 32) \
+        return {_mm256_##fn(a.raw, b.raw)};       \
+    else                                          \
+        return {_mm512_##fn(a.raw, b.raw)};
+#define VEKVC_BITS(a, b, fn)                        \
+    if constexpr (decltype(a)::kBytes == 16)        \
+        return {_mm_##fn##_si128(a.raw, b.raw)};    \
+    else if constexpr (decltype(a)::kBytes == 32)   \
+        return {_mm256_##fn##_si256(a.raw, b.raw)}; \
+    else                                            \
+        return {_mm512_##fn##_si512(a.raw, b.raw)};
+#define VEKVC_ONE(a, fn)                          \
+    if constexpr (decltype(a)::kBytes == 16)      \
+        return {_mm_##fn(a.raw)};                 \
+    else if constexpr (decltype(a)::kBytes == 32) \
+        return {_mm256_##fn(a.raw)};              \
+    else                                          \
+        return {_mm512_##fn(a.raw)};
+#define VEKVC_SHIFT(a, n, fn)                     \
+    if constexpr (decltype(a)::kBytes == 16)      \
+        return {_mm_##fn(a.raw, n)};              \
+    else if constexpr (decltype(a)::kBytes == 32) \
+        return {_mm256_##fn(a.raw, n)};           \
+    else                                          \
+        return {_mm512_##fn(a.raw, static_cast<unsigned>(n))};
+#elif VEKVC_VECTOR256
 #define VEKVC_BOTH(a, b, fn)                 \
     if constexpr (decltype(a)::kBytes == 16) \
         return {_mm_##fn(a.raw, b.raw)};     \
