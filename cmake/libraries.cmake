@@ -91,7 +91,7 @@ function(vekvc_add_objects_az)
   target_compile_definitions(vekvc-objects-az PRIVATE vekvc=vekvc_az)
   # g++ 12 takes the undefined vectors of its own intrinsics for a mistake (GCC bug 105593).
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    target_compile_options(vekvc-objects-az PRIVATE -Wno-maybe-uninitialized)
+    target_compile_options(vekvc-objects-az PRIVATE -Wno-uninitialized -Wno-maybe-uninitialized)
   endif()
   list(TRANSFORM own REPLACE "^${PROJECT_SOURCE_DIR}/(.+)\\.cpp$" "/\\1[.]cpp")
   list(JOIN own "|" own)
