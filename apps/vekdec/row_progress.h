@@ -25,6 +25,9 @@ class RowProgress {
         changed_.notify_all();
     }
 
+    // All rows of both fields are.
+    bool complete() const { return rows_[0] == kAll && rows_[1] == kAll; }
+
     // Returns when so many rows are final.
     void await(int structure, int rows) {
         if (structure == kFrame && rows != kAll) rows = (rows + 1) / 2;

@@ -1,8 +1,10 @@
 // Streams in native 32-bit words, as the word cursor of the library takes them.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <vector>
 
@@ -58,7 +60,9 @@ class WordReader {
     }
     // The next 32 bits; zeros stand behind the end.
     std::uint32_t peek32() const {
-        const std::uint64_t window = std::uint64_t{word_[0]} << 32 | word_[1];
+        std::uint64_t window;
+        std::memcpy(&window, word_, sizeof window);
+        if constexpr (std::endian::native == std::endian::little) window = std::rotl(window, 32);
         return static_cast<std::uint32_t>(window << (31 - offset_) >> 32);
     }
     void skip(std::size_t bits) {

@@ -31,6 +31,27 @@ constexpr std::uint8_t kTc0[52][5] = {
     {0, 4, 6, 9, 0},   {0, 5, 7, 10, 0},   {0, 6, 8, 11, 0},   {0, 6, 8, 13, 0},  {0, 7, 10, 14, 0}, {0, 8, 11, 16, 0},
     {0, 9, 12, 18, 0}, {0, 10, 13, 20, 0}, {0, 11, 15, 23, 0}, {0, 13, 17, 25, 0}};
 
+// The same by the indices before 8.7.2.2 limits them to 0 to 51: QPs go down to -36, offsets from -12 to 12.
+constexpr int kLowestIndex = -48, kHighestIndex = 63;
+struct ByIndexA {
+    std::uint8_t alpha, tc0[3];  // tC0 of bS 1 to 3
+};
+constexpr auto kByIndexA = [] {
+    std::array<ByIndexA, kHighestIndex - kLowestIndex + 1> table{};
+    for (int i = kLowestIndex; i <= kHighestIndex; ++i) {
+        const int index = std::clamp(i, 0, 51);
+        table[static_cast<std::size_t>(i - kLowestIndex)] = {kAlpha[index],
+                                                             {kTc0[index][1], kTc0[index][2], kTc0[index][3]}};
+    }
+    return table;
+}();
+constexpr auto kByIndexB = [] {
+    std::array<std::uint8_t, kHighestIndex - kLowestIndex + 1> beta{};
+    for (int i = kLowestIndex; i <= kHighestIndex; ++i)
+        beta[static_cast<std::size_t>(i - kLowestIndex)] = kBeta[std::clamp(i, 0, 51)];
+    return beta;
+}();
+
 enum Direction { kVerticalEdges = 0, kHorizontalEdges = 1 };
 
 // Boundary strengths of an edge's four segments in one word, a byte each: an edge is made, read and stored in one
@@ -68,11 +89,15 @@ int vectorsDiffer(MotionVector a, MotionVector b, int limitY) {
 bool motionDiffers(const Macroblock& p, int i, const Macroblock& q, int j, int limitY) {
     const int pq = (i >> 3) * 2 + (i >> 1 & 1), qq = (j >> 3) * 2 + (j >> 1 & 1);
     const int p0 = p.refPicId[0][pq], p1 = p.refPicId[1][pq], q0 = q.refPicId[0][qq], q1 = q.refPicId[1][qq];
+    if (p1 < 0 && q1 < 0) return p0 != q0 || vectorsDiffer(p.mv[0][i], q.mv[0][j], limitY) != 0;
+    // References agree: a vector counts where p has it.
     const auto straight = [&] {
-        return vectorsDiffer(p.mv[0][i], q.mv[0][j], limitY) | vectorsDiffer(p.mv[1][i], q.mv[1][j], limitY);
+        return (int{p0 >= 0} & vectorsDiffer(p.mv[0][i], q.mv[0][j], limitY)) |
+               (int{p1 >= 0} & vectorsDiffer(p.mv[1][i], q.mv[1][j], limitY));
     };
     const auto crossed = [&] {
-        return vectorsDiffer(p.mv[0][i], q.mv[1][j], limitY) | vectorsDiffer(p.mv[1][i], q.mv[0][j], limitY);
+        return (int{p0 >= 0} & vectorsDiffer(p.mv[0][i], q.mv[1][j], limitY)) |
+               (int{p1 >= 0} & vectorsDiffer(p.mv[1][i], q.mv[0][j], limitY));
     };
     if (p0 == q0 && p1 == q1) return straight() != 0 && (p0 != p1 || crossed() != 0);
     return p0 != q1 || p1 != q0 || crossed() != 0;
@@ -83,6 +108,10 @@ bool motionDiffers(const Macroblock& p, int i, const Macroblock& q, int j, int l
 EdgeStrength strengthsBetween(const Macroblock& p, int i, const Macroblock& q, int j, int by, unsigned coded, int run,
                               int limitY) {
     unsigned differ = 0;
+    if (run == 4) {
+        if (coded != 15 && motionDiffers(p, i, q, j, limitY)) differ = 15;
+        return 2 * kOnes[coded] | kOnes[differ & ~coded];
+    }
     for (int s = 0; s < 4; s += run) {
         const unsigned segments = ((1u << run) - 1) << s;
         if ((segments & ~coded) != 0 && motionDiffers(p, i + by * s, q, j + by * s, limitY)) differ |= segments;
@@ -149,17 +178,31 @@ EdgeStrength mixedStrengths(OfSegment of) {
 
 // ---- filtering
 
-// tC0 of an edge's segments (Table 8-17, a row of kTc0), a byte each: those of bS 1, 2 and 3, else 0.
-std::uint32_t tc0Of(EdgeStrength bS, const std::uint8_t* row) {
-    const std::uint32_t odd = bS & kOnes[15], high = bS >> 1 & kOnes[15];
-    return odd * row[1] + high * row[2] + (odd & high) * (0u + row[3] - row[1] - row[2]);  // all sums fit their bytes
+// tC0 of the segments of two edges, a byte each: those of bS 1, 2 and 3, else 0.
+std::uint64_t tc0Of(std::uint64_t bS, const ByIndexA& limits) {
+    constexpr std::uint64_t kEach = 0x0101010101010101;
+    const std::uint64_t odd = bS & kEach, high = bS >> 1 & kEach, tc1 = limits.tc0[0], tc2 = limits.tc0[1];
+    return odd * tc1 + high * tc2 + (odd & high) * (limits.tc0[2] - tc1 - tc2);  // all sums fit their bytes
+}
+
+// Two numbers as they stand one behind the other in memory, where the library reads them in one piece: stored one by
+// one they would make it wait.
+template <typename Two, typename One>
+Two joined(One first, One second) {
+    constexpr int kBits = 8 * sizeof(One);
+    return std::endian::native == std::endian::little ? static_cast<Two>(first | Two{second} << kBits)
+                                                      : static_cast<Two>(second | Two{first} << kBits);
 }
 
 template <typename Sample>
 class Filter {
   public:
     Filter(Picture& picture, int structure, const SequenceParameterSet& sps)
-        : picture_(picture), structure_(structure), sps_(sps), planes_(sps.chromaFormatIdc == 0 ? 1 : 3) {
+        : picture_(picture),
+          structure_(structure),
+          sps_(sps),
+          planes_(sps.chromaFormatIdc == 0 ? 1 : 3),
+          is422_(sps.chromaFormatIdc == 2) {
         const int count = static_cast<int>(picture.mbs.size()) / (structure == kFrame ? 1 : 2);
         mbs_ = picture.mbs.data() + (structure == kBottomField ? count : 0);
         for (int i = 0; i < 3; ++i) {
@@ -196,30 +239,32 @@ class Filter {
 
     static int qpOf(const Macroblock& mb, int component) { return component == 0 ? mb.qp : mb.qpc[component - 1]; }
     int bitDepth(int component) const { return component == 0 ? sps_.bitDepthLuma : sps_.bitDepthChroma; }
-    // Alpha and beta of the outer (0) or the inner edges (1), whose average QP is qpAv. Returns tC0's row.
-    const std::uint8_t* setThresholds(Thresholds& t, int which, int qpAv, int component) const {
-        const int indexA = std::clamp(qpAv + parameters_->alphaC0Offset, 0, 51);
-        const int indexB = std::clamp(qpAv + parameters_->betaOffset, 0, 51);
-        const int shift = std::is_same_v<Sample, Vek8u> ? 0 : bitDepth(component) - 8;
-        t.alpha[which] = static_cast<Sample>(kAlpha[indexA] << shift);
-        t.beta[which] = static_cast<Sample>(kBeta[indexB] << shift);
-        return kTc0[indexA];
+    const ByIndexA& byIndexA(int qpAv) const {
+        return kByIndexA[static_cast<std::size_t>(qpAv + parameters_->alphaC0Offset - kLowestIndex)];
     }
-    void setTc0(Thresholds& t, int edge, EdgeStrength bS, const std::uint8_t* row, int component) const {
-        const std::uint32_t word = tc0Of(bS, row);
+    // A pair of alpha or beta: of the outer edge and of the inner ones.
+    void storePair(Sample (&to)[2], unsigned outer, unsigned inner, int component) const {
+        using Both = std::conditional_t<std::is_same_v<Sample, Vek8u>, std::uint16_t, std::uint32_t>;
+        const int shift = std::is_same_v<Sample, Vek8u> ? 0 : bitDepth(component) - 8;
+        const auto both = joined<Both>(static_cast<Sample>(outer << shift), static_cast<Sample>(inner << shift));
+        std::memcpy(to, &both, sizeof both);
+    }
+    void storeTc0(Sample* tc0, std::uint64_t ofTwoEdges, int component) const {
         if constexpr (std::is_same_v<Sample, Vek8u>) {
-            std::memcpy(t.tc0 + 4 * edge, &word, 4);
+            std::memcpy(tc0, &ofTwoEdges, sizeof ofTwoEdges);
         } else {
-            const auto bytes = std::bit_cast<std::array<Vek8u, 4>>(word);
-            for (std::size_t s = 0; s < 4; ++s)
-                t.tc0[4 * edge + static_cast<int>(s)] = static_cast<Sample>(bytes[s] << (bitDepth(component) - 8));
+            const auto bytes = std::bit_cast<std::array<Vek8u, 8>>(ofTwoEdges);
+            for (std::size_t s = 0; s < 8; ++s) tc0[s] = static_cast<Sample>(bytes[s] << (bitDepth(component) - 8));
         }
     }
+    void setThresholds(Thresholds& t, int component, bool allEdges, const Macroblock* outer, const Macroblock& mb,
+                       const EdgeStrength (&edge)[4]) const;
 
     Picture& picture_;
     const int structure_;
     const SequenceParameterSet& sps_;
     const int planes_;
+    const bool is422_;
     Macroblock* mbs_;
     int mbWidth_[3], mbHeight_[3];
     // Of the macroblock being filtered:
@@ -260,7 +305,7 @@ void Filter<Sample>::filterMacroblock(int address, int column, int row) {
     const bool mixedLeft = left != nullptr && pairs && left->field != mb.field;
 
     Strengths strengths[2] = {};
-    deriveInner(mb, sps_.chromaFormatIdc == 2, strengths);
+    deriveInner(mb, is422_, strengths);
     if (left != nullptr && !mixedLeft) strengths[kVerticalEdges].edge[0] = deriveOuter(*left, mb, kVerticalEdges);
     if (above != nullptr && mixedAbove)
         strengths[kHorizontalEdges].edge[0] =
@@ -291,24 +336,32 @@ void Filter<Sample>::filterEdges(Direction direction, const Macroblock* outer, c
     Thresholds t{};
     for (int i = 0; i < planes_; ++i) {
         // Cr is most often as Cb.
-        if (i < 2 || mb.qpc[0] != mb.qpc[1] || (outer != nullptr && outer->qpc[0] != outer->qpc[1])) {
-            const int own = qpOf(mb, i);
-            // tC0 stands for edges 0 to 3, or for edges 0 and 2 one behind the other.
-            const int by = i == 0 || (sps_.chromaFormatIdc == 2 && direction == kHorizontalEdges) ? 1 : 2;
-            if (strengths.edge[0] != 0) {
-                const auto* row0 = setThresholds(t, 0, (qpOf(*outer, i) + own + 1) >> 1, i);
-                setTc0(t, 0, strengths.edge[0], row0, i);
-            }
-            const auto* rows = setThresholds(t, 1, own, i);
-            for (int edge = by; edge < 4; edge += by) setTc0(t, edge / by, strengths.edge[edge], rows, i);
-        }
+        if (i < 2 || mb.qpc[0] != mb.qpc[1] || (outer != nullptr && outer->qpc[0] != outer->qpc[1]))
+            setThresholds(t, i, i == 0 || (is422_ && direction == kHorizontalEdges), outer, mb, strengths.edge);
         if (t.alpha[0] == 0 && t.alpha[1] == 0) continue;
         std::uint8_t* data = data_[i] + std::ptrdiff_t{step_[i]} * row;
-        if (i == 0 && mb.transform8x8)
+        if (i == 0 && mb.transform8x8 && is422_)
             callEdges(direction, i, data, step_[i] * stepFactor, t, {{strengths.edge[0], 0, strengths.edge[2], 0}});
         else
             callEdges(direction, i, data, step_[i] * stepFactor, t, strengths);
     }
+}
+
+// tC0 stands for edges 0 to 3, or for edges 0 and 2 one behind the other.
+template <typename Sample>
+void Filter<Sample>::setThresholds(Thresholds& t, int component, bool allEdges, const Macroblock* outer,
+                                   const Macroblock& mb, const EdgeStrength (&edge)[4]) const {
+    const int own = qpOf(mb, component);
+    const int atOuter = edge[0] == 0 ? own : (qpOf(*outer, component) + own + 1) >> 1;
+    const ByIndexA &outerA = byIndexA(atOuter), &innerA = byIndexA(own);
+    const std::uint8_t* const beta = kByIndexB.data() + parameters_->betaOffset - kLowestIndex;
+    storePair(t.alpha, outerA.alpha, innerA.alpha, component);
+    storePair(t.beta, beta[atOuter], beta[own], component);
+    constexpr EdgeStrength kNone = 0;
+    const auto ofTwo = [](EdgeStrength first, EdgeStrength second) { return joined<std::uint64_t>(first, second); };
+    const std::uint64_t first = tc0Of(ofTwo(edge[0], kNone), outerA);
+    storeTc0(t.tc0, first | tc0Of(ofTwo(kNone, edge[allEdges ? 1 : 2]), innerA), component);
+    if (allEdges) storeTc0(t.tc0 + 8, tc0Of(ofTwo(edge[2], edge[3]), innerA), component);
 }
 
 // The left edge between a frame and a field macroblock pair; `left` is the left pair's first macroblock.
@@ -324,8 +377,7 @@ void Filter<Sample>::filterMixedLeft(const Macroblock* left, const Macroblock& m
         });
         for (int i = 0; i < planes_; ++i) {
             Thresholds t{};
-            const auto* row = setThresholds(t, 0, (qpOf(p, i) + qpOf(mb, i) + 1) >> 1, i);
-            setTc0(t, 0, bS, row, i);
+            setThresholds(t, i, false, &p, mb, {bS, 0, 0, 0});
             std::uint8_t* data = data_[i] + std::ptrdiff_t{step_[i]} * (mb.field ? call * mbHeight_[i] / 2 : call);
             callMixed(i, data, mb.field ? step_[i] : 2 * step_[i], t, bS);
         }
@@ -348,14 +400,14 @@ void Filter<Sample>::callEdges(Direction direction, int component, std::uint8_t*
                                const Strengths& strengths) const {
     auto* samples = reinterpret_cast<Sample*>(data);
     const auto* bS = reinterpret_cast<const Vek8u*>(strengths.edge);
-    const bool vertical = direction == kVerticalEdges, is422 = sps_.chromaFormatIdc == 2;
+    const bool vertical = direction == kVerticalEdges;
     if constexpr (std::is_same_v<Sample, Vek8u>) {
         if (component == 0) {
             if (vertical)
                 vekiFilterDeblockingLuma_VerEdge_H264_8u_C1IR(samples, step, t.alpha, t.beta, t.tc0, bS);
             else
                 vekiFilterDeblockingLuma_HorEdge_H264_8u_C1IR(samples, step, t.alpha, t.beta, t.tc0, bS);
-        } else if (is422) {
+        } else if (is422_) {
             const VekDeblockingParams8u p = {samples, step, t.alpha, t.beta, t.tc0, bS};
             (vertical ? vekiFilterDeblockingChroma422VerEdge_H264_8u_C1IR
                       : vekiFilterDeblockingChroma422HorEdge_H264_8u_C1IR)(&p);
@@ -368,7 +420,7 @@ void Filter<Sample>::callEdges(Direction direction, int component, std::uint8_t*
         const VekDeblockingParams16u p = {samples, step / 2, t.alpha, t.beta, t.tc0, bS, bitDepth(component)};
         const auto call = component == 0 ? (vertical ? vekiFilterDeblockingLumaVerEdge_H264_16u_C1IR
                                                      : vekiFilterDeblockingLumaHorEdge_H264_16u_C1IR)
-                          : is422        ? (vertical ? vekiFilterDeblockingChroma422VerEdge_H264_16u_C1IR
+                          : is422_       ? (vertical ? vekiFilterDeblockingChroma422VerEdge_H264_16u_C1IR
                                                      : vekiFilterDeblockingChroma422HorEdge_H264_16u_C1IR)
                                          : (vertical ? vekiFilterDeblockingChromaVerEdge_H264_16u_C1IR
                                                      : vekiFilterDeblockingChromaHorEdge_H264_16u_C1IR);
@@ -380,7 +432,7 @@ template <typename Sample>
 void Filter<Sample>::callMixed(int component, std::uint8_t* data, int step, const Thresholds& t,
                                EdgeStrength bS) const {
     auto* samples = reinterpret_cast<Sample*>(data);
-    if (component != 0 && sps_.chromaFormatIdc == 2) {
+    if (component != 0 && is422_) {
         // Eight lines, two to a strength: what the 4:2:0 form does on its outer edge.
         const Strengths edges = {{bS}};
         const auto* strengths = reinterpret_cast<const Vek8u*>(edges.edge);

@@ -10,8 +10,7 @@ void prefetchColocated(const SliceContext& context, int address) {
     const Picture* col = context.references[kAsListed][1][0].picture;
     const auto i = static_cast<std::size_t>(address);
     if (col == nullptr || i >= col->mbs.size()) return;
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&col->mbs[i]);
-    for (std::size_t at = 0; at < sizeof(Macroblock); at += 64) __builtin_prefetch(bytes + at);
+    prefetchMacroblock(col->mbs[i]);
 }
 
 DirectPrediction::DirectPrediction(const SliceContext& context, const CurrentMacroblock& current)
@@ -97,6 +96,7 @@ void DirectPrediction::findColocated() {
 // Until the rows of the macroblock pair, or field macroblock, at our place are parsed: where half of their samples are
 // final they are, in whichever of both ways the picture was coded.
 void DirectPrediction::awaitColocated(const ReferencePicture& listed) const {
+    if (listed.progress->complete()) return;  // saves the division
     const bool field = context_.slice->header.fieldPic;
     const int row = current_.address / ((field ? 1 : 2) * context_.widthInMbs);
     listed.await(field ? 16 * row + 9 : 32 * row + 18);
@@ -154,7 +154,8 @@ bool DirectPrediction::deriveAll(MotionCache& cache) const {
         for (int y = 0; counts && y < 4; y += step)
             for (int x = 0; x < 4; x += step) same = same && colZero(x, y) == still;
         if (same) {
-            setSpatial(0, 0, 4, still, cache);
+            for (int list = 0; list < 2; ++list)
+                cache.setWhole(list, static_cast<std::int8_t>(spatialRef_[list]), spatialVector(list, still));
             return true;
         }
     }
@@ -180,8 +181,7 @@ bool DirectPrediction::colocatedCounts() const {
 
 void DirectPrediction::setSpatial(int x, int y, int size, bool still, MotionCache& cache) const {
     for (int list = 0; list < 2; ++list)
-        cache.fill(list, x, y, size, size, static_cast<std::int8_t>(spatialRef_[list]),
-                   still && spatialRef_[list] == 0 ? MotionVector{} : spatialMv_[list]);
+        cache.fill(list, x, y, size, size, static_cast<std::int8_t>(spatialRef_[list]), spatialVector(list, still));
 }
 
 void DirectPrediction::deriveSpatial(int quadrant, MotionCache& cache) const {

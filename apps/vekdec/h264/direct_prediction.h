@@ -34,6 +34,9 @@ class DirectPrediction {
     Colocated colocated(int x, int y) const;
     bool colZero(int x, int y) const;
     bool colocatedCounts() const;
+    MotionVector spatialVector(int list, bool still) const {
+        return still && spatialRef_[list] == 0 ? MotionVector{} : spatialMv_[list];
+    }
     void setSpatial(int x, int y, int size, bool still, MotionCache& cache) const;
     void deriveSpatial(int quadrant, MotionCache& cache) const;
     void deriveTemporal(int quadrant, MotionCache& cache) const;

@@ -36,7 +36,7 @@ void MacroblockParser<Syntax>::predictSkipped() {
     } else {
         if (context_->referenceCount[current_.view][0] == 0) throw BadSyntax("a skipped macroblock without references");
         const MotionVector mv = h264::predictSkipped(motion_);
-        motion_.fill(0, 0, 0, 4, 4, 0, mv);
+        motion_.setWhole(0, 0, mv);
         mb.partitioning = Partitioning::Whole;
     }
     storeMotion();
@@ -102,7 +102,10 @@ void MacroblockParser<Syntax>::parsePartitions(Partitioning partitioning, const 
             const MotionVector mv =
                 r < 0 ? MotionVector{}
                       : parseVector(list, x, y, w, h, predictMotionVector(motion_, list, x, y, w, r, shape));
-            motion_.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
+            if (partitioning == Partitioning::Whole)
+                motion_.setWhole(list, static_cast<std::int8_t>(r), mv);
+            else
+                motion_.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
         }
 }
 
@@ -180,7 +183,6 @@ void MacroblockParser<Syntax>::storeMotion() {
         if (list == 1 && !isB()) {
             std::memset(mb.refIdx[1], -1, sizeof mb.refIdx[1]);
             std::memset(mb.refPicId[1], -1, sizeof mb.refPicId[1]);
-            std::memset(static_cast<void*>(mb.mv[1]), 0, sizeof mb.mv[1]);
             continue;
         }
         if (mb.partitioning == Partitioning::Whole) {

@@ -1,6 +1,7 @@
 #include "h264/inter_prediction.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <type_traits>
 
@@ -83,12 +84,24 @@ void interpolateOutside(const Sample* src, int srcStep, const Block<Sample>& to,
     }
 }
 
+// A motion vector in the width of registers. Taken from one word, not from halves: g++ keeps such a half in memory and
+// reads it back as a word, for which the processor waits until the store has left its buffers.
+struct Vector {
+    int x, y;
+};
+Vector vectorOf(MotionVector mv) {
+    const auto word = std::bit_cast<std::uint32_t>(mv);
+    constexpr bool xIsLow = std::endian::native == std::endian::little;
+    const int low = static_cast<int>(word << 16) >> 16, high = static_cast<int>(word) >> 16;
+    return xIsLow ? Vector{low, high} : Vector{high, low};
+}
+
 // Where in a reference plane a block comes from: its integer position and the fractions.
 struct Position {
     int x, y, dx, dy;
 };
 
-// Interpolates a block of which some sample that it reads lies outside the reference.
+// Interpolates a block that may read samples outside the reference.
 template <Component component, typename Sample>
 [[gnu::noinline]] void interpolateAtBorder(const ReferencePlane& ref, Position at, const Block<Sample>& to,
                                            VekiSize size, int bitDepth) {
@@ -98,10 +111,15 @@ template <Component component, typename Sample>
     // Blocks further out see nothing but border samples: no need to go further.
     const int x = std::clamp(at.x, -width - most.behind, ref.width - 1 + most.before);
     const int y = std::clamp(at.y, -height - most.behind, ref.height - 1 + most.before);
-    const bool above = y - my.before<0, below = y + height + my.behind> ref.height;
-    if (x - mx.before >= 0 && x + width + mx.behind <= ref.width && above != below) {
-        interpolateOutside<component>(sampleAt<Sample>(ref, x, y), ref.step, to, size, at.dx, at.dy, above,
-                                      above ? -y : y + height - ref.height, bitDepth);
+    const bool above = y < my.before;
+    const bool below = y + height + my.behind > ref.height;
+    if (x - mx.before >= 0 && x + width + mx.behind <= ref.width && !(above && below)) {
+        const Sample* src = sampleAt<Sample>(ref, x, y);
+        if (above || below)
+            interpolateOutside<component>(src, ref.step, to, size, at.dx, at.dy, above,
+                                          above ? -y : y + height - ref.height, bitDepth);
+        else
+            interpolateInside<component>(src, ref.step, to, size, at.dx, at.dy, bitDepth);
         return;
     }
     alignas(32) Sample patch[kPatchStep * (16 + 5)];
@@ -111,14 +129,22 @@ template <Component component, typename Sample>
                                  to, size, at.dx, at.dy, bitDepth);
 }
 
+// A block with the largest margins lies inside: no fraction is asked, and a negative distance is a large one.
+template <Component component>
+bool liesInside(const ReferencePlane& ref, Position at, VekiSize size) {
+    constexpr Margin most = marginOf<component>(1);
+    const int right = ref.width - size.width - most.behind, bottom = ref.height - size.height - most.behind;
+    return right >= most.before && bottom >= most.before &&
+           static_cast<unsigned>(at.x - most.before) <= static_cast<unsigned>(right - most.before) &&
+           static_cast<unsigned>(at.y - most.before) <= static_cast<unsigned>(bottom - most.before);
+}
+
 // Interpolates a block of luma, or the two of the chroma components, which move alike.
 template <Component component, std::size_t first, std::size_t last, typename Sample>
 void interpolate(const ReferencePlane (&refs)[3], Position at, const Block<Sample> (&to)[3], VekiSize size,
                  int bitDepth) {
-    const Margin mx = marginOf<component>(at.dx), my = marginOf<component>(at.dy);
     const ReferencePlane& ref = refs[first];
-    if (at.x >= mx.before && at.x + size.width + mx.behind <= ref.width && at.y >= my.before &&
-        at.y + size.height + my.behind <= ref.height) {
+    if (liesInside<component>(ref, at, size)) [[likely]] {
         const std::ptrdiff_t offset = std::ptrdiff_t{ref.step} * at.y;
         for (std::size_t i = first; i <= last; ++i)
             interpolateInside<component>(reinterpret_cast<const Sample*>(refs[i].data + offset) + at.x, ref.step, to[i],
@@ -257,7 +283,7 @@ class Predictor {
         for (std::size_t list = 0; list < 2; ++list) {
             if (pictures[list] == nullptr) continue;
             const ReferencePicture& reference = *pictures[list];
-            const MotionVector mv = mb.mv[list][4 * y + x];
+            const Vector mv = vectorOf(mb.mv[list][4 * y + x]);
             // The filter's rows, and those that chroma of the other parity may take further down.
             reference.await(current_.y + 4 * (y + h) + (mv.y >> 2) + 3 + 2);
             const Block<Sample>(&to)[3] = both && list == 1 ? aside : own;
@@ -280,26 +306,34 @@ class Predictor {
         }
     }
 
-    // Asks the caches for the luma that macroblocks further right read if they move like this one: a block's rows lie
-    // too far apart for the processor to foresee. A line of 64 bytes serves several macroblocks; each asks for its
-    // share of rows.
-    void prefetch() const {
-        constexpr int kAhead = 64 / static_cast<int>(sizeof(Sample));
+    // Asks the caches for the samples that macroblocks further right read if they move like this one: a block's rows lie
+    // too far apart for the processor to foresee. Inlined: g++ leaves out calls of functions that do nothing else.
+    [[gnu::always_inline]] void prefetch() const {
         const Macroblock& mb = *current_.mb;
         for (std::size_t list = 0; list < 2; ++list) {
             if (mb.refIdx[list][0] < 0) continue;
             const ReferencePicture& reference =
                 context_.references[current_.view][list][static_cast<std::size_t>(mb.refIdx[list][0])];
-            const ReferencePlane& plane = reference.plane[0];
-            const Position at = lumaPosition(mb.mv[list][0], 0, 0);
-            constexpr int kRows = 16 * 16 / kAhead;
-            const int x = at.x + kAhead, y = at.y + at.x % kAhead / 16 * kRows;
-            if (x < 0 || x >= plane.width || y < 0 || y + kRows > plane.height) continue;
-            for (int i = 0; i < kRows; ++i) __builtin_prefetch(sampleAt<Sample>(plane, x, y + i));
+            const Vector mv = vectorOf(mb.mv[list][0]);
+            prefetchRows<16>(reference.plane[0], current_.x + (mv.x >> 2), current_.y + (mv.y >> 2));
+            if (planes_ == 1) continue;
+            const int x = (current_.x >> 1) + (mv.x >> 3), y = (current_.y >> subY_) + (mv.y >> (2 + subY_));
+            for (std::size_t i = 1; i < 3; ++i) prefetchRows<8>(reference.plane[i], x, y);
         }
     }
 
   private:
+    // A line of 64 bytes serves several blocks of that width; each asks for its share of as many rows. Addresses are
+    // numbers here: outside of the plane they do no harm, and asking whether they are would cost more.
+    template <int width>
+    [[gnu::always_inline]] static void prefetchRows(const ReferencePlane& plane, int x, int y) {
+        constexpr int kAhead = 64 / static_cast<int>(sizeof(Sample)), kRows = width * width / kAhead;
+        const std::ptrdiff_t step = plane.step, column = x + kAhead, row = y + (x & (kAhead - 1)) / width * kRows;
+        auto at = reinterpret_cast<std::uintptr_t>(plane.data) +
+                  static_cast<std::uintptr_t>(step * row + column * static_cast<std::ptrdiff_t>(sizeof(Sample)));
+        for (int i = 0; i < kRows; ++i, at += static_cast<std::uintptr_t>(step))
+            __builtin_prefetch(reinterpret_cast<const void*>(at));
+    }
     int bitDepth(std::size_t component) const {
         return component == 0 ? context_.sps->bitDepthLuma : context_.sps->bitDepthChroma;
     }
@@ -310,11 +344,11 @@ class Predictor {
         return {reinterpret_cast<Sample*>(row) + (4 * x >> sx), current_.planeStep[component]};
     }
     // (x, y) is the partition's place in the macroblock, in luma samples.
-    Position lumaPosition(MotionVector mv, int x, int y) const {
+    Position lumaPosition(Vector mv, int x, int y) const {
         return {current_.x + x + (mv.x >> 2), current_.y + y + (mv.y >> 2), mv.x & 3, mv.y & 3};
     }
     // 8.4.1.4: horizontally eighths of a chroma sample; vertically too in 4:2:0, quarters in 4:2:2.
-    Position chromaPosition(const ReferencePicture& reference, MotionVector mv, int x, int y) const {
+    Position chromaPosition(const ReferencePicture& reference, Vector mv, int x, int y) const {
         x = (current_.x + x) / 2 + (mv.x >> 3);
         y += current_.y;
         if (subY_ == 0) return {x, y + (mv.y >> 2), mv.x & 7, (mv.y & 3) << 1};
@@ -357,7 +391,10 @@ void predictInter(const SliceContext& context, const CurrentMacroblock& current)
     const Macroblock& mb = *current.mb;
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
         const int x = quadrant % 2 * 2, y = quadrant / 2 * 2, i = 4 * y + x;
-        const auto same = [&](int a, int b) { return mb.mv[0][a] == mb.mv[0][b] && mb.mv[1][a] == mb.mv[1][b]; };
+        const bool list1 = mb.refIdx[1][quadrant] >= 0;
+        const auto same = [&](int a, int b) {
+            return mb.mv[0][a] == mb.mv[0][b] && (!list1 || mb.mv[1][a] == mb.mv[1][b]);
+        };
         const bool rows = same(i, i + 1) && same(i + 4, i + 5), columns = same(i, i + 4) && same(i + 1, i + 5);
         const int w = rows ? 2 : 1, h = columns ? 2 : 1;
         for (int dy = 0; dy < 2; dy += h)

@@ -24,6 +24,23 @@ int MacroblockParser<Syntax>::nextAddress(int address) const {
     return i * unit;
 }
 
+// Where the macroblock lies, by column, row and kind.
+template <typename Syntax>
+void MacroblockParser<Syntax>::place(const Picture& picture, bool field) {
+    const MacroblockPosition position{
+        context_->slice->structure, context_->mbaff, column_, row_, current_.bottom, field};
+    for (int i = 0; i < planes_; ++i) {
+        const vekapp::Plane& plane = picture.plane[i];
+        const Place at = placeOf(position, mbWidth_[i], mbHeight_[i]);
+        current_.plane[i] = plane.data + plane.stride * at.y + at.x * picture.bytesPerSample;
+        current_.planeStep[i] = static_cast<int>(plane.stride) * at.rowDistance;
+        if (i > 0) continue;
+        current_.x = at.x;
+        current_.y = at.y / at.rowDistance;
+        current_.step = at.rowDistance;
+    }
+}
+
 // Places a macroblock and finds its neighbours.
 template <typename Syntax>
 void MacroblockParser<Syntax>::start(int address, bool field) {
@@ -36,14 +53,16 @@ void MacroblockParser<Syntax>::start(int address, bool field) {
     std::memcpy(static_cast<void*>(&mb), &kBlank, offsetof(Macroblock, mv));  // vectors are stored where they count
     mb.field = field || fieldPicture;
     mb.slice = static_cast<std::uint16_t>(context_->slice->number);
-    item_ = {};
-    item_.coeffs = parsed_->coeffsEnd;
+    current_.intraEdges = 0;
+    current_.coeffs = parsed_->coeffsEnd;
+    current_.coded = current_.codedChroma = 0;
     current_.mb = &mb;
     current_.address = address;
     current_.bottom = context_->mbaff && address % 2 != 0;
     current_.view = context_->mbaff && field ? (current_.bottom ? kFromBottomField : kFromTopField) : kAsListed;
     const int unit = context_->mbaff ? address / 2 : address;
-    if (unit == unit_ + 1) {  // saves the division
+    const bool next = unit == unit_ + 1;
+    if (next) {  // saves the division
         if (++column_ == width) {
             column_ = 0;
             ++row_;
@@ -53,20 +72,15 @@ void MacroblockParser<Syntax>::start(int address, bool field) {
         row_ = unit / width;
     }
     unit_ = unit;
-    const MacroblockPosition position{
-        context_->slice->structure, context_->mbaff, column_, row_, current_.bottom, field};
-    for (int i = 0; i < planes_; ++i) {
-        const vekapp::Plane& plane = picture.plane[i];
-        const Place place = placeOf(position, mbWidth_[i], mbHeight_[i]);
-        current_.plane[i] = plane.data + plane.stride * place.y + place.x * picture.bytesPerSample;
-        current_.planeStep[i] = static_cast<int>(plane.stride) * place.rowDistance;
-        if (i > 0) continue;
-        current_.x = place.x;
-        current_.y = place.y / place.rowDistance;
-        current_.step = place.rowDistance;
+    if (next && column_ != 0 && !context_->mbaff) {
+        current_.x += 16;
+        for (int i = 0; i < planes_; ++i) current_.plane[i] += mbWidth_[i] * picture.bytesPerSample;
+    } else {
+        place(picture, field);
     }
     findNeighbours(*context_, current_, neighbours_);
     if (isB()) prefetchColocated(*context_, address + 3);
+    if (address + width < context_->mbCount) prefetchMacroblock(context_->mbs[address + width]);  // of the next row
     syntax_.beginMacroblock(current_, neighbours_);
 }
 
@@ -177,7 +191,7 @@ void MacroblockParser<Syntax>::parseIntra(unsigned mbType) {
     if (context_->sps->chromaFormatIdc != 0)
         mb.predModeChroma = static_cast<std::uint8_t>(syntax_.intraChromaPredMode());
     parsePatternAndResidual(false);
-    item_.intraEdges = intraEdgeFlags(neighbours_, constrained, mb.field);
+    current_.intraEdges = intraEdgeFlags(neighbours_, constrained, mb.field);
 }
 
 template <typename Syntax>
@@ -219,8 +233,12 @@ void MacroblockParser<Syntax>::parsePatternAndResidual(bool transform8x8Allowed)
     }
     if (mb.codedBlockPattern != 0 || mb.type == MbType::I16x16) {
         const int delta = syntax_.mbQpDelta(-26 - qpBdOffsetY_ / 2, 25 + qpBdOffsetY_ / 2);
-        const int range = 52 + qpBdOffsetY_;
-        qp_ = (qp_ + delta + range + qpBdOffsetY_) % range - qpBdOffsetY_;
+        // (7-37): what leaves the range at one end comes in at the other.
+        qp_ += delta;
+        if (qp_ > 51)
+            qp_ -= 52 + qpBdOffsetY_;
+        else if (qp_ < -qpBdOffsetY_)
+            qp_ += 52 + qpBdOffsetY_;
         setQp(mb);
         mb.bypass = context_->sps->losslessQpprime && qp_ + qpBdOffsetY_ == 0;
         if (wide_)
@@ -235,18 +253,18 @@ void MacroblockParser<Syntax>::parsePatternAndResidual(bool transform8x8Allowed)
 template <typename Syntax>
 template <typename Coeff>
 void MacroblockParser<Syntax>::parseCoefficients(std::vector<Coeff>& coeffs) {
-    Residual<Coeff> residual{coeffs.data() + item_.coeffs};
+    Residual<Coeff> residual{coeffs.data() + current_.coeffs};
     const Coeff* end = syntax_.residual(residual);
-    item_.coded = residual.coded;
-    item_.codedChroma = residual.codedChroma;
+    current_.coded = residual.coded;
+    // Never together with the word before it, which was just stored by itself: the processor would wait for that.
+    if (context_->sps->chromaFormatIdc == 2) current_.codedChroma = residual.codedChroma;
     parsed_->coeffsEnd = static_cast<std::size_t>(end - coeffs.data());
 }
 
 template <typename Syntax>
 void MacroblockParser<Syntax>::finishMacroblock() {
     syntax_.finishMacroblock();
-    item_.macroblock = current_;
-    parsed_->macroblocks.push_back(item_);
+    parsed_->macroblocks.push_back(current_);
     inMacroblock_ = false;
 }
 

@@ -26,6 +26,7 @@ class MacroblockParser {
     bool isB() const { return context_->slice->header.type == SliceType::B; }
     int nextAddress(int address) const;
     void start(int address, bool field);
+    void place(const Picture& picture, bool field);
     void parseMacroblock();
     void setQp(Macroblock& mb) const;
 
@@ -47,10 +48,9 @@ class MacroblockParser {
     Syntax syntax_;
     const SliceContext* context_ = nullptr;
     ParsedRow* parsed_ = nullptr;
-    CurrentMacroblock current_;
+    ParsedMacroblock current_;
     Neighbours neighbours_;
     MotionCache motion_;
-    ParsedMacroblock item_;      // of the current macroblock
     bool inMacroblock_ = false;  // one is begun and not yet whole
     int qp_ = 0;                 // QPY of the macroblock before
     int qpBdOffsetY_ = 0;

@@ -41,11 +41,16 @@ void takeAbove(const Macroblock* mb, int list, std::int8_t* ref, MotionVector* m
 }
 
 void takeLeft(const Macroblock* mb, int list, std::int8_t* ref, MotionVector* mv) {
-    const bool inter = mb != nullptr && mb->type == MbType::Inter;
-    const std::int8_t none = mb == nullptr ? MotionCache::kNotAvailable : MotionCache::kNotUsed;
+    if (mb == nullptr || mb->type != MbType::Inter) {
+        for (int i = 0; i < 4; ++i) {
+            ref[i * MotionCache::kStep] = mb == nullptr ? MotionCache::kNotAvailable : MotionCache::kNotUsed;
+            mv[i * MotionCache::kStep] = {};
+        }
+        return;
+    }
     for (int i = 0; i < 4; ++i) {
-        ref[i * MotionCache::kStep] = inter ? mb->refIdx[list][i / 2 * 2 + 1] : none;
-        mv[i * MotionCache::kStep] = inter ? mb->mv[list][4 * i + 3] : MotionVector{};
+        ref[i * MotionCache::kStep] = mb->refIdx[list][i / 2 * 2 + 1];
+        mv[i * MotionCache::kStep] = mb->mv[list][4 * i + 3];
     }
 }
 
@@ -74,7 +79,7 @@ void gatherMotion(const Neighbours& n, bool field, int lists, MotionCache& cache
     for (int list = 0; list < lists; ++list) {
         std::int8_t* ref = cache.ref[list];
         MotionVector* mv = cache.mv[list];
-        for (int i = 0; i < 4; ++i) std::memset(ref + MotionCache::at(0, i), MotionCache::kNotAvailable, 5);
+        std::memset(ref + MotionCache::at(-1, 0), MotionCache::kNotAvailable, 4 * MotionCache::kStep);
         if (mixed) {
             gatherMixed(n, field, list, cache);
         } else {

@@ -20,6 +20,11 @@ struct MotionCache {
     bool leftMixed = false;
 
     static constexpr int at(int x, int y) { return (y + 1) * kStep + x + 1; }  // in units of 4 samples
+    // Of a macroblock that moves as a whole the first block says all.
+    void setWhole(int list, std::int8_t refIdx, MotionVector vector) {
+        ref[list][at(0, 0)] = refIdx;
+        mv[list][at(0, 0)] = vector;
+    }
     void fill(int list, int x, int y, int w, int h, std::int8_t refIdx, MotionVector vector) {
         // Widths as constants: a row is one or two stores.
         for (int row = y; row < y + h; ++row) {

@@ -9,8 +9,7 @@
 
 namespace vekdec::h264 {
 
-struct ParsedMacroblock {
-    CurrentMacroblock macroblock;
+struct ParsedMacroblock : CurrentMacroblock {
     unsigned intraEdges = 0;  // of an intra macroblock: the library's edge flags
     std::size_t coeffs = 0;   // where its coefficients begin, or the samples of an I_PCM macroblock, plane by plane
     Vek32u coded = 0, codedChroma = 0;

@@ -44,9 +44,15 @@ struct Macroblock {
     std::uint16_t nonZero = 0;            // 4x4 luma blocks (8x8: all four of the quadrant) with coefficients, for bS 2
     std::int8_t refIdx[2][4] = {};        // per quadrant; -1: not used
     std::int8_t refPicId[2][4] = {};      // which picture that is: 4 * Picture::id + Structure; -1: none
-    MotionVector mv[2][16];               // raster order
+    MotionVector mv[2][16];               // raster order; of list 1 only in B slices
     bool intra() const { return type >= MbType::I4x4 && type <= MbType::IPcm; }
 };
+
+// Asks the caches for a macroblock.
+inline void prefetchMacroblock(const Macroblock& mb) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&mb);
+    for (std::size_t at = 0; at < sizeof mb; at += 64) __builtin_prefetch(bytes + at);
+}
 
 // What the deblocking filter must know of each slice after it is gone.
 struct SliceParameters {

@@ -1,5 +1,6 @@
 #include "h264/picture_decoder.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -22,17 +23,20 @@ void PictureDecoder::operator()(PictureTask& task) {
 
 void PictureDecoder::begin(PictureTask& task) {
     task.begun = true;
-    const Slice& last = task.last();
-    const SliceHeader& header = last.header;
-    Picture& picture = *last.picture;
-    const std::size_t count = picture.mbs.size() / (header.fieldPic ? 2 : 1);
-    const std::size_t first = last.structure == kBottomField ? count : 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        picture.mbs[first + i].type = MbType::Missing;
-        picture.mbs[first + i].field = header.fieldPic;
-    }
     decodedTo_ = 0;
+    clearedTo_ = 0;
     finishedRows_ = 0;
+}
+
+void PictureDecoder::clearTo(const Slice& slice, int address) {
+    Picture& picture = *slice.picture;
+    const bool fieldPicture = slice.structure != kFrame;
+    const int count = static_cast<int>(picture.mbs.size()) / (fieldPicture ? 2 : 1);
+    Macroblock* const mbs = picture.mbs.data() + (slice.structure == kBottomField ? count : 0);
+    for (const int end = std::min(address, count); clearedTo_ < end; ++clearedTo_) {
+        mbs[clearedTo_].type = MbType::Missing;
+        mbs[clearedTo_].field = fieldPicture;
+    }
 }
 
 void PictureDecoder::decodeSlices(PictureTask& task) {
@@ -46,7 +50,9 @@ void PictureDecoder::finish(PictureTask& task) {
     const SliceHeader& header = last.header;
     Picture& picture = *last.picture;
     const int rows = picture.heightInMbs / (header.fieldPic || header.mbaff() ? 2 : 1);
-    if (decodedTo_ < rows * picture.widthInMbs * (header.mbaff() ? 2 : 1)) {
+    const int count = rows * picture.widthInMbs * (header.mbaff() ? 2 : 1);
+    if (decodedTo_ < count) {
+        clearTo(last, count);
         if (task.previous != nullptr) task.previous->progress->await(kFrame, RowProgress::kAll);
         const int missing = concealMissing(picture, last.structure, task.previous, header.sps->bitDepthLuma,
                                            header.sps->bitDepthChroma);
@@ -70,7 +76,13 @@ void PictureDecoder::decodeSlice(PictureTask& task, SliceTask& slice) {
     double seconds = 0;
     std::optional<vekapp::Stopwatch> watch(std::in_place, seconds);
     const bool inOrder = firstAddress == decodedTo_;
+    const auto clearRowOf = [&](int address) { clearTo(slice.slice, (address / perRow + 1) * perRow); };
+    if (slice.slice.mbToSliceGroupMap == nullptr)
+        clearRowOf(firstAddress);
+    else
+        clearTo(slice.slice, slice.context.mbCount);
     const auto broken = sliceDecoder_.decode(*slice.bits, slice.context, [&](int address) {
+        clearRowOf(address);
         if (!inOrder) return;
         decodedTo_ = address;
         // The last row stays as it is until the row below it, predicted from it, is decoded.

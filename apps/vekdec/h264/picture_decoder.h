@@ -52,11 +52,15 @@ class PictureDecoder {
   private:
     void begin(PictureTask& task);
     void finish(PictureTask& task);
+    // Makes the macroblocks before `address` missing as far as they are not yet: a row at a time, so that they are in the
+    // caches when the row is decoded.
+    void clearTo(const Slice& slice, int address);
     void decodeSlice(PictureTask& task, SliceTask& slice);
     void finishRows(PictureTask& task, int endRow);
 
     SliceDecoder sliceDecoder_;
     int decodedTo_ = 0;     // macroblocks before this address are all decoded
+    int clearedTo_ = 0;     // macroblocks before this address are missing or decoded
     int finishedRows_ = 0;  // macroblock rows (of MBAFF frames: rows of pairs) that are deblocked
 };
 

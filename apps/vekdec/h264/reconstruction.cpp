@@ -279,7 +279,7 @@ void storePcm(const SliceContext& context, const CurrentMacroblock& current, con
 template <typename Sample, typename Coeff>
 void addResidual(const SliceContext& context, const ParsedMacroblock& parsed, const LevelScales& scales,
                  Residual<Coeff> residual) {
-    const Macroblock& mb = *parsed.macroblock.mb;
+    const Macroblock& mb = *parsed.mb;
     const int chromaFormatIdc = context.sps->chromaFormatIdc;
     Coeff summed[Residual<Coeff>::kMost];
     if (mb.bypass && mb.intra()) {
@@ -288,7 +288,7 @@ void addResidual(const SliceContext& context, const ParsedMacroblock& parsed, co
         std::memcpy(summed, old.coeffs, sizeof summed);
         accumulateLossless(mb, chromaFormatIdc, old, residual);
     }
-    const Operands operands{context, parsed.macroblock, parsed.intraEdges, scales};
+    const Operands operands{context, parsed, parsed.intraEdges, scales};
     Coeff* coeffs = residual.coeffs;
     const bool intra = mb.intra();
     if (intra || (residual.coded & 0x1ffff) != 0) reconstructLuma<Sample>(operands, &coeffs, residual.coded);
@@ -303,13 +303,13 @@ void addResidual(const SliceContext& context, const ParsedMacroblock& parsed, co
 template <typename Sample, typename Coeff>
 void reconstruct(const SliceContext& context, const ParsedMacroblock& parsed, const LevelScales& scales,
                  const Coeff* coeffs) {
-    const Macroblock& mb = *parsed.macroblock.mb;
+    const Macroblock& mb = *parsed.mb;
     coeffs += parsed.coeffs;
     if (mb.type == MbType::IPcm) {
-        storePcm<Sample>(context, parsed.macroblock, coeffs);
+        storePcm<Sample>(context, parsed, coeffs);
         return;
     }
-    if (!mb.intra()) predictInter<Sample>(context, parsed.macroblock);
+    if (!mb.intra()) predictInter<Sample>(context, parsed);
     if (!mb.skipped)
         addResidual<Sample>(context, parsed, scales,
                             Residual<Coeff>{const_cast<Coeff*>(coeffs), parsed.coded, parsed.codedChroma});

@@ -29,7 +29,9 @@ struct ReferencePicture {
     RowProgress* progress = nullptr;
 
     // Returns when so many of its rows are final; the first one is, whatever the number: what lies above is its copy.
-    void await(int rows) const { progress->await(structure, std::clamp(rows, 1, plane[0].height)); }
+    void await(int rows) const {
+        if (!progress->complete()) progress->await(structure, std::clamp(rows, 1, plane[0].height));
+    }
 };
 
 // How the macroblocks of the picture see references: all of a field picture and frame macroblocks of a frame as the

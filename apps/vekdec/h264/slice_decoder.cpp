@@ -13,9 +13,9 @@ std::optional<SliceDamage> SliceDecoder::reconstructParsed() {
                 else
                     reconstruct<Vek8u>(*context_, p, scales_, parsed_.coeffs16.data());
             } catch (const BadSyntax& e) {
-                damage = SliceDamage{p.macroblock.address, e.what()};
+                damage = SliceDamage{p.address, e.what()};
             }
-        if (damage) p.macroblock.mb->type = MbType::Missing;
+        if (damage) p.mb->type = MbType::Missing;
     }
     parsed_.clear();
     return damage;
