@@ -58,8 +58,14 @@ int decodeOnce(const Options& options) {
         ++shown;
         for (auto& output : outputs) output->add(frame);
     };
-    decoder = stream.format->make({sink, [&](const std::string& sentence) { messages.add(sentence); }},
-                                  decoderOptions(options, stream));
+    // How far the decoder is ahead of the last frame that is wanted depends on its threads.
+    bool good = true;
+    const auto report = [&](const std::string& sentence) {
+        if (!wantsMore()) return;
+        good = false;
+        messages.add(sentence);
+    };
+    decoder = stream.format->make({sink, report}, decoderOptions(options, stream));
     Packet packet;
     while (wantsMore() && stream.source->next(packet)) {
         decoder->decode(packet);
@@ -70,7 +76,6 @@ int decodeOnce(const Options& options) {
     if (statistics.frames == 0 && options.frames != 0)
         throw std::runtime_error(options.input + ": nothing could be decoded" + messages.reason());
     messages.finish();
-    bool good = statistics.damaged == 0;
     if (shown == 0 && options.frames != 0) {
         std::fprintf(stderr, "%s: no frame is left behind the first %ld: it has %ld\n", options.input.c_str(),
                      options.skip, statistics.frames);

@@ -74,7 +74,8 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
            "--postprocess", [&](const std::string& name) { options.postProcessing = filters.at(name); },
            "MPEG-4, H.263, H.261: filter the shown pictures: deblock block edges, dering, or both")
         ->check(CLI::IsMember({"deblock", "dering", "both"}));
-    app.add_option("--threads", options.threads, "H.264: so many pictures at a time; as the machine has processors")
+    app.add_option("--threads", options.threads,
+                   "decode so many pictures at a time (H.263, H.261: one); as the machine has processors")
         ->check(CLI::Range(1, 64));
     app.add_flag("--stats", options.stats, "say what the stream was made of and where the time went");
     auto* bench =

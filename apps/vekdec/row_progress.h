@@ -31,18 +31,34 @@ class RowProgress {
     // Returns when so many rows are final.
     void await(int structure, int rows) {
         if (structure == kFrame && rows != kAll) rows = (rows + 1) / 2;
-        const auto final = [&] {
-            return ((structure & 1) == 0 || rows_[0] >= rows) && ((structure & 2) == 0 || rows_[1] >= rows);
-        };
-        if (final()) [[likely]]
-            return;
+        if (!final(structure, rows)) [[unlikely]]
+            sleepUntil(structure, rows);
+    }
+
+    // At the end of its life all rows are final, however they came to be.
+    class End {
+      public:
+        End(RowProgress& progress, int structure) : progress_(progress), structure_(structure) {}
+        ~End() { progress_.publish(structure_, kAll); }
+        End(const End&) = delete;
+        End& operator=(const End&) = delete;
+
+      private:
+        RowProgress& progress_;
+        int structure_;
+    };
+
+  private:
+    bool final(int structure, int rows) const {
+        return ((structure & 1) == 0 || rows_[0] >= rows) && ((structure & 2) == 0 || rows_[1] >= rows);
+    }
+    [[gnu::noinline]] void sleepUntil(int structure, int rows) {
         std::unique_lock lock(mutex_);
         ++waiting_;
-        changed_.wait(lock, final);
+        changed_.wait(lock, [&] { return final(structure, rows); });
         --waiting_;
     }
 
-  private:
     std::atomic<int> rows_[2] = {kAll, kAll};
     std::atomic<int> waiting_ = 0;
     std::mutex mutex_;

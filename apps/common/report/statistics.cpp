@@ -1,5 +1,6 @@
 #include "report/statistics.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace vekapp {
@@ -25,12 +26,12 @@ void print(const Statistics& s) {
         open = "";
     }
     std::fputs(s.of.empty() ? "\ntime: " : ")\ntime: ", stderr);
-    double rest = s.secondsTotal;
-    for (const auto& [name, seconds] : s.seconds) {
-        std::fprintf(stderr, "%s %.1f %%, ", name.c_str(), share(seconds, s.secondsTotal));
-        rest -= seconds;
-    }
-    std::fprintf(stderr, "the rest %.1f %% (parsing of headers, output)\n", share(rest, s.secondsTotal));
+    double steps = 0;
+    for (const auto& [name, seconds] : s.seconds) steps += seconds;
+    const double whole = std::max(steps, s.secondsTotal);  // threads take more time than passes
+    for (const auto& [name, seconds] : s.seconds)
+        std::fprintf(stderr, "%s %.1f %%, ", name.c_str(), share(seconds, whole));
+    std::fprintf(stderr, "the rest %.1f %% (parsing of headers, output)\n", share(whole - steps, whole));
     for (const std::string& remark : s.remarks) std::fprintf(stderr, "%s\n", remark.c_str());
 }
 

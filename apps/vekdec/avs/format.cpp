@@ -34,7 +34,10 @@ Format format() {
             kCodecs,
             probe,
             splitAtStartCode,
-            makeDecoder<StreamDecoder>};
+            makeDecoder<StreamDecoder>,
+            false,
+            false,
+            true};
 }
 
 }  // namespace vekdec::avs

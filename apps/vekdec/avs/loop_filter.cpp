@@ -47,9 +47,8 @@ class LoopFilter {
   public:
     explicit LoopFilter(const PictureContext& context) : c_(context) {}
 
-    void run() const {
-        for (int y = 0; y < c_.height; ++y)
-            for (int x = 0; x < c_.width; ++x) filterMacroblock(x, y);
+    void run(int y) const {
+        for (int x = 0; x < c_.width; ++x) filterMacroblock(x, y);
     }
 
   private:
@@ -105,6 +104,6 @@ class LoopFilter {
 
 }  // namespace
 
-void filterPicture(const PictureContext& context) { LoopFilter(context).run(); }
+void filterRow(const PictureContext& context, int y) { LoopFilter(context).run(y); }
 
 }  // namespace vekdec::avs

@@ -6,6 +6,6 @@
 namespace vekdec::avs {
 
 // Filters a frame or field that is decoded. What is lost, and the edges to it, stay as they are.
-void filterPicture(const PictureContext& context);
+void filterRow(const PictureContext& context, int y);
 
 }  // namespace vekdec::avs

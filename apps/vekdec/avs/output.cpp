@@ -12,50 +12,9 @@ constexpr vekapp::BlockKind kKinds[] = {
     {"both", {240, 210, 60}}, {"direct", {240, 150, 60}}, {"skipped", {60, 60, 70}},
 };
 
-}  // namespace
-
-void StreamDecoder::show(const PicturePtr& picture) {
-    Frame frame;
-    frame.chroma = Chroma::C420;
-    frame.number = static_cast<int>(frames_++);
-    frame.rate = sequence_.rate().known() ? sequence_.rate() : stream_.rate;
-    frame.sampleAspect = sequence_.sampleAspect().known() ? sequence_.sampleAspect() : stream_.sampleAspect;
-    const PictureHeader& header = picture->header;
-    frame.fields = sequence_.progressive || header.progressiveFrame ? FieldOrder::Progressive
-                   : header.topFieldFirst                           ? FieldOrder::TopFirst
-                                                                    : FieldOrder::BottomFirst;
-    showPlanes(frame, picture->plane, sequence_.width, sequence_.height);
-    shown_ = picture.get();
-    sinks_.frame(frame);
-    shown_ = nullptr;
-}
-
-Statistics StreamDecoder::statistics() const {
-    Statistics s;
-    s.frames = frames_;
-    s.pictures = pictures_;
-    s.slices = slicesSeen_;
-    s.damaged = damaged_;
-    s.bits = 8 * bytes_;
-    for (std::size_t i = 0; i < std::size(kKinds); ++i) s.kinds.emplace_back(kKinds[i].name, kinds_[i]);
-    s.seconds.emplace_back("macroblocks", secondsMacroblocks_);
-    s.seconds.emplace_back("loop filter", secondsFilter_);
-    s.secondsTotal = secondsTotal_;
-    if (syntax_ == Syntax::Draft) s.remarks.push_back("the headers are those of a draft before the standard");
-    if (repeated_ > 0)
-        s.remarks.push_back(std::to_string(repeated_) +
-                            " frames ask to be shown for a field longer "
-                            "(repeat_first_field); they are given out once");
-    if (leftOutPictures_ > 0)
-        s.remarks.push_back(std::to_string(leftOutPictures_) +
-                            " B pictures at the beginning lack their references and are left out");
-    return s;
-}
-
-BlockMap StreamDecoder::blocks(const Frame&) const {
-    const Picture& picture = *shown_;
+BlockMap blocksOf(const Picture& picture) {
     BlockMap map{kKinds, 0, 63, {}, {}};
-    const int width = sequence_.widthInMbs(), apart = picture.header.fields ? 2 : 1;
+    const int width = picture.plane[0].width / 16, apart = picture.header.fields ? 2 : 1;
     const int count = static_cast<int>(picture.mbs.size()) / apart;
     const Macroblock* mb = picture.mbs.data();
     for (int field = 0; field < apart; ++field)
@@ -76,6 +35,43 @@ BlockMap StreamDecoder::blocks(const Frame&) const {
             }
         }
     return map;
+}
+
+}  // namespace
+
+void StreamDecoder::show(const PicturePtr& picture) {
+    Frame frame;
+    frame.chroma = Chroma::C420;
+    frame.rate = sequence_.rate().known() ? sequence_.rate() : stream_.rate;
+    frame.sampleAspect = sequence_.sampleAspect().known() ? sequence_.sampleAspect() : stream_.sampleAspect;
+    const PictureHeader& header = picture->header;
+    frame.fields = sequence_.progressive || header.progressiveFrame ? FieldOrder::Progressive
+                   : header.topFieldFirst                           ? FieldOrder::TopFirst
+                                                                    : FieldOrder::BottomFirst;
+    showPlanes(frame, picture->plane, sequence_.width, sequence_.height);
+    tasks_.show(frame, [picture] { return blocksOf(*picture); });
+}
+
+Statistics StreamDecoder::statistics() const {
+    Statistics s;
+    s.frames = tasks_.frames();
+    s.pictures = pictures_;
+    s.slices = slicesSeen_;
+    s.damaged = tasks_.damaged();
+    s.bits = 8 * bytes_;
+    for (std::size_t i = 0; i < std::size(kKinds); ++i) s.kinds.emplace_back(kKinds[i].name, kinds_[i]);
+    s.seconds.emplace_back("macroblocks", secondsMacroblocks_);
+    s.seconds.emplace_back("loop filter", secondsFilter_);
+    s.secondsTotal = secondsTotal_;
+    if (syntax_ == Syntax::Draft) s.remarks.push_back("the headers are those of a draft before the standard");
+    if (repeated_ > 0)
+        s.remarks.push_back(std::to_string(repeated_) +
+                            " frames ask to be shown for a field longer "
+                            "(repeat_first_field); they are given out once");
+    if (leftOutPictures_ > 0)
+        s.remarks.push_back(std::to_string(leftOutPictures_) +
+                            " B pictures at the beginning lack their references and are left out");
+    return s;
 }
 
 }  // namespace vekdec::avs

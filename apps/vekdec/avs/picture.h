@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "avs/headers.h"
+#include "plane_set.h"
 
 namespace vekdec::avs {
 
@@ -49,17 +50,15 @@ struct Picture : vekapp::PictureMemory {
     std::vector<Macroblock> mbs;
     PictureHeader header;
     int referenceDistance[kMostReferences] = {};  // of a frame: those that it was decoded with
+    RowProgress progress;                         // of samples and macroblocks
 
     // Of the frame, or of its first (second) field, in units of fields, modulo 512.
     int time(bool second) const { return 2 * header.distance + (second ? 1 : 0); }
 };
 
 // A frame or field that is predicted from. Samples beyond the planes repeat those at the borders.
-struct Reference {
-    vekapp::Plane plane[3];
+struct Reference : PlaneSet {
     int distance = 0;  // in time, from the current picture, 1 to 512
-
-    bool present() const { return plane[0].data != nullptr; }
 };
 
 // What the macroblocks of a frame or field are decoded from and into. B pictures number their references 0 backward,

@@ -120,6 +120,9 @@ class BlockPredictor {
 
     void predictFrom(const Motion& motion, const Place& luma, const Place& chroma, const Samples* to) const {
         const Reference& reference = context_.reference[motion.ref];
+        // Luma reads three rows behind a fraction, chroma one, which is two of luma.
+        if (reference.progress != nullptr)
+            reference.await(luma.y + luma.size.height + (motion.mv.y >> 2) + ((motion.mv.y & 7) != 0 ? 3 : 0));
         predictLuma(reference.plane[0], luma, motion.mv, to[0]);
         predictChroma(reference.plane + 1, chroma, motion.mv, to + 1);
     }

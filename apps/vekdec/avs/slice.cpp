@@ -33,7 +33,7 @@ void SliceDecoder::begin(PictureContext& context) {
     nextRow_ = 0;
 }
 
-void SliceDecoder::decode(BitReader& bits, int row) {
+void SliceDecoder::decode(BitReader& bits, int row, const Finished& finished) {
     bits_ = &bits;
     slice_ = {};
     if (context_->syntax == Syntax::Standard) {
@@ -53,7 +53,7 @@ void SliceDecoder::decode(BitReader& bits, int row) {
     x_ = 0;
     y_ = row;
     try {
-        decodeMacroblocks(row * context_->width);
+        decodeMacroblocks(row * context_->width, finished);
     } catch (const BadSyntax&) {
         Macroblock& last = context_->mbs[y_ * context_->width + x_];
         if (last.kind == MbKind::Lost) last = {};
@@ -61,17 +61,21 @@ void SliceDecoder::decode(BitReader& bits, int row) {
     }
 }
 
-void SliceDecoder::decodeMacroblocks(int address) {
+void SliceDecoder::decodeMacroblocks(int address, const Finished& finished) {
     BitReader& bits = *bits_;
     const int end = context_->width * context_->height;
     const bool skipRuns = context_->type != PictureType::I && context_->header->skipRuns;
+    const auto decodeNext = [&](auto step) {
+        (this->*step)(address++);
+        if (x_ + 1 == context_->width) finished(y_ + 1);
+    };
     while (address < end && bits.moreData()) {
         if (skipRuns) {
             int run = bits.ue("mb_skip_run", static_cast<std::uint32_t>(end - address));
-            while (run-- > 0) skipMacroblock(address++);
+            while (run-- > 0) decodeNext(&SliceDecoder::skipMacroblock);
             if (address == end || !bits.moreData()) return;
         }
-        decodeMacroblock(address++);
+        decodeNext(&SliceDecoder::decodeMacroblock);
     }
 }
 
@@ -244,6 +248,7 @@ void SliceDecoder::parseMotionB(int type, Macroblock& mb) {
 }
 
 void SliceDecoder::setDirect(Macroblock& mb, const Partition& quarter) {
+    context_->reference[0].await(16 * (y_ + 1));
     const Macroblock& there = context_->colocated->mbs[static_cast<std::size_t>(y_ * context_->width + x_)];
     const Motion& motion = there.motion[kForward][2 * quarter.y + quarter.x];
     MotionVector forward, backward;

@@ -1,6 +1,8 @@
 // The slice and macroblock layers (GB/T 20090.2 clauses 7 to 9): from bits to samples, one macroblock after the other.
 #pragma once
 
+#include <functional>
+
 #include "avs/motion_vectors.h"
 
 namespace vekdec::avs {
@@ -11,13 +13,15 @@ class SliceDecoder {
     void begin(PictureContext& context);
     // The slice whose first row of macroblocks is `row`, from its header on; of a draft's, which has none, from its
     // macroblocks on. Throws BadSyntax where it breaks off; what is decoded stands.
-    void decode(BitReader& bits, int row);
+    // Calls finished(endRow) where the rows before that one are over: no slice comes back to them.
+    using Finished = std::function<void(int endRow)>;
+    void decode(BitReader& bits, int row, const Finished& finished);
 
   private:
     // How a partition of a B picture is predicted; the numbers are those of 8x8 blocks in the stream.
     enum class Use : std::uint8_t { Direct, Forward, Backward, Symmetric };
 
-    void decodeMacroblocks(int address);
+    void decodeMacroblocks(int address, const Finished& finished);
     Macroblock& beginMacroblock(int address);
     void skipMacroblock(int address);
     void decodeMacroblock(int address);

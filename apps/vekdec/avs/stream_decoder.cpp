@@ -1,11 +1,10 @@
 #include "avs/stream_decoder.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 
-#include "avs/loop_filter.h"
 #include "bits/start_code.h"
-#include "concealment.h"
 #include "report/stopwatch.h"
 
 namespace vekdec::avs {
@@ -16,9 +15,13 @@ constexpr std::size_t kMostHeaderBytes = 32;
 
 }  // namespace
 
+StreamDecoder::StreamDecoder(Sinks sinks, const DecoderOptions& options)
+    : stream_(options.stream),
+      tasks_(std::move(sinks), options.threads, [this](FieldTask& task) { retire(task); }),
+      mostSlices_(tasks_.sideBySide() ? 512 : 0) {}
+
 void StreamDecoder::damage(const std::string& what) {
-    ++damaged_;
-    sinks_.report("picture " + std::to_string(pictures_) + ": " + what);
+    tasks_.report("picture " + std::to_string(pictures_) + ": " + what);
 }
 
 // Runs a step that may find the stream broken, or beyond what is decoded.
@@ -58,8 +61,9 @@ void StreamDecoder::handle(Bytes unit) {
             guarded([&] {
                 refused_ = true;  // unless it is read
                 newSequence_.reset();
-                payload_.assignUnstuffed(unit.subspan(1));
-                BitReader bits(payload_);
+                WordPayload payload;
+                payload.assignUnstuffed(unit.subspan(1));
+                BitReader bits(payload);
                 newSequence_ = parseSequenceHeader(bits);
                 refused_ = false;
             });
@@ -98,46 +102,51 @@ void StreamDecoder::handlePicture(Bytes unit) {
     guarded([&] {
         if (refused_) return;
         activateSequence();
-        payload_.assignUnstuffed(unit.subspan(1));
-        BitReader bits(payload_);
+        auto slice = spareSlices_.take();
+        slice->payload.assignUnstuffed(unit.subspan(1));
+        BitReader& bits = slice->bits.emplace(slice->payload);
         ++pictures_;
         if (!haveSequence_) throw BadSyntax("a picture without a sequence header before it");
         newPicture_ = parsePictureHeader(bits, unit[0], sequence_, *syntax_);
-        if (*syntax_ == Syntax::Draft) decodeSlice(bits, 0);  // its last macroblock ends it: no one bit is behind it
+        slice->row = 0;
+        if (*syntax_ == Syntax::Draft)
+            takeSlice(std::move(slice));  // its last macroblock ends it: no one bit is behind it
+        else
+            spareSlices_.give(std::move(slice));
     });
 }
 
 void StreamDecoder::handleSlice(Bytes unit) {
     guarded([&] {
         if (!newPicture_ && current_ == nullptr) return;
-        int row = unit[0];
-        payload_.assignUnstuffed(unit.subspan(1));
-        payload_.trimToLastOne();
-        BitReader bits(payload_);
-        if (sequence_.height > 2800) row += static_cast<int>(bits.u(3)) * 128;
-        decodeSlice(bits, row);
+        auto slice = spareSlices_.take();
+        slice->payload.assignUnstuffed(unit.subspan(1));
+        slice->payload.trimToLastOne();
+        BitReader& bits = slice->bits.emplace(slice->payload);
+        slice->row = unit[0];
+        if (sequence_.height > 2800) slice->row += static_cast<int>(bits.u(3)) * 128;
+        takeSlice(std::move(slice));
     });
 }
 
-void StreamDecoder::decodeSlice(BitReader& bits, int row) {
+void StreamDecoder::takeSlice(std::unique_ptr<SliceTask> slice) {
     if (newPicture_ && !beginPicture()) return;
     const int rowsOfField = sequence_.heightInMbs() / 2;
-    if (header_.fields && row >= rowsOfField) {
+    if (current_->header.fields && slice->row >= rowsOfField) {
         if (!secondField_) {
             finishField();
             beginField(true);
         }
-        row -= rowsOfField;
+        slice->row -= rowsOfField;
     } else if (secondField_) {
         throw BadSyntax("a slice of the first field behind the second field's");
     }
     ++slicesSeen_;
-    const Stopwatch watch(secondsMacroblocks_);
-    try {
-        slices_.decode(bits, row);
-    } catch (const BadSyntax& e) {
-        throw BadSyntax("slice in row " + std::to_string(row) + ": " + e.what());
-    }
+    auto& slices = task_->slices;
+    slices.push_back(std::move(slice));
+    if (slices.size() <= mostSlices_) return;
+    tasks_.worker().decodeSlices(*task_);
+    spareSlices_.give(slices, slices.size());
 }
 
 // ---- pictures
@@ -159,95 +168,96 @@ void StreamDecoder::activateSequence() {
 }
 
 bool StreamDecoder::beginPicture() {
-    header_ = *newPicture_;
+    const PictureHeader header = *newPicture_;
     newPicture_.reset();
-    const PictureType type = header_.type;
+    const PictureType type = header.type;
     if (type == PictureType::B) {
         // At the beginning of a stream, or behind a cut, B pictures may lack what they are predicted from.
         if (anchors_[0] == nullptr || anchors_[1] == nullptr) {
             ++leftOutPictures_;
             return false;
         }
-        if (header_.fields) throw NotSupported("AVS with B fields");
+        if (header.fields) throw NotSupported("AVS with B fields");
         if (anchors_[1]->header.fields) throw NotSupported("AVS with B frames between field pictures");
     }
     if (type == PictureType::P && anchors_[1] == nullptr)
         throw BadSyntax("the stream begins with a picture that needs one before it");
-    if (header_.repeatFirstField) ++repeated_;
+    if (header.repeatFirstField) ++repeated_;
     current_ = pool_.take(sequence_.format());
-    current_->header = header_;
+    current_->header = header;
+    current_->progress.restart();
     beginField(false);
     return true;
 }
 
 void StreamDecoder::beginField(bool second) {
     secondField_ = second;
-    context_ = {};
-    context_.header = &header_;
-    context_.type = second && header_.type == PictureType::I ? PictureType::P : header_.type;
-    context_.syntax = *syntax_;
-    context_.width = sequence_.widthInMbs();
-    context_.height = sequence_.heightInMbs() / (header_.fields ? 2 : 1);
-    context_.mbs = current_->mbs.data() + (second ? current_->mbs.size() / 2 : 0);
+    task_ = std::make_unique<FieldTask>();
+    task_->number = pictures_;
+    task_->header = current_->header;
+    task_->picture = current_;
+    for (std::size_t i = 0; i < 2; ++i) task_->kept[i] = anchors_[i];
+    const PictureHeader& header = task_->header;
+    task_->structure = !header.fields ? RowProgress::kFrame : second ? 2 : 1;
+    if (const PicturePtr& before = anchors_[1] != nullptr ? anchors_[1] : anchors_[0]; before != nullptr)
+        task_->before = {before->plane, before->progress, task_->structure};
+    PictureContext& context = task_->context;
+    context.header = &header;
+    context.type = second && header.type == PictureType::I ? PictureType::P : header.type;
+    context.syntax = *syntax_;
+    context.width = sequence_.widthInMbs();
+    context.height = sequence_.heightInMbs() / (header.fields ? 2 : 1);
+    context.mbs = current_->mbs.data() + (second ? current_->mbs.size() / 2 : 0);
     // The first field has the even rows, whichever is shown first.
     for (int i = 0; i < 3; ++i)
-        context_.plane[i] = header_.fields ? current_->plane[i].field(second) : current_->plane[i];
-    setReferences(second);
-    slices_.begin(context_);
+        context.plane[i] = header.fields ? current_->plane[i].field(second) : current_->plane[i];
+    setReferences(context, second);
 }
 
-void StreamDecoder::setReferences(bool second) {
+void StreamDecoder::setReferences(PictureContext& context, bool second) {
+    const PictureHeader& header = *context.header;
     const int now = current_->time(second);
-    const auto add = [&](const PicturePtr& picture, bool field, bool secondField) {
-        Reference& reference = context_.reference[context_.references++];
+    const auto add = [&](const PicturePtr& picture, int structure) {
+        Reference& reference = context.reference[context.references++];
         if (picture == nullptr) return;
-        for (int i = 0; i < 3; ++i)
-            reference.plane[i] = field ? picture->plane[i].field(secondField) : picture->plane[i];
+        static_cast<PlaneSet&>(reference) = {picture->plane, picture->progress, structure};
         // Modulo 512; a distance of 0, which no good stream has, becomes 512.
-        reference.distance = ((now - picture->time(secondField) - 1) & 511) + 1;
+        reference.distance = ((now - picture->time(structure == 2) - 1) & 511) + 1;
     };
-    switch (context_.type) {
+    switch (context.type) {
         case PictureType::I:
             return;
         case PictureType::B:
-            add(anchors_[1], false, false);
-            add(anchors_[0], false, false);
-            context_.reference[0].distance = ((anchors_[1]->time(false) - now - 1) & 511) + 1;
-            context_.colocated = anchors_[1].get();
+            add(anchors_[1], RowProgress::kFrame);
+            add(anchors_[0], RowProgress::kFrame);
+            context.reference[0].distance = ((anchors_[1]->time(false) - now - 1) & 511) + 1;
+            context.colocated = anchors_[1].get();
             return;
         case PictureType::P:
             break;
     }
-    if (!header_.fields) {
-        add(anchors_[1], false, false);
-        add(anchors_[0], false, false);
-        for (int i = 0; i < 2; ++i) current_->referenceDistance[i] = context_.reference[i].distance;
+    if (!header.fields) {
+        add(anchors_[1], RowProgress::kFrame);
+        add(anchors_[0], RowProgress::kFrame);
+        for (int i = 0; i < 2; ++i) current_->referenceDistance[i] = context.reference[i].distance;
         return;
     }
     // The fields decoded last, from the last one on.
-    if (second) add(current_, true, false);
-    if (header_.type == PictureType::I) return;
+    if (second) add(current_, 1);
+    if (header.type == PictureType::I) return;
     for (const PicturePtr& anchor : {anchors_[1], anchors_[0]})
-        for (const bool secondField : {true, false})
-            if (context_.references < kMostReferences) add(anchor, true, secondField);
+        for (const int structure : {2, 1})
+            if (context.references < kMostReferences) add(anchor, structure);
 }
 
-// What no slice brought is taken from the picture before.
-void StreamDecoder::conceal() {
-    const PicturePtr& before = anchors_[1] != nullptr ? anchors_[1] : anchors_[0];
-    vekapp::Plane from[3];
-    for (int p = 0; p < 3 && before != nullptr; ++p)
-        from[p] = header_.fields ? before->plane[p].field(secondField_) : before->plane[p];
-    const auto count = static_cast<std::size_t>(context_.width * context_.height);
-    const long missing = concealLost<Macroblock>(context_.plane, std::span<const Macroblock>(context_.mbs, count),
-                                                 before != nullptr ? from : nullptr, kinds_);
-    if (missing > 0) damage(missingMacroblocks(missing, count));
-}
+void StreamDecoder::finishField() { tasks_.run(std::move(task_)); }
 
-void StreamDecoder::finishField() {
-    conceal();
-    const Stopwatch watch(secondsFilter_);
-    if (header_.loopFilter) filterPicture(context_);
+// Counts what was found in decoding, and keeps for later what can be used again.
+void StreamDecoder::retire(FieldTask& task) {
+    for (std::size_t i = 0; i < std::size(kinds_); ++i) kinds_[i] += task.kinds[i];
+    secondsMacroblocks_ += task.secondsMacroblocks;
+    secondsFilter_ += task.secondsFilter;
+    spareSlices_.give(task.slices, task.slices.size());
 }
 
 void StreamDecoder::finishPicture() {
@@ -257,11 +267,13 @@ void StreamDecoder::finishPicture() {
     }
     if (current_ == nullptr) return;
     finishField();
-    if (header_.fields && !secondField_) {  // a field that never came shows the lines of the other one
+    if (current_->header.fields && !secondField_) {  // a field that never came shows the lines of the other one
         damage("a field is missing");
+        current_->progress.await(1, RowProgress::kAll);
         for (const vekapp::Plane& plane : current_->plane) vekapp::repeatField(plane, false);
         std::fill(current_->mbs.begin() + static_cast<std::ptrdiff_t>(current_->mbs.size() / 2), current_->mbs.end(),
                   Macroblock{});
+        current_->progress.publish(RowProgress::kFrame, RowProgress::kAll);
     }
     secondField_ = false;
     const PicturePtr done = std::move(current_);
@@ -294,6 +306,7 @@ void StreamDecoder::flush() {
     const Stopwatch watch(secondsTotal_);
     if (!firstPicture_.empty()) settleSyntax(kSequenceEnd);
     endSequence();
+    tasks_.finish();
 }
 
 }  // namespace vekdec::avs

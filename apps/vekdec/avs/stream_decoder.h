@@ -4,20 +4,21 @@
 #include <memory>
 #include <optional>
 
-#include "avs/slice.h"
+#include "avs/field_decoder.h"
 #include "decoder.h"
 #include "frames/pool.h"
+#include "spares.h"
 
 namespace vekdec::avs {
 
 class StreamDecoder : public Decoder {
   public:
-    StreamDecoder(Sinks sinks, const DecoderOptions& options) : sinks_(std::move(sinks)), stream_(options.stream) {}
+    StreamDecoder(Sinks sinks, const DecoderOptions& options);
 
     void decode(const Packet& packet) override;
     void flush() override;
     Statistics statistics() const override;
-    BlockMap blocks(const Frame& frame) const override;
+    BlockMap blocks(const Frame&) const override { return tasks_.blocks(); }
 
   private:
     using PicturePtr = std::shared_ptr<Picture>;
@@ -34,9 +35,9 @@ class StreamDecoder : public Decoder {
     void activateSequence();
     bool beginPicture();  // false: it is left out
     void beginField(bool second);
-    void setReferences(bool second);
-    void decodeSlice(BitReader& bits, int row);
-    void conceal();
+    void setReferences(PictureContext& context, bool second);
+    void takeSlice(std::unique_ptr<SliceTask> slice);
+    void retire(FieldTask& task);
     void finishField();
     void finishPicture();
     void endSequence();
@@ -44,10 +45,8 @@ class StreamDecoder : public Decoder {
     void showLast();
     void damage(const std::string& what);
 
-    Sinks sinks_;
     StreamInfo stream_;
-    WordPayload payload_;
-    SliceDecoder slices_;
+    Spares<SliceTask> spareSlices_;
     PicturePool<Picture> pool_;
 
     std::optional<Sequence> newSequence_;  // read, in force from the next picture on
@@ -58,19 +57,20 @@ class StreamDecoder : public Decoder {
     std::vector<std::uint8_t> firstPicture_;   // its unit waits for that
     std::optional<PictureHeader> newPicture_;  // read, begins with its first slice
 
-    PictureHeader header_;  // of the picture being decoded
-    PictureContext context_;
-    PicturePtr current_;  // nullptr: slices are of no picture that can be decoded
+    PicturePtr current_;  // the picture being decoded; nullptr: slices are of none that can be
     bool secondField_ = false;
-    PicturePtr anchors_[2];  // older, newer
+    std::unique_ptr<FieldTask> task_;  // its frame or field whose slices come
+    PicturePtr anchors_[2];            // older, newer
     bool newerShown_ = true;
-    const Picture* shown_ = nullptr;  // during Sinks::frame
 
     // Counted.
-    long frames_ = 0, pictures_ = 0, slicesSeen_ = 0, damaged_ = 0, leftOutPictures_ = 0, repeated_ = 0;
+    long pictures_ = 0, slicesSeen_ = 0, leftOutPictures_ = 0, repeated_ = 0;
     long kinds_[7] = {};
     std::uint64_t bytes_ = 0;
     double secondsMacroblocks_ = 0, secondsFilter_ = 0, secondsTotal_ = 0;
+
+    PictureTasks<FieldDecoder, FieldTask> tasks_;  // ends first
+    std::size_t mostSlices_;                       // that may wait for the rest of their picture
 };
 
 }  // namespace vekdec::avs

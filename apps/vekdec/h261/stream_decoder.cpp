@@ -85,8 +85,8 @@ void StreamDecoder::decodePicture(std::size_t begin, std::size_t end) {
             const Stopwatch watch(secondsPictures_);
             pictures_.decode(*picture, reference_.get(), bits, [&](const std::string& what) { damage(what); });
         }
-        const long missing = concealLost<Macroblock>(picture->plane, picture->mbs,
-                                                     reference_ != nullptr ? reference_->plane : nullptr, kinds_);
+        const long missing = concealLost(picture->plane, std::span<const Macroblock>(picture->mbs), kinds_,
+                                         [&] { return reference_ != nullptr ? reference_->plane : nullptr; });
         if (missing > 0) damage(missingMacroblocks(missing, picture->mbs.size()));
         reference_ = picture;
         show(*picture);

@@ -11,14 +11,9 @@
 namespace vekdec::h264 {
 
 void PictureDecoder::operator()(PictureTask& task) {
-    try {
-        decodeSlices(task);
-        finish(task);
-    } catch (...) {
-        task.failure = std::current_exception();
-    }
-    const Slice& last = task.last();
-    last.picture->progress->publish(last.structure, RowProgress::kAll);
+    const RowProgress::End end(*task.last().picture->progress, task.last().structure);
+    decodeSlices(task);
+    finish(task);
 }
 
 void PictureDecoder::begin(PictureTask& task) {
@@ -57,7 +52,7 @@ void PictureDecoder::finish(PictureTask& task) {
         const int missing = concealMissing(picture, last.structure, task.previous, header.sps->bitDepthLuma,
                                            header.sps->bitDepthChroma);
         if (missing > 0 && !task.reported && task.damage.empty())
-            task.damage.push_back(std::to_string(missing) + " macroblocks are missing");
+            task.report(std::to_string(missing) + " macroblocks are missing");
     }
     finishRows(task, rows);
 }
@@ -68,8 +63,7 @@ void PictureDecoder::decodeSlice(PictureTask& task, SliceTask& slice) {
     const int firstAddress = header.firstMbInSlice * pair;
     const int perRow = pair * slice.slice.picture->widthInMbs;
     if (firstAddress < finishedRows_ * perRow) {  // other pictures may have seen them
-        task.damage.push_back("a slice begins at macroblock " + std::to_string(firstAddress) +
-                              ", which was decoded before");
+        task.report("a slice begins at macroblock " + std::to_string(firstAddress) + ", which was decoded before");
         return;
     }
     const double deblockingBefore = task.secondsDeblocking;
@@ -90,7 +84,7 @@ void PictureDecoder::decodeSlice(PictureTask& task, SliceTask& slice) {
     });
     watch.reset();
     task.secondsMacroblocks += seconds - (task.secondsDeblocking - deblockingBefore);
-    if (broken) task.damage.push_back("macroblock " + std::to_string(broken->mbAddress) + ": " + broken->reason);
+    if (broken) task.report("macroblock " + std::to_string(broken->mbAddress) + ": " + broken->reason);
 }
 
 // Deblocks the rows before endRow that are not yet done.

@@ -1,13 +1,12 @@
 // One picture from its slices to final samples: what a thread does, while others decode the pictures before and behind.
 #pragma once
 
-#include <exception>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "h264/slice_decoder.h"
+#include "picture_tasks.h"
 
 namespace vekdec::h264 {
 
@@ -20,22 +19,18 @@ struct SliceTask {
     bool ready = false;  // to be decoded: its references are found, and it was not decoded yet
 };
 
-// A frame or a field. Whoever reads the stream fills it; all that later headers change is copied into it.
-struct PictureTask {
-    int number = 0;  // in decoding order, for reports
+// A frame or a field.
+struct PictureTask : vekdec::PictureTask {
     std::vector<std::unique_ptr<SliceTask>> slices;
     std::vector<std::uint8_t> sliceGroupMap;
     std::vector<std::shared_ptr<Picture>> kept;  // the pictures that it may refer to, and its own
     const Picture* previous = nullptr;           // for concealment
     bool reported = false;                       // damage of it is reported already
-    bool begun = false;                          // slices of it were decoded
 
     // Found in decoding.
-    std::vector<std::string> damage;
     long macroblocks[8] = {};  // by MbType
     long skipped = 0;
     double secondsMacroblocks = 0, secondsDeblocking = 0;
-    std::exception_ptr failure;  // other than of the stream
 
     const Slice& last() const { return slices.back()->slice; }
 };

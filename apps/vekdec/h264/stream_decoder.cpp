@@ -47,20 +47,10 @@ Frame frameOf(const Picture& picture, const SequenceParameterSet& sps, const Str
 }  // namespace
 
 StreamDecoder::StreamDecoder(Sinks sinks, const DecoderOptions& options)
-    : sinks_(std::move(sinks)), stream_(options.stream), buffer_([this](const auto& picture, const auto& sps) {
-          Event event;
-          event.picture = picture;
-          event.sps = sps;
-          event.frame = frameOf(*picture, *sps, stream_);
-          events_.push_back(std::move(event));
-      }) {
-    if (options.threads > 1) {
-        mostTasks_ = options.threads + 1;  // one waits, so that no thread does
-        mostSlices_ = 64;
-        threads_.emplace(options.threads);
-    }
-}
-StreamDecoder::~StreamDecoder() = default;
+    : stream_(options.stream),
+      buffer_([this](const auto& picture, const auto& sps) { show(picture, sps); }),
+      tasks_(std::move(sinks), options.threads, [this](PictureTask& task) { retire(task); }),
+      mostSlices_(tasks_.sideBySide() ? 64 : 0) {}
 
 void StreamDecoder::decode(const Packet& packet) {
     const Stopwatch watch(count_.secondsTotal);
@@ -101,13 +91,11 @@ void StreamDecoder::flush() {
     const Stopwatch watch(count_.secondsTotal);
     finishPicture();
     buffer_.flush();
-    deliver(0);
+    tasks_.finish();
 }
 
 void StreamDecoder::damage(const std::string& what) {
-    Event event;
-    event.report = "picture " + std::to_string(count_.pictures) + ": " + what;
-    events_.push_back(std::move(event));
+    tasks_.report("picture " + std::to_string(count_.pictures) + ": " + what);
     if (task_ != nullptr) task_->reported = true;
 }
 
@@ -115,7 +103,6 @@ void StreamDecoder::handle(std::span<const std::uint8_t> bytes, std::uint64_t po
     NalUnit nal;
     nal.position = position;
     if (readNalUnit(bytes, nal)) handle(nal);
-    deliver(mostTasks_);
 }
 
 void StreamDecoder::handle(const NalUnit& nal) {
@@ -150,15 +137,8 @@ void StreamDecoder::handle(const NalUnit& nal) {
     }
 }
 
-std::unique_ptr<SliceTask> StreamDecoder::takeSlice() {
-    if (spareSlices_.empty()) return std::make_unique<SliceTask>();
-    auto slice = std::move(spareSlices_.back());
-    spareSlices_.pop_back();
-    return slice;
-}
-
 void StreamDecoder::handleSlice(const NalUnit& nal) {
-    std::unique_ptr<SliceTask> taken = takeSlice();
+    std::unique_ptr<SliceTask> taken = spareSlices_.take();
     Slice& slice = taken->slice;
     taken->payload.assignUnescaped(nal.payload);
     taken->bits.emplace(taken->payload);
@@ -176,7 +156,7 @@ void StreamDecoder::handleSlice(const NalUnit& nal) {
         slice.picture = &buffer_.begin(header);
         task_ = std::make_unique<PictureTask>();
         if (header.pps->numSliceGroups > 1) makeSliceGroupMap(header, task_->sliceGroupMap);
-        task_->number = static_cast<int>(++count_.pictures);
+        task_->number = ++count_.pictures;
         if (buffer_.lost() > 0) damage(std::to_string(buffer_.lost()) + " frames before it are missing");
     } else {
         slice.picture = task_->last().picture;
@@ -202,80 +182,41 @@ void StreamDecoder::handleSlice(const NalUnit& nal) {
 // A picture of one thread, and one of more slices than should wait at once, is decoded as it comes. The last slice
 // stays for what is asked of its header.
 void StreamDecoder::decodeHere() {
-    decoder_.decodeSlices(*task_);
-    auto& slices = task_->slices;
-    std::move(slices.begin(), slices.end() - 1, std::back_inserter(spareSlices_));
-    slices.erase(slices.begin(), slices.end() - 1);
+    tasks_.worker().decodeSlices(*task_);
+    spareSlices_.give(task_->slices, task_->slices.size() - 1);
 }
 
 void StreamDecoder::finishPicture() {
     if (task_ == nullptr) return;
-    Event event;
-    event.task = std::move(task_);
-    PictureTask& task = *event.task;
-    task.kept = buffer_.pictures();
-    task.previous = buffer_.previous();
-    events_.push_back(std::move(event));
-    ++tasks_;
-    if (threads_ && !task.begun)
-        threads_->run(task);
-    else
-        decoder_(task);
-    buffer_.end(task.last().header);
+    const SliceHeader header = task_->last().header;
+    task_->kept = buffer_.pictures();
+    task_->previous = buffer_.previous();
+    tasks_.run(std::move(task_));
+    buffer_.end(header);
 }
 
 // Counts what was found in decoding, and keeps for later what can be used again.
 void StreamDecoder::retire(PictureTask& task) {
-    --tasks_;
     for (std::size_t i = 0; i < std::size(count_.macroblocks); ++i) count_.macroblocks[i] += task.macroblocks[i];
     count_.skipped += task.skipped;
     count_.secondsMacroblocks += task.secondsMacroblocks;
     count_.secondsDeblocking += task.secondsDeblocking;
-    for (auto& slice : task.slices) spareSlices_.push_back(std::move(slice));
-    if (task.failure) std::rethrow_exception(task.failure);
-    for (const std::string& what : task.damage) {
-        ++count_.damaged;
-        sinks_.report("picture " + std::to_string(task.number) + ": " + what);
-    }
+    spareSlices_.give(task.slices, task.slices.size());
 }
 
-// Tells what there is to tell, as far as it is decoded; waits where more tasks are under way.
-void StreamDecoder::deliver(int mostTasks) {
-    while (!events_.empty()) {
-        if (const auto& task = events_.front().task; task != nullptr && threads_) {
-            if (tasks_ > mostTasks)
-                threads_->wait(*task);
-            else if (!threads_->finished(*task))
-                return;
-        }
-        const Event event = std::move(events_.front());
-        events_.pop_front();
-        if (event.task != nullptr) {
-            retire(*event.task);
-        } else if (event.picture != nullptr) {
-            Frame frame = event.frame;
-            frame.number = static_cast<int>(count_.frames++);
-            shown_ = &event;
-            sinks_.frame(frame);
-            shown_ = nullptr;
-        } else {
-            ++count_.damaged;
-            sinks_.report(event.report);
-        }
-    }
-}
-
-BlockMap StreamDecoder::blocks(const Frame&) const {
-    return blocksOf(*shown_->picture, shown_->sps->cropLeft, shown_->sps->cropTop);
+void StreamDecoder::show(const std::shared_ptr<const Picture>& picture,
+                         const std::shared_ptr<const SequenceParameterSet>& sps) {
+    tasks_.show(frameOf(*picture, *sps, stream_),
+                [picture, sps] { return blocksOf(*picture, sps->cropLeft, sps->cropTop); });
 }
 
 Statistics StreamDecoder::statistics() const {
     static constexpr const char* kKinds[] = {"lost", "Intra 4x4", "Intra 8x8", "Intra 16x16", "I_PCM", "inter"};
     Statistics s;
-    s.frames = count_.frames;
+    s.frames = tasks_.frames();
     s.pictures = count_.pictures;
     s.slices = count_.slices;
-    s.damaged = count_.damaged;
+    s.damaged = tasks_.damaged();
     s.bits = 8 * count_.bytes;
     for (std::size_t i = 0; i < std::size(kKinds); ++i) s.kinds.emplace_back(kKinds[i], count_.macroblocks[i]);
     s.of.emplace_back("skipped", count_.skipped);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "mpeg12/headers.h"
+#include "row_progress.h"
 
 namespace vekdec::mpeg12 {
 
@@ -29,6 +30,7 @@ struct Picture : vekapp::PictureMemory {
     std::vector<Macroblock> mbs;
     bool codedAsFields = false;
     PictureHeader header;  // of the frame or its first field
+    RowProgress progress;
 };
 
 }  // namespace vekdec::mpeg12

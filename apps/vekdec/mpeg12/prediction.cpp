@@ -41,13 +41,15 @@ void predictPlane(const Plane& to, const Plane& from, int x, int y, int height, 
 
 // Luma and chroma of 16 x `height` luma samples from row y on (in luma rows of the planes); 7.6.3.7 for the chroma
 // vector.
-void predictBlock(vekapp::Chroma chroma, const Plane* to, const Plane* from, int x, int y, int height, MotionVector mv,
-                  bool averaged) {
-    predictPlane<16>(to[0], from[0], x, y, height, mv, averaged);
+inline void predictBlock(vekapp::Chroma chroma, const PlaneSet& to, const PlaneSet& from, int x, int y, int height,
+                         MotionVector mv, bool averaged) {
+    from.await(y + height + 2 * ((mv.y + 3) >> 2));  // up to whole rows of chroma
+    predictPlane<16>(to.plane[0], from.plane[0], x, y, height, mv, averaged);
     const bool halved = chroma == vekapp::Chroma::C420;
     const MotionVector c{mv.x / 2, halved ? mv.y / 2 : mv.y};
     for (int i = 1; i < 3; ++i)
-        predictPlane<8>(to[i], from[i], x / 2, halved ? y / 2 : y, halved ? height / 2 : height, c, averaged);
+        predictPlane<8>(to.plane[i], from.plane[i], x / 2, halved ? y / 2 : y, halved ? height / 2 : height, c,
+                        averaged);
 }
 
 // The vector to the field of the other parity (7.6.3.6): the same motion over m half intervals of two, the correction
@@ -60,7 +62,7 @@ MotionVector oppositeVector(MotionVector v, int m, int e, const int (&dmvector)[
 void predictDualPrime(const PictureContext& context, int x, int y, const Vectors& vectors) {
     const vekapp::Chroma chroma = context.sequence->chroma;
     const MotionVector v = vectors.mv[0][0];
-    const PlaneSet& reference = context.reference[0];
+    const PictureViews& reference = context.reference[0];
     if (!context.isFrame()) {
         const int parity = context.parity();
         const MotionVector w = oppositeVector(v, 1, parity == 0 ? -1 : 1, vectors.dmvector);
@@ -78,14 +80,6 @@ void predictDualPrime(const PictureContext& context, int x, int y, const Vectors
 
 }  // namespace
 
-PlaneSet::PlaneSet(const Picture& picture) {
-    for (int i = 0; i < 3; ++i) {
-        frame[i] = picture.plane[i];
-        field[0][i] = frame[i].field(false);
-        field[1][i] = frame[i].field(true);
-    }
-}
-
 void predictMacroblock(const PictureContext& context, int mbX, int mbY, MotionType motion, const Vectors& vectors,
                        const bool (&uses)[2]) {
     const int x = 16 * mbX, y = 16 * mbY;
@@ -97,8 +91,10 @@ void predictMacroblock(const PictureContext& context, int mbX, int mbY, MotionTy
     bool averaged = false;
     for (std::size_t s = 0; s < 2; ++s) {
         if (!uses[s]) continue;
-        const PlaneSet& reference = context.reference[s];
-        const auto fieldOf = [&](std::size_t r) { return reference.field[vectors.fieldSelect[r][s]]; };
+        const PictureViews& reference = context.reference[s];
+        const auto fieldOf = [&](std::size_t r) -> const PlaneSet& {
+            return reference.field[vectors.fieldSelect[r][s]];
+        };
         if (motion == MotionType::Frame)
             predictBlock(chroma, context.current.frame, reference.frame, x, y, 16, vectors.mv[0][s], averaged);
         else if (motion == MotionType::Field && !context.isFrame())
@@ -106,7 +102,7 @@ void predictMacroblock(const PictureContext& context, int mbX, int mbY, MotionTy
         else
             for (std::size_t r = 0; r < 2; ++r) {
                 const bool halves = motion == MotionType::TwoHalves;
-                const Plane* to = halves ? context.target() : context.current.field[r];
+                const PlaneSet& to = halves ? context.target() : context.current.field[r];
                 predictBlock(chroma, to, fieldOf(r), x, halves ? y + 8 * static_cast<int>(r) : y / 2, 8,
                              vectors.mv[r][s], averaged);
             }

@@ -3,14 +3,17 @@
 
 #include "frames/reference.h"
 #include "mpeg12/picture.h"
+#include "plane_set.h"
 
 namespace vekdec::mpeg12 {
 
-// The planes of a frame, and of its fields by parity (0 top, 1 bottom).
-struct PlaneSet {
-    PlaneSet() = default;
-    explicit PlaneSet(const Picture& picture);
-    vekapp::Plane frame[3], field[2][3];
+// A frame, and its fields by parity (0 top, 1 bottom).
+struct PictureViews {
+    PictureViews() = default;
+    explicit PictureViews(Picture& picture)
+        : frame(picture.plane, picture.progress),
+          field{{picture.plane, picture.progress, kTopField}, {picture.plane, picture.progress, kBottomField}} {}
+    PlaneSet frame, field[2];
 };
 
 // What the macroblocks of a frame or field are decoded from and into.
@@ -19,13 +22,13 @@ struct PictureContext {
     const PictureHeader* header = nullptr;
     const Matrices* matrices = nullptr;
     Picture* picture = nullptr;
-    PlaneSet current;
-    PlaneSet reference[2];  // forward, backward
+    PictureViews current;
+    PictureViews reference[2];  // forward, backward
     bool hasReference[2] = {false, false};
 
     bool isFrame() const { return header->structure == kFrame; }
     int parity() const { return header->structure == kBottomField ? 1 : 0; }
-    const vekapp::Plane* target() const { return isFrame() ? current.frame : current.field[parity()]; }
+    const PlaneSet& target() const { return isFrame() ? current.frame : current.field[parity()]; }
 };
 
 // Frame pictures: Field (two fields of the macroblock), Frame, DualPrime. Field pictures: Field, TwoHalves (16x8),

@@ -48,10 +48,9 @@ void SliceDecoder::parseScale() {
                                                : static_cast<int>(2 * code);
 }
 
-void SliceDecoder::decode(WordReader& bits, int verticalPosition) {
+void SliceDecoder::decode(WordReader& bits, int row, const std::function<void(int y)>& reached) {
     bits_ = &bits;
-    int row = verticalPosition - 1;
-    if (context_.sequence->height > 2800) row += static_cast<int>(bits.u(3)) * 128;
+    if (context_.sequence->height > 2800) bits.u(3);  // slice_vertical_position_extension, a part of `row`
     parseScale();
     while (bits.flag()) bits.u(8);  // intra_slice_flag and what follows, extra_information_slice
     resetDc();
@@ -75,6 +74,7 @@ void SliceDecoder::decode(WordReader& bits, int verticalPosition) {
         }
         decodeMacroblock(address);
         bits.checkEnd();
+        if (y_ > row) reached(row = y_);
     }
 }
 
@@ -90,7 +90,6 @@ void SliceDecoder::skipMacroblock(int address) {
     y_ = address / widthInMbs_;
     resetDc();
     mb = {};
-    mb.kind = MbKind::Skipped;
     mb.scale = static_cast<std::uint8_t>(scale_);
     motion_ = context_.isFrame() ? MotionType::Frame : MotionType::Field;
     vectors_ = {};
@@ -106,6 +105,7 @@ void SliceDecoder::skipMacroblock(int address) {
         }
     }
     predict(mb);
+    mb.kind = MbKind::Skipped;
     before_ = &mb;
 }
 
@@ -219,7 +219,7 @@ void SliceDecoder::parseVectors(int direction, Macroblock& mb) {
 // ---- blocks
 
 void SliceDecoder::decodeBlocks(unsigned flags, bool fieldDct) {
-    const vekapp::Plane* planes = context_.target();
+    const vekapp::Plane* planes = context_.target().plane;
     for (int k = 0; k < blocks_; ++k) {
         if ((pattern_ >> (blocks_ - 1 - k) & 1) == 0) continue;
         const bool luma = k < 4;

@@ -1,6 +1,8 @@
 // The slice and macroblock layers (ISO 13818-2 6.2.4, 6.2.5): from bits to samples, one macroblock after the other.
 #pragma once
 
+#include <functional>
+
 #include "mpeg12/prediction.h"
 #include "mpeg12/tables.h"
 
@@ -10,9 +12,9 @@ class SliceDecoder {
   public:
     // All slices of a frame or field are decoded between two calls.
     void begin(const PictureContext& context);
-    // Decodes the slice behind its start code, whose last byte is `verticalPosition`. Throws BadSyntax where it breaks
-    // off; what is decoded stands.
-    void decode(WordReader& bits, int verticalPosition);
+    // Decodes the slice behind its start code from `row` on. Throws BadSyntax where it breaks off; what is decoded
+    // stands. Calls reached(y) when the slice leaves the rows above y for good.
+    void decode(WordReader& bits, int row, const std::function<void(int y)>& reached);
 
   private:
     void decodeMacroblock(int address);

@@ -1,10 +1,10 @@
 #include "mpeg12/stream_decoder.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 
 #include "bits/start_code.h"
-#include "concealment.h"
 #include "mpeg12/format.h"
 #include "report/stopwatch.h"
 
@@ -16,11 +16,32 @@ constexpr vekapp::BlockKind kKinds[] = {
     {"backward", {60, 190, 120}}, {"both", {240, 210, 60}}, {"skipped", {60, 60, 70}},
 };
 
+BlockMap blocksOf(const Picture& picture, int coarsestQp) {
+    BlockMap map{kKinds, 1, coarsestQp, {}, {}};
+    const int width = picture.plane[0].width / 16;
+    const std::size_t half = picture.mbs.size() / 2;
+    for (std::size_t i = 0; i < picture.mbs.size(); ++i) {
+        const Macroblock& mb = picture.mbs[i];
+        const bool bottom = picture.codedAsFields && i >= half;
+        const int address = static_cast<int>(bottom ? i - half : i);
+        const int apart = picture.codedAsFields ? 2 : 1;
+        const int x = 16 * (address % width), y = 16 * (address / width) * apart + (bottom ? 1 : 0);
+        map.blocks.push_back({x, y, 16, 16, apart, static_cast<int>(mb.kind), mb.scale});
+        for (std::size_t s = 0; s < 2; ++s)
+            if (mb.uses[s])
+                map.vectors.push_back({x + 8, y + 8 * apart, mb.mv[s].x / 2, mb.mv[s].y / 2 * apart, s == 1});
+    }
+    return map;
+}
+
 }  // namespace
 
+StreamDecoder::StreamDecoder(Sinks sinks, const DecoderOptions& options)
+    : tasks_(std::move(sinks), options.threads, [this](PictureTask& task) { retire(task); }),
+      mostSlices_(tasks_.sideBySide() ? 512 : 0) {}
+
 void StreamDecoder::damage(const std::string& what) {
-    ++damaged_;
-    sinks_.report("picture " + std::to_string(pictures_) + ": " + what);
+    tasks_.report("picture " + std::to_string(pictures_) + ": " + what);
 }
 
 void StreamDecoder::decode(const Packet& packet) {
@@ -38,10 +59,13 @@ void StreamDecoder::decode(const Packet& packet) {
 void StreamDecoder::handle(std::span<const std::uint8_t> unit) {
     const std::uint8_t code = unit[0];
     if (code > kLastSlice && code < kSequenceHeader) return;
-    if (leftOut_ && code >= kFirstSlice && code <= kLastSlice) return;
-    payload_.assign(unit.subspan(1));
-    WordReader bits(payload_);
     try {
+        if (code >= kFirstSlice && code <= kLastSlice) {
+            handleSlice(unit.subspan(1), code);
+            return;
+        }
+        payload_.assign(unit.subspan(1));
+        WordReader bits(payload_);
         switch (code) {
             case kSequenceHeader:
                 finishField();
@@ -69,7 +93,6 @@ void StreamDecoder::handle(std::span<const std::uint8_t> unit) {
                 anchors_[0] = anchors_[1] = nullptr;
                 break;
             default:
-                if (code <= kLastSlice) handleSlice(bits, code);
                 break;
         }
     } catch (const BadSyntax& e) {
@@ -144,76 +167,79 @@ bool StreamDecoder::beginPicture() {
         current_ = pool_.take(sequence_.format());
         current_->header = header_;
         current_->codedAsFields = header_.structure != kFrame;
+        current_->progress.restart();
+        std::fill(current_->mbs.begin(), current_->mbs.end(), Macroblock{});
         decodedFields_ = 0;
     }
-    context_ = {};
-    context_.sequence = &sequence_;
-    context_.header = &header_;
-    context_.matrices = &matrices_;
-    context_.picture = current_.get();
-    context_.current = PlaneSet(*current_);
-    const Picture* forward = isB ? anchors_[0].get() : type == PictureType::P ? anchors_[1].get() : nullptr;
-    const Picture* backward = isB ? anchors_[1].get() : nullptr;
-    if (forward != nullptr) context_.reference[0] = PlaneSet(*forward);
-    if (backward != nullptr) context_.reference[1] = PlaneSet(*backward);
-    context_.hasReference[0] = forward != nullptr;
-    context_.hasReference[1] = backward != nullptr;
-    if (secondField && type == PictureType::P) {  // the first field is the nearer one of its parity (7.6.2.1)
-        const int other = 1 - context_.parity();
-        std::copy_n(context_.current.field[other], 3, context_.reference[0].field[other]);
-        if (!context_.hasReference[0])
-            std::copy_n(context_.current.field[other], 3, context_.reference[0].field[1 - other]);
-        context_.hasReference[0] = true;
-    }
-    auto& mbs = current_->mbs;
-    const auto half = static_cast<std::ptrdiff_t>(mbs.size() / 2);
-    std::fill(mbs.begin() + (header_.structure == kBottomField ? half : 0),
-              header_.structure == kTopField ? mbs.begin() + half : mbs.end(), Macroblock{});
-    slices_.begin(context_);
-    inField_ = true;
+    beginTask();
     return true;
 }
 
-void StreamDecoder::handleSlice(WordReader& bits, int verticalPosition) {
-    if (refused_) return;
+void StreamDecoder::beginTask() {
+    task_ = std::make_unique<PictureTask>();
+    task_->number = pictures_;
+    task_->sequence = sequence_;
+    task_->header = header_;
+    task_->matrices = matrices_;
+    PictureContext& context = task_->context;
+    context.sequence = &task_->sequence;
+    context.header = &task_->header;
+    context.matrices = &task_->matrices;
+    context.picture = current_.get();
+    context.current = PictureViews(*current_);
+    task_->kept = {current_, anchors_[0], anchors_[1]};
+    const PictureType type = header_.type;
+    const bool isB = type == PictureType::B;
+    Picture* const forward = isB ? anchors_[0].get() : type == PictureType::P ? anchors_[1].get() : nullptr;
+    Picture* const backward = isB ? anchors_[1].get() : nullptr;
+    if (forward != nullptr) context.reference[0] = PictureViews(*forward);
+    if (backward != nullptr) context.reference[1] = PictureViews(*backward);
+    context.hasReference[0] = forward != nullptr;
+    context.hasReference[1] = backward != nullptr;
+    if (decodedFields_ != 0 && type == PictureType::P) {  // the first field is the nearer one of its parity (7.6.2.1)
+        const int other = 1 - context.parity();
+        context.reference[0].field[other] = context.current.field[other];
+        if (!context.hasReference[0]) context.reference[0].field[1 - other] = context.current.field[other];
+        context.hasReference[0] = true;
+    }
+    Picture* const before = anchors_[1] != nullptr ? anchors_[1].get() : anchors_[0].get();
+    if (before != nullptr) task_->before = {before->plane, before->progress, header_.structure};
+}
+
+void StreamDecoder::handleSlice(std::span<const std::uint8_t> bytes, int verticalPosition) {
+    if (refused_ || leftOut_) return;
     if (newPicture_) {
         leftOut_ = true;  // unless it begins well
         leftOut_ = !beginPicture();
         if (leftOut_) return;
     }
-    if (!inField_) return;
+    if (task_ == nullptr) return;
     ++slicesSeen_;
-    const Stopwatch watch(secondsSlices_);
-    try {
-        slices_.decode(bits, verticalPosition);
-    } catch (const BadSyntax& e) {
-        throw BadSyntax("slice in row " + std::to_string(verticalPosition) + ": " + e.what());
-    }
-}
-
-// What no slice brought is taken from the picture before.
-void StreamDecoder::conceal() {
-    const auto half = current_->mbs.size() / 2;
-    const std::size_t first = header_.structure == kBottomField ? half : 0;
-    const std::size_t count = header_.structure == kFrame ? current_->mbs.size() : half;
-    const Picture* before = anchors_[1] != nullptr ? anchors_[1].get() : anchors_[0].get();
-    const PlaneSet from = before != nullptr ? PlaneSet(*before) : PlaneSet(), to = context_.current;
-    const int parity = context_.parity();
-    const long missing = concealLost<Macroblock>(context_.isFrame() ? to.frame : to.field[parity],
-                                                 std::span(current_->mbs).subspan(first, count),
-                                                 before == nullptr    ? nullptr
-                                                 : context_.isFrame() ? from.frame
-                                                                      : from.field[parity],
-                                                 kinds_);
-    if (missing > 0) damage(missingMacroblocks(missing, count));
+    auto& slices = task_->slices;
+    slices.push_back(spareSlices_.take());
+    SliceTask& slice = *slices.back();
+    slice.payload.assign(bytes);
+    slice.verticalPosition = verticalPosition;
+    slice.row = verticalPosition - 1;
+    // slice_vertical_position_extension
+    if (sequence_.height > 2800) slice.row += static_cast<int>(WordReader(slice.payload).peek32() >> 29) * 128;
+    if (slices.size() <= mostSlices_) return;
+    tasks_.worker().decodeSlices(*task_);
+    spareSlices_.give(slices, slices.size());
 }
 
 void StreamDecoder::finishField() {
-    if (!inField_) return;
-    inField_ = false;
-    conceal();
+    if (task_ == nullptr) return;
+    tasks_.run(std::move(task_));
     decodedFields_ |= header_.structure;
     if (decodedFields_ == kFrame) finishFrame();
+}
+
+// Counts what was found in decoding, and keeps for later what can be used again.
+void StreamDecoder::retire(PictureTask& task) {
+    for (std::size_t i = 0; i < std::size(kinds_); ++i) kinds_[i] += task.kinds[i];
+    secondsSlices_ += task.seconds;
+    spareSlices_.give(task.slices, task.slices.size());
 }
 
 void StreamDecoder::finishFrame() {
@@ -221,7 +247,9 @@ void StreamDecoder::finishFrame() {
     if (current_ == nullptr) return;
     if (decodedFields_ != kFrame) {  // a field that never came shows the lines of the other one
         damage("a field is missing");
+        current_->progress.await(decodedFields_, RowProgress::kAll);
         for (const vekapp::Plane& plane : current_->plane) vekapp::repeatField(plane, decodedFields_ == kBottomField);
+        current_->progress.publish(kFrame, RowProgress::kAll);
     }
     const PicturePtr done = std::move(current_);
     current_ = nullptr;
@@ -247,7 +275,6 @@ void StreamDecoder::show(const PicturePtr& picture) {
     Frame frame;
     frame.chroma = sequence_.chroma;
     frame.chromaPlace = sequence_.mpeg2 ? ChromaPlace::Left : ChromaPlace::Centre;
-    frame.number = static_cast<int>(frames_++);
     frame.rate = sequence_.rate();
     frame.sampleAspect = sequence_.sampleAspect();
     const PictureHeader& header = picture->header;
@@ -257,9 +284,7 @@ void StreamDecoder::show(const PicturePtr& picture) {
                    : topFirst ? FieldOrder::TopFirst
                               : FieldOrder::BottomFirst;
     showPlanes(frame, picture->plane, sequence_.width, sequence_.height);
-    shown_ = picture.get();
-    sinks_.frame(frame);
-    shown_ = nullptr;
+    tasks_.show(frame, [picture, coarsestQp = sequence_.mpeg2 ? 62 : 31] { return blocksOf(*picture, coarsestQp); });
 }
 
 void StreamDecoder::flush() {
@@ -267,14 +292,15 @@ void StreamDecoder::flush() {
     finishFrame();
     showLast();
     anchors_[0] = anchors_[1] = nullptr;
+    tasks_.finish();
 }
 
 Statistics StreamDecoder::statistics() const {
     Statistics s;
-    s.frames = frames_;
+    s.frames = tasks_.frames();
     s.pictures = pictures_;
     s.slices = slicesSeen_;
-    s.damaged = damaged_;
+    s.damaged = tasks_.damaged();
     s.bits = 8 * bytes_;
     for (std::size_t i = 0; i < std::size(kKinds); ++i) s.kinds.emplace_back(kKinds[i].name, kinds_[i]);
     s.seconds.emplace_back("macroblocks", secondsSlices_);
@@ -287,25 +313,6 @@ Statistics StreamDecoder::statistics() const {
         s.remarks.push_back(std::to_string(leftOutPictures_) +
                             " B pictures at the beginning lack their references and are left out");
     return s;
-}
-
-BlockMap StreamDecoder::blocks(const Frame&) const {
-    const Picture& picture = *shown_;
-    BlockMap map{kKinds, 1, sequence_.mpeg2 ? 62 : 31, {}, {}};
-    const int width = sequence_.widthInMbs();
-    const std::size_t half = picture.mbs.size() / 2;
-    for (std::size_t i = 0; i < picture.mbs.size(); ++i) {
-        const Macroblock& mb = picture.mbs[i];
-        const bool bottom = picture.codedAsFields && i >= half;
-        const int address = static_cast<int>(bottom ? i - half : i);
-        const int apart = picture.codedAsFields ? 2 : 1;
-        const int x = 16 * (address % width), y = 16 * (address / width) * apart + (bottom ? 1 : 0);
-        map.blocks.push_back({x, y, 16, 16, apart, static_cast<int>(mb.kind), mb.scale});
-        for (std::size_t s = 0; s < 2; ++s)
-            if (mb.uses[s])
-                map.vectors.push_back({x + 8, y + 8 * apart, mb.mv[s].x / 2, mb.mv[s].y / 2 * apart, s == 1});
-    }
-    return map;
 }
 
 namespace {
@@ -332,9 +339,15 @@ constexpr const char* kCodecs[] = {"mpeg1video", "mpeg2video"};
 }  // namespace
 
 Format format() {
-    return {"mpeg2",          "MPEG-1 and MPEG-2 video (ISO 11172-2, 13818-2): Main and 4:2:2 profile, 8 bits",
-            kCodecs,          probe,
-            splitAtStartCode, makeDecoder<StreamDecoder>};
+    return {"mpeg2",
+            "MPEG-1 and MPEG-2 video (ISO 11172-2, 13818-2): Main and 4:2:2 profile, 8 bits",
+            kCodecs,
+            probe,
+            splitAtStartCode,
+            makeDecoder<StreamDecoder>,
+            false,
+            false,
+            true};
 }
 
 }  // namespace vekdec::mpeg12

@@ -212,7 +212,8 @@ void VopDecoder::decodeMacroblockB(int address) {
     ByteReader& bits = *bits_;
     Macroblock& mb = mbs_[address];
     mb = {};
-    const Macroblock& coLocated = context_.reference[1]->mbs[static_cast<std::size_t>(address)];
+    context_.reference[1].await(16 * (y_ + 1));
+    const Macroblock& coLocated = context_.coLocated[address];
     Macroblock now;
     ParsedMacroblock parsed;
     Motion& motion = parsed.motion;

@@ -35,6 +35,7 @@ void VopDecoder::decodePartitions() {
     try {
         for (; known < parsed_.size(); ++known) parseSecondPartition(known);
     } catch (const BadSyntax&) {
+        bits_->seek(std::min(bits_->position(), bits_->end()));  // what follows reads none, and is not at fault
         for (std::size_t i = 0; i < parsed_.size(); ++i)
             reconstructWithoutTexture(i, i < known || context_.vop->type == VopType::I);
         throw;
@@ -92,6 +93,7 @@ void VopDecoder::decodeTexture() {
             decode(failed);
         } catch (const BadSyntax& e) {
             const std::size_t good = reversible_ ? readBackwards(failed + 1) : parsed_.size();
+            bits_->seek(std::min(bits_->position(), bits_->end()));
             const int address = address_;
             for (std::size_t i = failed; i < good; ++i) reconstructWithoutTexture(i, true);
             for (std::size_t i = good; i < parsed_.size(); ++i) decode(i);

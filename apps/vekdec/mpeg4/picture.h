@@ -5,6 +5,7 @@
 
 #include "h263/vectors.h"
 #include "mpeg4/headers.h"
+#include "row_progress.h"
 
 namespace vekdec::mpeg4 {
 
@@ -41,6 +42,7 @@ struct Picture : vekapp::PictureMemory {
     std::vector<Macroblock> mbs;
     Vop vop;
     std::int64_t time = 0;  // ticks
+    RowProgress progress;   // of samples and macroblocks
 };
 
 }  // namespace vekdec::mpeg4

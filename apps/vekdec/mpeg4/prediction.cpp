@@ -1,5 +1,6 @@
 #include "mpeg4/prediction.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace vekdec::mpeg4 {
@@ -12,7 +13,7 @@ using h263::Precision;
 struct Direction {
     const VopContext& context;
     int mbX, mbY;
-    const Picture& reference;
+    const PlaneSet& reference;
     bool averaged;
 
     int rounding() const { return context.vop->rounding; }
@@ -51,7 +52,8 @@ struct Direction {
 };
 
 void predictGlobal(const VopContext& context, int mbX, int mbY) {
-    const vekapp::Plane(&from)[3] = context.reference[0]->plane;
+    const vekapp::Plane(&from)[3] = context.reference[0].plane;
+    context.reference[0].await(from[0].height);
     const vekapp::Plane(&to)[3] = context.picture->plane;
     const auto step = [](const vekapp::Plane& plane) { return static_cast<Vek32s>(plane.stride); };
     vekiWarpLuma_MPEG4_8u_C1R(from[0].data, step(from[0]), to[0].at(16 * mbX, 16 * mbY), step(to[0]), 16 * mbX,
@@ -73,6 +75,17 @@ MotionVector chromaVector(const MotionVector (&mv)[4], bool four, bool quarter) 
     return {h263::chromaComponentOfFour(x), h263::chromaComponentOfFour(y)};
 }
 
+// How many rows below its own a macroblock is predicted from, at most. Luma takes a row more across a fraction; the
+// chroma vector may be rounded up by a luma row, and takes a row more that is two of luma.
+int rowsBelow(const VopContext& context, const Motion& motion, const MotionVector (&mv)[4]) {
+    const int vectors = motion.type == MotionType::FourBlocks ? 4 : motion.type == MotionType::Fields ? 2 : 1;
+    int most = mv[0].y;
+    for (int k = 1; k < vectors; ++k) most = std::max<int>(most, mv[k].y);
+    if (most == 0) return 0;
+    const int rows = (most >> (context.layer->quarterSample ? 2 : 1)) + 4;
+    return motion.type == MotionType::Fields ? 2 * rows : rows;
+}
+
 // To the nearest integer, halves away from zero.
 std::int64_t divideRounding(std::int64_t a, std::int64_t b) {
     const std::int64_t half = std::abs(b) / 2;
@@ -89,9 +102,11 @@ void predictMacroblock(const VopContext& context, int mbX, int mbY, const Motion
     bool averaged = false;
     for (std::size_t s = 0; s < 2; ++s) {
         if (!motion.uses[s]) continue;
-        const Direction direction{context, mbX, mbY, *context.reference[s], averaged};
+        const Direction direction{context, mbX, mbY, context.reference[s], averaged};
         const MotionVector(&mv)[4] = motion.mv[s];
         const bool four = motion.type == MotionType::FourBlocks;
+        if (context.reference[s].progress != nullptr)
+            context.reference[s].await(16 * (mbY + 1) + rowsBelow(context, motion, mv));
         if (motion.type == MotionType::Fields) {
             for (std::size_t parity = 0; parity < 2; ++parity)
                 direction.field(static_cast<int>(parity), motion.fieldOf[s][parity], mv[parity]);

@@ -3,6 +3,7 @@
 
 #include "h263/block_prediction.h"
 #include "mpeg4/picture.h"
+#include "plane_set.h"
 
 namespace vekdec::mpeg4 {
 
@@ -11,8 +12,9 @@ struct VopContext {
     const Layer* layer = nullptr;
     const Vop* vop = nullptr;
     Picture* picture = nullptr;
-    const Picture* reference[2] = {nullptr, nullptr};  // forward, backward
-    const Vek8u* warp = nullptr;                       // the global motion as the library keeps it
+    PlaneSet reference[2];                  // forward, backward
+    const Macroblock* coLocated = nullptr;  // B-VOPs: those of the backward reference
+    const Vek8u* warp = nullptr;            // the global motion as the library keeps it
     // B-VOPs: distances of this VOP and of the backward reference from the forward one, in ticks and in fields.
     std::int64_t trb = 0, trd = 0, trbFields = 0, trdFields = 0;
 };

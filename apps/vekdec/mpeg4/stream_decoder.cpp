@@ -4,7 +4,6 @@
 #include <string>
 
 #include "bits/start_code.h"
-#include "concealment.h"
 #include "h263/format.h"
 #include "h263/headers.h"
 #include "mpeg4/format.h"
@@ -27,11 +26,44 @@ std::span<const std::uint8_t> shortHeader(std::span<const std::uint8_t> bytes) {
     return h263::findPictureStart(bytes, 0) == 0 ? bytes : bytes.first(0);
 }
 
+BlockMap blocksOf(const Picture& picture, bool quarterSample) {
+    BlockMap map{kKinds, 1, 31, {}, {}};
+    const int width = picture.plane[0].width / 16, unit = quarterSample ? 4 : 2;
+    for (std::size_t i = 0; i < picture.mbs.size(); ++i) {
+        const Macroblock& mb = picture.mbs[i];
+        const int x = 16 * (static_cast<int>(i) % width), y = 16 * (static_cast<int>(i) / width);
+        map.blocks.push_back({x, y, 16, 16, 1, static_cast<int>(mb.kind), mb.quantizer});
+        const auto vector = [&](int cx, int cy, MotionVector mv, bool backward) {
+            map.vectors.push_back({cx, cy, mv.x / unit, mv.y / unit, backward});
+        };
+        switch (mb.kind) {
+            case MbKind::Lost:
+            case MbKind::Intra:
+            case MbKind::Skipped:
+                break;
+            case MbKind::FourVectors:
+                for (int k = 0; k < 4; ++k) vector(x + 4 + k % 2 * 8, y + 4 + k / 2 * 8, mb.mv[k], false);
+                break;
+            default:
+                if (mb.kind != MbKind::Backward) vector(x + 8, y + 8, mb.mv[0], false);
+                if (mb.kind == MbKind::Direct || mb.kind == MbKind::Backward || mb.kind == MbKind::Both)
+                    vector(x + 8, y + 8, mb.backward, true);
+                break;
+        }
+    }
+    return map;
+}
+
 }  // namespace
 
+StreamDecoder::StreamDecoder(Sinks sinks, const DecoderOptions& options)
+    : sinks_(std::move(sinks)),
+      options_(options),
+      postFilter_(options.postProcessing),
+      tasks_(sinks_, options.threads, [this](VopTask& task) { retire(task); }) {}
+
 void StreamDecoder::damage(const std::string& what) {
-    ++damaged_;
-    sinks_.report("picture " + std::to_string(pictures_) + ": " + what);
+    tasks_.report("picture " + std::to_string(pictures_) + ": " + what);
 }
 
 void StreamDecoder::decode(const Packet& packet) {
@@ -46,7 +78,7 @@ void StreamDecoder::decode(const Packet& packet) {
 // Streams with short headers are H.263 (6.3.5.2), alone or behind a visual object's start code.
 bool StreamDecoder::decodeShortHeader(const Packet& packet) {
     if (shortHeader_ == nullptr) {
-        if (layer_ || shortHeader(packet.data).empty()) return false;
+        if (layer_ != nullptr || shortHeader(packet.data).empty()) return false;
         shortHeader_ = h263::format().make(sinks_, options_);
     }
     shortHeader_->decode(packet);
@@ -62,8 +94,8 @@ void StreamDecoder::handle(std::span<const std::uint8_t> unit) {
     const std::uint8_t code = unit[0];
     const bool layer = code >= kFirstLayer && code <= kLastLayer;
     if (!layer && code != kGroupOfVops && code != kVop) return;
-    payload_.assign(unit.subspan(1));
-    ByteReader bits(payload_);
+    payload_->assign(unit.subspan(1));
+    ByteReader bits(*payload_);
     try {
         if (layer)
             handleLayer(bits);
@@ -86,10 +118,12 @@ void StreamDecoder::handleLayer(ByteReader& bits) {
     constexpr int kMostMbs = 4096 / 16 * (2304 / 16);  // the highest level has 720x576 samples; streams go beyond it
     if (next.widthInMbs() * next.heightInMbs() > kMostMbs)
         throw NotSupported("MPEG-4 of " + std::to_string(next.width) + "x" + std::to_string(next.height) + " samples");
-    if (layer_ && (next.width != layer_->width || next.height != layer_->height)) dropAnchors();
+    if (layer_ != nullptr && (next.width != layer_->width || next.height != layer_->height)) dropAnchors();
     refused_ = false;
-    layer_ = next;
-    dequantizers_.init(next);
+    layer_ = std::make_shared<const Layer>(next);
+    const auto dequantizers = std::make_shared<Dequantizers>();
+    dequantizers->init(next);
+    dequantizers_ = dequantizers;
 }
 
 // ---- VOPs
@@ -105,8 +139,7 @@ std::int64_t StreamDecoder::timeOf(const Vop& vop) {
 }
 
 void StreamDecoder::setTimes(VopContext& context) {
-    const std::int64_t time = context.picture->time, earlier = context.reference[0]->time,
-                       later = context.reference[1]->time;
+    const std::int64_t time = context.picture->time, earlier = anchors_[0]->time, later = anchors_[1]->time;
     context.trb = time - earlier;
     context.trd = later - earlier;
     if (frameTicks_ == 0) frameTicks_ = std::max<std::int64_t>(context.trb, 1);
@@ -114,20 +147,20 @@ void StreamDecoder::setTimes(VopContext& context) {
     context.trdFields = fieldsBetween(later, earlier, frameTicks_);
 }
 
-void StreamDecoder::setWarp(VopContext& context) {
+void StreamDecoder::setWarp(VopTask& task) {
     const Layer& layer = *layer_;
-    const Vop& vop = *context.vop;
+    const Vop& vop = *task.context.vop;
     const VekStatus status = vekiWarpInit_MPEG4(
-        warp_, vop.du, vop.dv, layer.warpingPoints, layer.warpingAccuracy, {layer.width, layer.height},
+        task.warp, vop.du, vop.dv, layer.warpingPoints, layer.warpingAccuracy, {layer.width, layer.height},
         {16 * layer.widthInMbs(), 16 * layer.heightInMbs()}, vop.rounding, layer.quarterSample);
     if (status != vekStsOk) throw NotSupported("MPEG-4 global motion of such a size");
-    context.warp = warp_;
+    task.context.warp = task.warp;
 }
 
 void StreamDecoder::handleVop(ByteReader& bits) {
     if (refused_) return;
     ++pictures_;
-    if (!layer_) throw BadSyntax("a VOP without a video object layer before it");
+    if (layer_ == nullptr) throw BadSyntax("a VOP without a video object layer before it");
     const Vop vop = parseVop(bits, *layer_);
     const std::int64_t time = timeOf(vop);
     if (!vop.coded) {
@@ -146,27 +179,44 @@ void StreamDecoder::handleVop(ByteReader& bits) {
     picture->vop = vop;
     picture->time = time;
     std::fill(picture->mbs.begin(), picture->mbs.end(), Macroblock{});
-    VopContext context;
-    context.layer = &*layer_;
+    picture->progress.restart();
+    auto task = std::make_unique<VopTask>();
+    task->number = pictures_;
+    task->layer = layer_;
+    task->dequantizers = dequantizers_;
+    task->kept = {picture, anchors_[0], anchors_[1]};
+    task->sideBySide = tasks_.sideBySide();
+    if (anchors_[1] != nullptr) task->before = {anchors_[1]->plane, anchors_[1]->progress};
+    VopContext& context = task->context;
+    context.layer = layer_.get();
     context.vop = &picture->vop;
     context.picture = picture.get();
-    if (vop.type != VopType::I) context.reference[0] = anchors_[isB ? 0 : 1].get();
+    if (vop.type != VopType::I) {
+        Picture& forward = *anchors_[isB ? 0 : 1];
+        context.reference[0] = {forward.plane, forward.progress};
+    }
     if (isB) {
-        context.reference[1] = anchors_[1].get();
+        context.reference[1] = {anchors_[1]->plane, anchors_[1]->progress};
+        context.coLocated = anchors_[1]->mbs.data();
         setTimes(context);
     }
-    if (vop.type == VopType::S) setWarp(context);
-    {
-        const Stopwatch watch(secondsVops_);
-        vops_.decode(context, dequantizers_, bits, [&](const std::string& what) { damage(what); });
-    }
-    const long missing = concealLost<Macroblock>(picture->plane, picture->mbs,
-                                                 anchors_[1] != nullptr ? anchors_[1]->plane : nullptr, kinds_);
-    if (missing > 0) damage(missingMacroblocks(missing, picture->mbs.size()));
+    if (vop.type == VopType::S) setWarp(*task);
+    task->payload = std::move(payload_);  // where `bits` reads on
+    task->bits = bits;
+    payload_ = sparePayloads_.take();
+    tasks_.run(std::move(task));
     if (!isB)
         keepAnchor(picture);
     else
         show(picture);
+}
+
+// Counts what was found in decoding, and keeps for later what can be used again.
+void StreamDecoder::retire(VopTask& task) {
+    packets_ += task.packets;
+    for (std::size_t i = 0; i < std::size(kinds_); ++i) kinds_[i] += task.kinds[i];
+    secondsVops_ += task.seconds;
+    sparePayloads_.give(std::move(task.payload));
 }
 
 // ---- output
@@ -196,18 +246,18 @@ void StreamDecoder::show(const PicturePtr& picture) {
     Frame frame;
     frame.chroma = Chroma::C420;
     frame.chromaPlace = ChromaPlace::Left;
-    frame.number = static_cast<int>(frames_++);
     frame.rate = options_.stream.rate.known() ? options_.stream.rate : layer_->rate();
     frame.sampleAspect = layer_->sampleAspect;
     frame.fields = !layer_->interlaced          ? FieldOrder::Progressive
                    : picture->vop.topFieldFirst ? FieldOrder::TopFirst
                                                 : FieldOrder::BottomFirst;
-    const auto quantizerOf = [&](std::size_t mb) -> int { return picture->mbs[mb].quantizer; };
-    showPlanes(frame, postFilter_.wanted() ? postFilter_.apply(picture->plane, quantizerOf) : picture->plane,
-               layer_->width, layer_->height);
-    shown_ = picture.get();
-    sinks_.frame(frame);
-    shown_ = nullptr;
+    tasks_.then([this, picture, frame, layer = layer_] {
+        Frame shown = frame;
+        const auto quantizerOf = [&](std::size_t mb) -> int { return picture->mbs[mb].quantizer; };
+        showPlanes(shown, postFilter_.wanted() ? postFilter_.apply(picture->plane, quantizerOf) : picture->plane,
+                   layer->width, layer->height);
+        tasks_.give(shown, [&] { return blocksOf(*picture, layer->quarterSample); });
+    });
 }
 
 void StreamDecoder::flush() {
@@ -216,15 +266,16 @@ void StreamDecoder::flush() {
         shortHeader_->flush();
     else
         dropAnchors();
+    tasks_.finish();
 }
 
 Statistics StreamDecoder::statistics() const {
     if (shortHeader_ != nullptr) return shortHeader_->statistics();
     Statistics s;
-    s.frames = frames_;
+    s.frames = tasks_.frames();
     s.pictures = pictures_;
-    s.slices = vops_.packets();
-    s.damaged = damaged_;
+    s.slices = packets_;
+    s.damaged = tasks_.damaged();
     s.bits = 8 * bytes_;
     for (std::size_t i = 0; i < std::size(kKinds); ++i) s.kinds.emplace_back(kKinds[i].name, kinds_[i]);
     s.seconds.emplace_back("macroblocks", secondsVops_);
@@ -237,33 +288,7 @@ Statistics StreamDecoder::statistics() const {
 }
 
 BlockMap StreamDecoder::blocks(const Frame& frame) const {
-    if (shortHeader_ != nullptr) return shortHeader_->blocks(frame);
-    const Picture& picture = *shown_;
-    BlockMap map{kKinds, 1, 31, {}, {}};
-    const int width = layer_->widthInMbs(), unit = layer_->quarterSample ? 4 : 2;
-    for (std::size_t i = 0; i < picture.mbs.size(); ++i) {
-        const Macroblock& mb = picture.mbs[i];
-        const int x = 16 * (static_cast<int>(i) % width), y = 16 * (static_cast<int>(i) / width);
-        map.blocks.push_back({x, y, 16, 16, 1, static_cast<int>(mb.kind), mb.quantizer});
-        const auto vector = [&](int cx, int cy, MotionVector mv, bool backward) {
-            map.vectors.push_back({cx, cy, mv.x / unit, mv.y / unit, backward});
-        };
-        switch (mb.kind) {
-            case MbKind::Lost:
-            case MbKind::Intra:
-            case MbKind::Skipped:
-                break;
-            case MbKind::FourVectors:
-                for (int k = 0; k < 4; ++k) vector(x + 4 + k % 2 * 8, y + 4 + k / 2 * 8, mb.mv[k], false);
-                break;
-            default:
-                if (mb.kind != MbKind::Backward) vector(x + 8, y + 8, mb.mv[0], false);
-                if (mb.kind == MbKind::Direct || mb.kind == MbKind::Backward || mb.kind == MbKind::Both)
-                    vector(x + 8, y + 8, mb.backward, true);
-                break;
-        }
-    }
-    return map;
+    return shortHeader_ != nullptr ? shortHeader_->blocks(frame) : tasks_.blocks();
 }
 
 // ---- the format
@@ -296,7 +321,8 @@ Format format() {
             .probe = probe,
             .split = splitAtStartCode,
             .make = makeDecoder<StreamDecoder>,
-            .postProcesses = true};
+            .postProcesses = true,
+            .threaded = true};
 }
 
 }  // namespace vekdec::mpeg4

@@ -11,37 +11,65 @@ void Dequantizers::init(const Layer& layer) {
     vekiQuantInvInterInit_MPEG4(inter_, layer.mpegQuantizer ? layer.interMatrix.data() : nullptr, 8);
 }
 
-void VopDecoder::decode(const VopContext& context, const Dequantizers& dequantizers, ByteReader& bits,
-                        const Report& report) {
+long VopDecoder::decode(const VopContext& context, const Dequantizers& dequantizers, ByteReader& bits,
+                        const Report& report, const Finished& finished) {
     context_ = context;
     dequantizers_ = &dequantizers;
     bits_ = &bits;
     report_ = &report;
+    finished_ = finished ? &finished : nullptr;
     mbs_ = context.picture->mbs.data();
     mbCount_ = static_cast<int>(context.picture->mbs.size());
     if (widthInMbs_ != context.layer->widthInMbs()) {
+        intra_.resize(context.layer->widthInMbs());  // where it fails, the next VOP tries again
         widthInMbs_ = context.layer->widthInMbs();
-        intra_.resize(widthInMbs_);
     }
     const bool partitioned = context.layer->dataPartitioned && context.vop->type != VopType::B;
     reversible_ = partitioned && context.layer->reversibleCodes;
     packetStart_ = next_ = 0;
     quantizer_ = context.vop->quantizer;
-    for (;;) {
-        ++packets_;
+    if (finished_ != nullptr) findPackets();
+    std::size_t place = 0;
+    for (long packets = 1;; ++packets) {
         const std::size_t begin = bits.position();
+        while (place < packetPlaces_.size() && packetPlaces_[place].position <= begin) ++place;
+        nextBegin_ = place < packetPlaces_.size() ? packetPlaces_[place].address : mbCount_;
         try {
             if (partitioned)
                 decodePartitions();
             else
                 decodePacket();
-            if (next_ == mbCount_) return;
+            if (next_ == mbCount_) return packets;
+            finishRows();
         } catch (const BadSyntax& e) {
             report("macroblock " + std::to_string(address_) + ": " + e.what());
             bits.seek(begin);  // what broke off may have read beyond the next marker
         }
-        if (!context.layer->resyncMarkers || !beginNextPacket()) return;
+        if (!context.layer->resyncMarkers || !beginNextPacket()) return packets;
     }
+}
+
+// Where packets may begin: at some of these places.
+void VopDecoder::findPackets() {
+    packetPlaces_.clear();
+    if (!context_.layer->resyncMarkers) return;
+    const ByteReader here = *bits_;
+    while (seekResyncMarker()) {
+        const std::size_t position = bits_->position();
+        try {
+            packetPlaces_.push_back({position, parsePacketHeader(*bits_, *context_.layer).address});
+        } catch (const BadSyntax&) {  // none begins
+        }
+        bits_->seek(position);
+    }
+    *bits_ = here;
+    for (std::size_t i = packetPlaces_.size(); i-- > 1;)
+        packetPlaces_[i - 1].address = std::min(packetPlaces_[i - 1].address, packetPlaces_[i].address);
+}
+
+// What is decoded so far, as far as no later packet begins before it.
+void VopDecoder::finishRows() {
+    if (finished_ != nullptr) (*finished_)(std::min(next_, nextBegin_) / widthInMbs_);
 }
 
 // Moves behind the header of the next packet; false: there is none.
@@ -69,8 +97,17 @@ void VopDecoder::decodePacket() {
             decodeMacroblock(next_);
         bits_->checkEnd();
         ++next_;
-        if (context_.layer->resyncMarkers && atResyncMarker()) return;
+        if (x_ == widthInMbs_ - 1) finishRows();
+        if (context_.layer->resyncMarkers && !hasNoBits(next_) && atResyncMarker()) return;
     }
+}
+
+// Of macroblocks of B-VOPs whose co-located one is not coded (6.2.6). Those in front of a marker are still of the
+// packet before it.
+bool VopDecoder::hasNoBits(int address) const {
+    if (context_.vop->type != VopType::B || address == mbCount_) return false;
+    context_.reference[1].await(16 * (address / widthInMbs_ + 1));
+    return !context_.coLocated[address].coded;
 }
 
 // ---- resync markers (6.2.5.2)

@@ -42,14 +42,21 @@ class VopDecoder {
   public:
     using Report = std::function<void(const std::string&)>;
 
-    // Decodes the VOP behind its header. Damage is reported; what no packet brought stays MbKind::Lost.
-    void decode(const VopContext& context, const Dequantizers& dequantizers, ByteReader& bits, const Report& report);
-    long packets() const { return packets_; }  // of all VOPs
+    using Finished = std::function<void(int endRow)>;
+
+    // Decodes the VOP behind its header. Damage is reported; what no packet brought stays MbKind::Lost. Calls
+    // `finished` where no packet to come changes the rows of macroblocks before endRow; it may be empty.
+    // Returns the number of packets.
+    long decode(const VopContext& context, const Dequantizers& dequantizers, ByteReader& bits, const Report& report,
+                const Finished& finished);
 
   private:
     // ---- vop_decoder.cpp: packets
     void decodePacket();
     bool beginNextPacket();
+    void findPackets();
+    void finishRows();
+    bool hasNoBits(int address) const;
     bool atResyncMarker() const;
     bool seekResyncMarker();
     int markerZeros() const;
@@ -87,15 +94,22 @@ class VopDecoder {
     const Dequantizers* dequantizers_ = nullptr;
     ByteReader* bits_ = nullptr;
     const Report* report_ = nullptr;
+    const Finished* finished_ = nullptr;  // null: not wanted
     Macroblock* mbs_ = nullptr;
     int widthInMbs_ = 0, mbCount_ = 0;
     bool reversible_ = false;  // the blocks use reversible codes
-    long packets_ = 0;
     h263::IntraStore intra_;
+
+    struct PacketPlace {
+        std::size_t position;  // behind the marker
+        int address;           // the lowest one from here to the end of the VOP
+    };
+    std::vector<PacketPlace> packetPlaces_;  // in the order of the stream
 
     // Of the packet.
     int packetStart_ = 0, next_ = 0;  // addresses
     int quantizer_ = 1;
+    int nextBegin_ = 0;  // no packet behind it begins before this address
     std::vector<ParsedMacroblock> parsed_;
     std::vector<std::array<Vek16s, 64>> recovered_;
 

@@ -53,7 +53,10 @@ Format format() {
             kCodecs,
             probe,
             split,
-            makeDecoder<StreamDecoder>};
+            makeDecoder<StreamDecoder>,
+            false,
+            false,
+            true};
 }
 
 }  // namespace vekdec::vc1

@@ -27,26 +27,26 @@ struct BlockView {
     }
 };
 
-unsigned edgeBelow(const BlockView& upper, const BlockView& lower) {
+inline unsigned edgeBelow(const BlockView& upper, const BlockView& lower) {
     if (!upper.movesAs(lower)) return 3;
     const unsigned u = upper.corners(), l = lower.corners();
     return segments((u & kBottomLeft) != 0 || (l & kTopLeft) != 0, (u & kBottomRight) != 0 || (l & kTopRight) != 0);
 }
 
-unsigned edgeRight(const BlockView& left, const BlockView& right) {
+inline unsigned edgeRight(const BlockView& left, const BlockView& right) {
     if (!left.movesAs(right)) return 3;
     const unsigned l = left.corners(), r = right.corners();
     return segments((l & kTopRight) != 0 || (r & kTopLeft) != 0, (l & kBottomRight) != 0 || (r & kBottomLeft) != 0);
 }
 
-unsigned horizontalMiddle(const BlockView& b) {
+inline unsigned horizontalMiddle(const BlockView& b) {
     const Transform t = b.mb->transform[b.block];
     if (t != Transform::T8x4 && t != Transform::T4x4) return 0;
     const unsigned c = b.corners();
     return segments((c & (kTopLeft | kBottomLeft)) != 0, (c & (kTopRight | kBottomRight)) != 0);
 }
 
-unsigned verticalMiddle(const BlockView& b) {
+inline unsigned verticalMiddle(const BlockView& b) {
     const Transform t = b.mb->transform[b.block];
     if (t != Transform::T4x8 && t != Transform::T4x4) return 0;
     const unsigned c = b.corners();
@@ -58,25 +58,25 @@ class LoopFilter {
     explicit LoopFilter(const PictureContext& context)
         : c_(context), quant_(context.header->pquant), byBlocks_(context.header->type == PictureType::P) {}
 
-    void run() {
+    void run(int mbY) {
         if (c_.header->coding == Coding::FrameInterlaced) {
+            if (mbY + 1 < c_.height) return;
             for (int plane = 0; plane < 3; ++plane) {
                 for (const bool bottom : {false, true}) filterFieldLines(plane, c_.plane[plane].field(bottom));
             }
             return;
         }
         for (int plane = 0; plane < 3; ++plane) {
-            const int rows = plane == 0 ? 2 * c_.height : c_.height;
-            // Rows of edges in the order of dependence: the middles behind both edges of their blocks.
-            for (int row = 1; row <= rows; ++row) {
-                if (row < rows && !(row % (rows / c_.height) == 0 && sliceBegins(row * c_.height / rows)))
-                    horizontalEdges(plane, row, false);
+            const int blocks = plane == 0 ? 2 : 1, first = blocks * mbY, end = first + blocks;
+            // Rows of edges in the order of dependence: the middles behind both edges of their blocks, vertical edges
+            // behind the horizontal ones that change their samples.
+            for (int row = first + 1; row <= end; ++row) {
+                const bool there = row < end || (mbY + 1 < c_.height && !sliceBegins(mbY + 1));
+                if (there) horizontalEdges(plane, row, false);
                 if (byBlocks_) horizontalEdges(plane, row - 1, true);
             }
-            for (int row = 0; row < rows; row += plane == 0 ? 2 : 1) {
-                verticalEdges(plane, row, false);
-                if (byBlocks_) verticalEdges(plane, row, true);
-            }
+            verticalEdges(plane, first, false);
+            if (byBlocks_) verticalEdges(plane, first, true);
         }
     }
 
@@ -166,6 +166,6 @@ class LoopFilter {
 
 }  // namespace
 
-void filterPicture(const PictureContext& context) { LoopFilter(context).run(); }
+void filterRow(const PictureContext& context, int mbY) { LoopFilter(context).run(mbY); }
 
 }  // namespace vekdec::vc1

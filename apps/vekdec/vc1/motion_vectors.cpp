@@ -163,6 +163,7 @@ MotionVector VectorDecoder::vectorB(int mbX, int mbY, bool backward, const Vecto
 void VectorDecoder::direct(int mbX, int mbY, MotionVector& forward, MotionVector& backward) const {
     forward = backward = {};
     if (context_->colocated == nullptr) return;
+    context_->backward.await(16 * (mbY + 1));
     const MotionVector v = context_->colocated[mbY * context_->width + mbX].colocated;
     const PictureHeader& header = *context_->header;
     const auto scaled = [&](int value, int factor) {

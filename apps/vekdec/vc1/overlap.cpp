@@ -34,9 +34,9 @@ bool OverlapSmoother::smooths(const Plane16& p, int blockX, int blockY) const {
 }
 
 // The edges left of blocks, kept in 16 bits (8.5, the arithmetic of vekiSmoothing..._VC1_16s8u).
-void OverlapSmoother::smoothVerticalEdges(Plane16& p) {
-    const int columns = context_->width << p.shift, rows = context_->height << p.shift;
-    for (int by = 0; by < rows; ++by)
+void OverlapSmoother::smoothVerticalEdges(Plane16& p, int mbY) {
+    const int columns = context_->width << p.shift;
+    for (int by = mbY << p.shift; by < (mbY + 1) << p.shift; ++by)
         for (int bx = 1; bx < columns; ++bx) {
             if (!smooths(p, bx - 1, by) || !smooths(p, bx, by)) continue;
             Vek16s* x = p.at(8 * bx - 2, 8 * by);
@@ -51,14 +51,12 @@ void OverlapSmoother::smoothVerticalEdges(Plane16& p) {
         }
 }
 
-void OverlapSmoother::smoothHorizontalEdges(Plane16& p, int index) {
-    const int rows = context_->height << p.shift;
+void OverlapSmoother::smoothHorizontalEdges(Plane16& p, int index, int mbY) {
     const auto step = static_cast<Vek32s>(2 * p.stride);
     const vekapp::Plane& to = context_->plane[index];
     const auto dstStep = static_cast<Vek32s>(to.stride);
-    for (int by = 1; by < rows; ++by) {
-        const int mbY = by >> p.shift;
-        if (by == mbY << p.shift && context_->sliceBegins[static_cast<std::size_t>(mbY)] != 0) continue;
+    const bool edgeAbove = mbY > 0 && context_->sliceBegins[static_cast<std::size_t>(mbY)] == 0;
+    for (int by = (mbY << p.shift) + (edgeAbove ? 0 : 1); by < (mbY + 1) << p.shift; ++by) {
         for (int mbX = 0; mbX < context_->width; ++mbX) {
             const auto both = [&](int bx) { return smooths(p, bx, by - 1) && smooths(p, bx, by); };
             if (index == 0) {
@@ -75,31 +73,30 @@ void OverlapSmoother::smoothHorizontalEdges(Plane16& p, int index) {
 }
 
 // Frame-interlaced pictures have their vertical edges smoothed only, row by row of the frame.
-void OverlapSmoother::smoothInterlaced() {
-    for (int mbY = 0; mbY < context_->height; ++mbY)
-        for (int mbX = 0; mbX < context_->width; ++mbX) {
-            const Macroblock& mb = context_->mb(mbX, mbY);
-            if (!smooths(plane_[0], 2 * mbX, 2 * mbY)) continue;
-            const auto edge = [&](int x, int fields) {
-                vekiSmoothingLuma_VerEdge_VC1_16s8u_C1R(
-                    plane_[0].at(x - 2, 16 * mbY), step(0), plane_[0].at(x, 16 * mbY), step(0),
-                    context_->plane[0].at(x, 16 * mbY), static_cast<Vek32s>(context_->plane[0].stride), fields, 15);
-            };
-            edge(16 * mbX + 8, mb.fieldTransform ? 3 : 0);
-            if (mbX == 0 || !smooths(plane_[0], 2 * mbX - 1, 2 * mbY)) continue;
-            edge(16 * mbX, (mb.fieldTransform ? 1 : 0) | (context_->mb(mbX - 1, mbY).fieldTransform ? 2 : 0));
-            for (int i = 1; i < 3; ++i)
-                vekiSmoothingChroma_VerEdge_VC1_16s8u_C1R(
-                    plane_[i].at(8 * mbX - 2, 8 * mbY), step(4), plane_[i].at(8 * mbX, 8 * mbY), step(4),
-                    context_->plane[i].at(8 * mbX, 8 * mbY), static_cast<Vek32s>(context_->plane[i].stride));
-        }
+void OverlapSmoother::smoothInterlaced(int mbY) {
+    for (int mbX = 0; mbX < context_->width; ++mbX) {
+        const Macroblock& mb = context_->mb(mbX, mbY);
+        if (!smooths(plane_[0], 2 * mbX, 2 * mbY)) continue;
+        const auto edge = [&](int x, int fields) {
+            vekiSmoothingLuma_VerEdge_VC1_16s8u_C1R(plane_[0].at(x - 2, 16 * mbY), step(0), plane_[0].at(x, 16 * mbY),
+                                                    step(0), context_->plane[0].at(x, 16 * mbY),
+                                                    static_cast<Vek32s>(context_->plane[0].stride), fields, 15);
+        };
+        edge(16 * mbX + 8, mb.fieldTransform ? 3 : 0);
+        if (mbX == 0 || !smooths(plane_[0], 2 * mbX - 1, 2 * mbY)) continue;
+        edge(16 * mbX, (mb.fieldTransform ? 1 : 0) | (context_->mb(mbX - 1, mbY).fieldTransform ? 2 : 0));
+        for (int i = 1; i < 3; ++i)
+            vekiSmoothingChroma_VerEdge_VC1_16s8u_C1R(
+                plane_[i].at(8 * mbX - 2, 8 * mbY), step(4), plane_[i].at(8 * mbX, 8 * mbY), step(4),
+                context_->plane[i].at(8 * mbX, 8 * mbY), static_cast<Vek32s>(context_->plane[i].stride));
+    }
 }
 
-void OverlapSmoother::write(Plane16& p, int index) {
+void OverlapSmoother::write(Plane16& p, int index, int mbY) {
     static constexpr Vek8u kZeros[8] = {};
     const vekapp::Plane& to = context_->plane[index];
-    const int columns = context_->width << p.shift, rows = context_->height << p.shift;
-    for (int by = 0; by < rows; ++by)
+    const int columns = context_->width << p.shift;
+    for (int by = mbY << p.shift; by < (mbY + 1) << p.shift; ++by)
         for (int bx = 0; bx < columns; ++bx) {
             if (!isIntra(p, bx, by)) continue;
             const bool fields = index == 0 && context_->mb(bx / 2, by / 2).fieldTransform;
@@ -110,14 +107,14 @@ void OverlapSmoother::write(Plane16& p, int index) {
         }
 }
 
-void OverlapSmoother::finish() {
+void OverlapSmoother::finishRow(int mbY) {
     const bool interlaced = context_->header->coding == Coding::FrameInterlaced;
     for (int i = 0; i < 3; ++i) {
-        if (!interlaced) smoothVerticalEdges(plane_[i]);
-        write(plane_[i], i);
-        if (!interlaced) smoothHorizontalEdges(plane_[i], i);
+        if (!interlaced) smoothVerticalEdges(plane_[i], mbY);
+        write(plane_[i], i, mbY);
+        if (!interlaced) smoothHorizontalEdges(plane_[i], i, mbY);
     }
-    if (interlaced) smoothInterlaced();
+    if (interlaced) smoothInterlaced(mbY);
 }
 
 }  // namespace vekdec::vc1

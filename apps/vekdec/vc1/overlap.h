@@ -18,8 +18,9 @@ class OverlapSmoother {
     // Where the 8x8 samples of the block go; steps are in bytes.
     Vek16s* block(int mbX, int mbY, int block);
     Vek32s step(int block) const { return static_cast<Vek32s>(plane_[block < 4 ? 0 : block - 3].stride * 2); }
-    // Smooths and writes the samples of all intra blocks into the picture.
-    void finish();
+    // Smooths and writes the samples of the intra blocks of a row of macroblocks into the picture, and smooths the edge
+    // to the row above it. Rows come from the top.
+    void finishRow(int mbY);
 
   private:
     struct Plane16 {
@@ -31,10 +32,10 @@ class OverlapSmoother {
     };
     bool smooths(const Plane16& plane, int blockX, int blockY) const;
     bool isIntra(const Plane16& plane, int blockX, int blockY) const;
-    void smoothVerticalEdges(Plane16& plane);
-    void smoothHorizontalEdges(Plane16& plane, int index);
-    void smoothInterlaced();
-    void write(Plane16& plane, int index);
+    void smoothVerticalEdges(Plane16& plane, int mbY);
+    void smoothHorizontalEdges(Plane16& plane, int index, int mbY);
+    void smoothInterlaced(int mbY);
+    void write(Plane16& plane, int index, int mbY);
 
     const PictureContext* context_ = nullptr;
     bool active_ = false, selected_ = false;

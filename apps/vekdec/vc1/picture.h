@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "frames/reference.h"
+#include "plane_set.h"
 #include "vc1/picture_header.h"
 
 namespace vekdec::vc1 {
@@ -52,6 +53,7 @@ struct Picture : vekapp::PictureMemory {
     bool fields = false, interlaced = false, topFieldFirst = true;
     bool rangeReduced = false;
     int rangeMapY = -1, rangeMapUv = -1;  // for output; -1: none
+    RowProgress progress;                 // of samples and macroblocks
 };
 
 // How the samples of a reference change before they are used: intensity compensation and range reduction.
@@ -61,10 +63,8 @@ struct ReferenceMap {
 };
 
 // A frame or field that is predicted from. Samples beyond the planes repeat those at the borders.
-struct Reference {
-    vekapp::Plane plane[3];
+struct Reference : PlaneSet {
     const ReferenceMap* map = nullptr;  // none: the samples as they are
-    bool present() const { return plane[0].data != nullptr; }
 };
 
 // What the macroblocks of a frame or field are decoded from and into.

@@ -16,43 +16,53 @@ void PictureDecoder::begin(const PictureContext& context) {
     vectors_.begin(context_);
     if (context_.header->isField()) fieldVectors_.begin(context_);
     overlap_.begin(context_);
+    smoothedRows_ = filteredRows_ = 0;
 }
 
-void PictureDecoder::decodeRows(WordReader& bits, int firstRow, int endRow) {
+void PictureDecoder::decodeRow(WordReader& bits, int row, bool beginsSlice) {
     bits_ = &bits;
-    firstRow_ = firstRow;
-    if (firstRow < endRow) context_.sliceBegins[static_cast<std::size_t>(firstRow)] = 1;
-    residual_.beginSlice();
-    intra_.beginSlice(firstRow);
-    vectors_.beginSlice(firstRow);
-    fieldVectors_.beginSlice(firstRow);
+    if (beginsSlice) {
+        firstRow_ = row;
+        context_.sliceBegins[static_cast<std::size_t>(row)] = 1;
+        residual_.beginSlice();
+        intra_.beginSlice(row);
+        vectors_.beginSlice(row);
+        fieldVectors_.beginSlice(row);
+    }
     const PictureHeader& header = *context_.header;
-    for (y_ = firstRow; y_ < endRow; ++y_)
-        for (x_ = 0; x_ < context_.width; ++x_) {
-            address_ = static_cast<std::size_t>(y_ * context_.width + x_);
-            Macroblock& mb = context_.mbs[address_];
-            try {
-                mb = {};
-                setPictureQuant(mb);
-                if (header.isIntra())
-                    decodeI(mb);
-                else if (header.isField())
-                    decodeFieldP(mb);
-                else if (header.type == PictureType::P)
-                    decodeP(mb);
-                else
-                    decodeB(mb);
-                bits.checkEnd();
-            } catch (const BadSyntax&) {
-                mb = {};  // lost
-                throw;
-            }
+    y_ = row;
+    for (x_ = 0; x_ < context_.width; ++x_) {
+        address_ = static_cast<std::size_t>(y_ * context_.width + x_);
+        Macroblock& mb = context_.mbs[address_];
+        try {
+            mb = {};
+            setPictureQuant(mb);
+            if (header.isIntra())
+                decodeI(mb);
+            else if (header.isField())
+                decodeFieldP(mb);
+            else if (header.type == PictureType::P)
+                decodeP(mb);
+            else
+                decodeB(mb);
+            bits.checkEnd();
+        } catch (const BadSyntax&) {
+            mb = {};  // lost
+            throw;
         }
+    }
 }
 
-void PictureDecoder::finish() {
-    if (overlap_.active()) overlap_.finish();
-    if (context_.sequence->loopFilter) filterPicture(context_);
+// Smoothing changes two rows of samples above a macroblock, in luma and in chroma. The loop filter reads four rows
+// below one, and finishes all above them.
+int PictureDecoder::finishRows(int endRow) {
+    const bool last = endRow == context_.height;
+    if (overlap_.active())
+        for (; smoothedRows_ < endRow; ++smoothedRows_) overlap_.finishRow(smoothedRows_);
+    if (!context_.sequence->loopFilter) return 16 * endRow - (overlap_.active() && !last ? 4 : 0);
+    for (const int end = last ? endRow : endRow - 1; filteredRows_ < end; ++filteredRows_)
+        filterRow(context_, filteredRows_);
+    return context_.header->coding == Coding::FrameInterlaced && !last ? 0 : 16 * filteredRows_;
 }
 
 // ---- quantizers, 7.1.3.4, 8.3.6.1.2

@@ -19,15 +19,12 @@ constexpr unsigned patternByBlock(unsigned sent) {
 
 class PictureDecoder {
   public:
-    // All slices of a frame or field are decoded between this and finish(); its macroblocks are lost until then.
+    // Of a frame or field: its macroblocks are lost until they are decoded.
     void begin(const PictureContext& context);
-    // The macroblock rows from `firstRow` to before `endRow`. Throws BadSyntax where the data break off; what is
-    // decoded stands.
-    void decodeRows(WordReader& bits, int firstRow, int endRow);
-    // Overlap smoothing and the loop filter.
-    void finish();
-
-    const PictureContext& context() const { return context_; }
+    // A row of macroblocks. Throws BadSyntax where the data break off; what is decoded stands.
+    void decodeRow(WordReader& bits, int row, bool beginsSlice);
+    // Overlap smoothing and the loop filter: the rows before endRow are decoded. Returns how many luma rows are final.
+    int finishRows(int endRow);
 
   private:
     void decodeI(Macroblock& mb);
@@ -64,7 +61,9 @@ class PictureDecoder {
     VectorDecoder vectors_;
     FieldVectorDecoder fieldVectors_;
     OverlapSmoother overlap_;
-    int firstRow_ = 0;  // of the slice
+    int firstRow_ = 0;      // of the slice
+    int smoothedRows_ = 0;  // of macroblocks
+    int filteredRows_ = 0;
 
     // Of the macroblock.
     int x_ = 0, y_ = 0;

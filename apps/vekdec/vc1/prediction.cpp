@@ -28,12 +28,21 @@ Limits chromaLimits(const PictureContext& c) {
     return {{-8, c.codedWidth / 2}, {-8, c.codedHeight / 2}};
 }
 
-// The block of `size` samples at (x, y) moved by mv, to `to`. `map` is applied to the reference's samples first.
-void predictBlock(const Plane& from, const std::uint8_t* map, const Limits& limits, int x, int y, int size,
-                  MotionVector mv, bool bicubic, bool rounding, Vek8u* to, std::ptrdiff_t toStride) {
+// The block of `size` samples of plane `index` at (x, y) moved by mv, to `to`. The reference's map is applied to its
+// samples first.
+void predictBlock(const Reference& reference, int index, const Limits& limits, int x, int y, int size, MotionVector mv,
+                  bool bicubic, bool rounding, Vek8u* to, std::ptrdiff_t toStride) {
+    const Plane& from = reference.plane[index];
+    const std::uint8_t* map = reference.map == nullptr ? nullptr
+                              : index == 0             ? reference.map->luma
+                                                       : reference.map->chroma;
     x = std::clamp(x + (mv.x >> 2), limits.x.least, limits.x.most);
     y = std::clamp(y + (mv.y >> 2), limits.y.least, limits.y.most);
     const int dx = mv.x & 3, dy = mv.y & 3;
+    if (reference.progress != nullptr) {
+        const int endRow = y + size + (dy != 0 || map != nullptr ? 2 : 0);  // of what is read
+        reference.await(index == 0 ? endRow : 2 * endRow);
+    }
     if (map != nullptr) {
         VekVC1InterpolationBlockParams p{};
         p.pSrc = from.data;
@@ -80,30 +89,27 @@ MotionVector fastChromaVector(MotionVector c) { return {towardZeroToEven(c.x), t
 
 void predictLuma(const PictureContext& context, const Reference& reference, int x, int y, int size, MotionVector mv,
                  const Plane& to) {
-    predictBlock(reference.plane[0], reference.map == nullptr ? nullptr : reference.map->luma, lumaLimits(context), x,
-                 y, size, mv, !context.header->bilinear(), context.rounding, to.at(x, y), to.stride);
+    predictBlock(reference, 0, lumaLimits(context), x, y, size, mv, !context.header->bilinear(), context.rounding,
+                 to.at(x, y), to.stride);
 }
 
 void predictChroma(const PictureContext& context, const Reference& reference, int x, int y, MotionVector mv,
                    const Plane* to) {
     const Limits limits = chromaLimits(context);
     for (int i = 1; i < 3; ++i)
-        predictBlock(reference.plane[i], reference.map == nullptr ? nullptr : reference.map->chroma, limits, x, y, 8,
-                     mv, false, context.rounding, to[i].at(x, y), to[i].stride);
+        predictBlock(reference, i, limits, x, y, 8, mv, false, context.rounding, to[i].at(x, y), to[i].stride);
 }
 
 void averageMacroblock(const PictureContext& context, const Reference& reference, int mbX, int mbY, MotionVector luma,
                        MotionVector chroma) {
     alignas(16) Vek8u block[256];
-    const std::uint8_t* map = reference.map == nullptr ? nullptr : reference.map->luma;
-    predictBlock(reference.plane[0], map, lumaLimits(context), 16 * mbX, 16 * mbY, 16, luma,
-                 !context.header->bilinear(), context.rounding, block, 16);
+    predictBlock(reference, 0, lumaLimits(context), 16 * mbX, 16 * mbY, 16, luma, !context.header->bilinear(),
+                 context.rounding, block, 16);
     vekiAverage16x16_8u_C1IR(block, 16, context.plane[0].at(16 * mbX, 16 * mbY),
                              static_cast<Vek32s>(context.plane[0].stride));
-    map = reference.map == nullptr ? nullptr : reference.map->chroma;
     for (int i = 1; i < 3; ++i) {
-        predictBlock(reference.plane[i], map, chromaLimits(context), 8 * mbX, 8 * mbY, 8, chroma, false,
-                     context.rounding, block, 16);
+        predictBlock(reference, i, chromaLimits(context), 8 * mbX, 8 * mbY, 8, chroma, false, context.rounding, block,
+                     16);
         vekiAverage8x8_8u_C1IR(block, 16, context.plane[i].at(8 * mbX, 8 * mbY),
                                static_cast<Vek32s>(context.plane[i].stride));
     }

@@ -1,11 +1,10 @@
 #include "vc1/stream_decoder.h"
 
 #include <algorithm>
-#include <stdexcept>
+#include <iterator>
 #include <string>
 
 #include "bits/start_code.h"
-#include "concealment.h"
 #include "report/stopwatch.h"
 #include "vc1/reference_map.h"
 #include "vc1/units.h"
@@ -18,9 +17,11 @@ constexpr std::size_t kMostUnits = 2048;
 
 }  // namespace
 
+StreamDecoder::StreamDecoder(Sinks sinks, const DecoderOptions& options)
+    : stream_(options.stream), tasks_(std::move(sinks), options.threads, [this](FieldTask& task) { retire(task); }) {}
+
 void StreamDecoder::damage(const std::string& what) {
-    ++damaged_;
-    sinks_.report("picture " + std::to_string(pictures_) + ": " + what);
+    tasks_.report("picture " + std::to_string(pictures_) + ": " + what);
 }
 
 // Runs a step that may find the stream broken, or beyond what is decoded.
@@ -90,13 +91,13 @@ void StreamDecoder::handleUnit(Bytes unit) {
             break;
         case kField:
         case kSlice:
-            if (!waiting_.empty()) keepUnit(code, unit.subspan(1));
+            if (!waiting_->units.empty()) keepUnit(code, unit.subspan(1));
             break;
         case kSequenceHeader:
             decodeWaiting();
             guarded([&] {
-                payload_.assignUnescaped(unit.subspan(1));
-                WordReader bits(payload_);
+                payload_->assignUnescaped(unit.subspan(1));
+                WordReader bits(*payload_);
                 haveEntryPoint_ = false;
                 newSequence_.reset();
                 newSequence_ = parseSequenceHeader(bits);
@@ -108,8 +109,8 @@ void StreamDecoder::handleUnit(Bytes unit) {
                 haveEntryPoint_ = false;
                 if (!newSequence_ && !(haveSequence_ && sequence_.advanced()))
                     throw BadSyntax("an entry point without its sequence");
-                payload_.assignUnescaped(unit.subspan(1));
-                WordReader bits(payload_);
+                payload_->assignUnescaped(unit.subspan(1));
+                WordReader bits(*payload_);
                 Sequence next = newSequence_ ? *newSequence_ : sequence_;
                 parseEntryPoint(bits, next);
                 activate(next);
@@ -129,9 +130,10 @@ void StreamDecoder::handleUnit(Bytes unit) {
 
 // A picture is decoded when all its units are there: where a slice ends, the next one says.
 void StreamDecoder::keepUnit(std::uint8_t code, Bytes bytes) {
-    if (waiting_.size() >= kMostUnits) return;
-    waiting_.push_back({code, waitingBytes_.size(), bytes.size()});
-    waitingBytes_.insert(waitingBytes_.end(), bytes.begin(), bytes.end());
+    PictureUnits& waiting = *waiting_;
+    if (waiting.units.size() >= kMostUnits) return;
+    waiting.units.push_back({code, waiting.bytes.size(), bytes.size()});
+    waiting.bytes.insert(waiting.bytes.end(), bytes.begin(), bytes.end());
 }
 
 void StreamDecoder::activate(const Sequence& next) {
@@ -160,8 +162,8 @@ void StreamDecoder::decodeSimpleMain(Bytes frame) {
             skipPicture();
             return;
         }
-        payload_.assign(frame);
-        WordReader bits(payload_);
+        payload_->assign(frame);
+        WordReader bits(*payload_);
         PictureHeader header = parseSimpleMainHeader(bits, sequence_);
         if (header.reducedResolution != 0) throw NotSupported("VC-1 pictures of reduced resolution");
         if (header.isIntra())
@@ -170,95 +172,51 @@ void StreamDecoder::decodeSimpleMain(Bytes frame) {
             rounding_ = !rounding_;
         header.rounding = rounding_;
         if (!beginFrame(header)) return;
-        beginField(header);
-        ++slicesSeen_;
-        try {
-            const Stopwatch watch(secondsMacroblocks_);
-            pictureDecoder_.decodeRows(bits, 0, context_.height);
-        } catch (const BadSyntax& e) {
-            damage(e.what());
-        }
-        finishField();
+        decodeField(header, bits, nullptr, 0, 0);
         finishFrame(true);
     });
 }
 
 void StreamDecoder::decodeWaiting() {
-    if (waiting_.empty()) return;
+    if (waiting_->units.empty()) return;
     ++pictures_;
     guarded([&] {
         if (!haveSequence_ || !haveEntryPoint_) throw BadSyntax("a picture without a sequence header before it");
-        const auto bytesOf = [&](const Unit& unit) { return Bytes(waitingBytes_).subspan(unit.begin, unit.size); };
-        payload_.assignUnescaped(bytesOf(waiting_[0]));
-        WordReader bits(payload_);
+        const auto& units = waiting_->units;
+        const auto bytesOf = [&](const PictureUnits::Unit& unit) {
+            return Bytes(waiting_->bytes).subspan(unit.begin, unit.size);
+        };
+        payload_->assignUnescaped(bytesOf(units[0]));
+        WordReader bits(*payload_);
         const PictureHeader header = parseAdvancedHeader(bits, sequence_);
         if (header.type == PictureType::Skipped) {
             skipPicture();
             return;
         }
         if (!beginFrame(header)) return;
-        const auto second =
-            std::find_if(waiting_.begin(), waiting_.end(), [](const Unit& unit) { return unit.code == kField; });
-        const auto firstEnd = static_cast<std::size_t>(second - waiting_.begin());
-        beginField(header);
-        decodeSlices(bits, 0, header.isField() ? firstEnd : waiting_.size());
-        finishField();
+        const auto second = std::find_if(units.begin(), units.end(),
+                                         [](const PictureUnits::Unit& unit) { return unit.code == kField; });
+        const auto firstEnd = static_cast<std::size_t>(second - units.begin());
+        decodeField(header, bits, waiting_, 0, header.isField() ? firstEnd : units.size());
         bool complete = true;
         if (header.isField()) {
             complete = false;
             guarded([&] {
-                if (second == waiting_.end()) throw BadSyntax("a field is missing");
-                payload_.assignUnescaped(bytesOf(*second));
-                WordReader secondBits(payload_);
-                beginField(parseSecondFieldHeader(secondBits, sequence_, header));
+                if (second == units.end()) throw BadSyntax("a field is missing");
+                payload_->assignUnescaped(bytesOf(*second));
+                WordReader secondBits(*payload_);
+                const PictureHeader secondHeader = parseSecondFieldHeader(secondBits, sequence_, header);
                 complete = true;
-                decodeSlices(secondBits, firstEnd, waiting_.size());
-                finishField();
+                decodeField(secondHeader, secondBits, waiting_, firstEnd, units.size());
             });
         }
         finishFrame(complete);
     });
-    waiting_.clear();
-    waitingBytes_.clear();
-}
-
-void StreamDecoder::decodeSlices(WordReader& bits, std::size_t first, std::size_t end) {
-    // The address of a slice, in front of it; those of a second field may count on from the first.
-    const auto addressOf = [&](std::size_t i) {
-        const Unit& unit = waiting_[i];
-        if (unit.size < 2) return context_.height;
-        const int row = waitingBytes_[unit.begin] << 1 | waitingBytes_[unit.begin + 1] >> 7;
-        return header_.isField() ? row % context_.height : row;
-    };
-    const Stopwatch watch(secondsMacroblocks_);
-    int done = 0;  // rows
-    for (std::size_t i = first; i < end; ++i) {
-        if (i > first && waiting_[i].code != kSlice) continue;
-        const int row = i == first ? 0 : addressOf(i);
-        int endRow = context_.height;
-        for (std::size_t next = end; --next > i;)
-            if (waiting_[next].code == kSlice && addressOf(next) > row) endRow = std::min(addressOf(next), endRow);
-        ++slicesSeen_;
-        try {
-            if (row < done) throw BadSyntax("it lies over the one before");
-            done = endRow;
-            if (i == first) {
-                pictureDecoder_.decodeRows(bits, 0, endRow);
-                continue;
-            }
-            payload_.assignUnescaped(Bytes(waitingBytes_).subspan(waiting_[i].begin, waiting_[i].size));
-            WordReader sliceBits(payload_);
-            sliceBits.u(9);          // SLICE_ADDR
-            if (sliceBits.flag()) {  // PIC_HEADER_FLAG: the picture's header once more
-                if (header_.secondField)
-                    parseSecondFieldHeader(sliceBits, sequence_, header_);
-                else
-                    parseAdvancedHeader(sliceBits, sequence_);
-            }
-            pictureDecoder_.decodeRows(sliceBits, row, endRow);
-        } catch (const std::runtime_error& e) {  // BadSyntax; NotSupported from the header of a slice
-            damage("slice in row " + std::to_string(row) + ": " + e.what());
-        }
+    if (waiting_.use_count() > 1) {
+        waiting_ = std::make_shared<PictureUnits>();
+    } else {
+        waiting_->units.clear();
+        waiting_->bytes.clear();
     }
 }
 
@@ -289,6 +247,7 @@ bool StreamDecoder::beginFrame(const PictureHeader& header) {
     current_->rangeReduced = header.rangeReduced;
     current_->rangeMapY = sequence_.rangeMapY;
     current_->rangeMapUv = sequence_.rangeMapUv;
+    current_->progress.restart();
     for (ReferenceMap& map : currentMap_) setIdentity(map);
     return true;
 }
@@ -296,6 +255,8 @@ bool StreamDecoder::beginFrame(const PictureHeader& header) {
 // The frame, or its field of parity `field`, as far as predictions see it.
 Reference StreamDecoder::referenceTo(const PicturePtr& picture, int field) const {
     Reference reference;
+    reference.structure = field < 0 ? RowProgress::kFrame : 1 << field;
+    reference.progress = picture->progress.complete() ? nullptr : &picture->progress;
     const bool advanced = sequence_.advanced();
     for (int i = 0; i < 3; ++i) {
         vekapp::Plane plane = picture->plane[i];
@@ -312,87 +273,103 @@ Reference StreamDecoder::referenceTo(const PicturePtr& picture, int field) const
     return reference;
 }
 
-void StreamDecoder::beginField(const PictureHeader& header) {
-    header_ = header;
-    const bool field = header_.isField(), bottom = header_.bottomField();
-    context_ = {};
-    context_.sequence = &sequence_;
-    context_.header = &header_;
-    context_.width = sequence_.widthInMbs();
-    context_.height = field ? sequence_.fieldHeightInMbs() : sequence_.heightInMbs();
-    context_.codedWidth = sequence_.width;
-    context_.codedHeight = field ? (sequence_.height + (bottom ? 0 : 1)) / 2 : sequence_.height;
-    context_.rounding = header_.rounding;
-    context_.mbs = current_->mbs.data() + (bottom ? current_->mbs.size() / 2 : 0);
-    for (int i = 0; i < 3; ++i) context_.plane[i] = field ? current_->plane[i].field(bottom) : current_->plane[i];
+// The frame or field whose header is read up to `bits`, which are of payload_; units from `first` to before `end`.
+void StreamDecoder::decodeField(const PictureHeader& header, const WordReader& bits,
+                                std::shared_ptr<const PictureUnits> units, std::size_t first, std::size_t end) {
+    auto task = std::make_unique<FieldTask>();
+    task->number = pictures_;
+    task->sequence = sequence_;
+    task->header = header;
+    task->units = std::move(units);
+    task->first = first;
+    task->end = end;
+    task->picture = current_;
+    for (std::size_t i = 0; i < 2; ++i)
+        if (anchors_[i]) task->kept[i] = anchors_[i]->picture;
+    const bool field = header.isField(), bottom = header.bottomField();
+    if (const auto& before = anchors_[1] ? anchors_[1] : anchors_[0]; before)
+        task->before = {before->picture->plane, before->picture->progress,
+                        !field   ? RowProgress::kFrame
+                        : bottom ? 2
+                                 : 1};
+    PictureContext& context = task->context;
+    context.sequence = &task->sequence;
+    context.header = &task->header;
+    context.width = sequence_.widthInMbs();
+    context.height = field ? sequence_.fieldHeightInMbs() : sequence_.heightInMbs();
+    context.codedWidth = sequence_.width;
+    context.codedHeight = field ? (sequence_.height + (bottom ? 0 : 1)) / 2 : sequence_.height;
+    context.rounding = header.rounding;
+    context.mbs = current_->mbs.data() + (bottom ? current_->mbs.size() / 2 : 0);
+    for (int i = 0; i < 3; ++i) context.plane[i] = field ? current_->plane[i].field(bottom) : current_->plane[i];
     if (field)
-        setFieldReferences();
-    else if (!header_.isIntra())
-        setFrameReferences();
-    pictureDecoder_.begin(context_);
+        setFieldReferences(*task);
+    else if (!header.isIntra())
+        setFrameReferences(*task);
+    task->payload = std::move(payload_);  // where `bits` reads on
+    task->bits = bits;
+    payload_ = sparePayloads_.take();
+    tasks_.run(std::move(task));
 }
 
-void StreamDecoder::setFrameReferences() {
-    const bool isB = header_.type == PictureType::B;
+// Counts what was found in decoding, and keeps for later what can be used again.
+void StreamDecoder::retire(FieldTask& task) {
+    slicesSeen_ += task.slices;
+    for (std::size_t i = 0; i < std::size(kinds_); ++i) kinds_[i] += task.kinds[i];
+    secondsMacroblocks_ += task.secondsMacroblocks;
+    secondsFilters_ += task.secondsFilters;
+    sparePayloads_.give(std::move(task.payload));
+}
+
+void StreamDecoder::setFrameReferences(FieldTask& task) {
+    const PictureHeader& header = task.header;
+    PictureContext& context = task.context;
+    const bool isB = header.type == PictureType::B;
     Anchor& forward = isB ? *anchors_[0] : *anchors_[1];
     // The compensation stays in force for this reference when B pictures use it.
-    if (header_.compensates) compensate(forward.map[0], header_.compensation[0]);
+    if (header.compensates) compensate(forward.map[0], header.compensation[0]);
     const auto attach = [&](const Anchor& anchor, bool compensated, ReferenceMap& map, Reference& reference) {
         reference = referenceTo(anchor.picture, -1);
         setIdentity(map);
         if (compensated && anchor.map[0].active) map = anchor.map[0];
-        if (anchor.picture->rangeReduced != header_.rangeReduced) changeRange(map, header_.rangeReduced);
+        if (anchor.picture->rangeReduced != header.rangeReduced) changeRange(map, header.rangeReduced);
         if (map.active) reference.map = &map;
     };
-    attach(forward, true, forwardMap_, context_.forward);
+    attach(forward, true, task.maps[0], context.forward);
     if (!isB) return;
     const Anchor& backward = *anchors_[1];
-    attach(backward, false, backwardMap_, context_.backward);
-    context_.colocated = backward.skipped ? nullptr : backward.picture->mbs.data();
+    attach(backward, false, task.maps[1], context.backward);
+    context.colocated = backward.skipped ? nullptr : backward.picture->mbs.data();
 }
 
-void StreamDecoder::setFieldReferences() {
-    if (header_.isIntra()) return;
-    const int parity = header_.bottomField() ? 1 : 0;
+void StreamDecoder::setFieldReferences(FieldTask& task) {
+    const PictureHeader& header = task.header;
+    Reference(&references)[2] = task.context.field;
+    if (header.isIntra()) return;
+    const int parity = header.bottomField() ? 1 : 0;
     for (const int p : {0, 1}) {
-        const bool ofCurrent = header_.secondField && p != parity;
+        const bool ofCurrent = header.secondField && p != parity;
         if (!ofCurrent && !anchors_[1]) continue;
-        context_.field[p] = referenceTo(ofCurrent ? current_ : anchors_[1]->picture, p);
+        references[p] = referenceTo(ofCurrent ? current_ : anchors_[1]->picture, p);
         ReferenceMap& map = ofCurrent ? currentMap_[p] : anchors_[1]->map[p];
-        if (header_.compensatesField[p]) compensate(map, header_.compensation[p]);
-        if (map.active) context_.field[p].map = &map;
+        if (header.compensatesField[p]) compensate(map, header.compensation[p]);
+        if (!map.active) continue;
+        task.maps[p] = map;
+        references[p].map = &task.maps[p];
     }
     // Where there is no frame before, the first field is all that can be predicted from.
     for (const int p : {0, 1})
-        if (!context_.field[p].present()) context_.field[p] = context_.field[1 - p];
-}
-
-void StreamDecoder::finishField() {
-    conceal();
-    const Stopwatch watch(secondsFilters_);
-    pictureDecoder_.finish();
-}
-
-// What could not be decoded is taken from the picture before.
-void StreamDecoder::conceal() {
-    const int field = !header_.isField() ? -1 : header_.bottomField() ? 1 : 0;
-    Reference before;
-    const auto& anchor = anchors_[1] ? anchors_[1] : anchors_[0];
-    if (anchor)
-        for (int i = 0; i < 3; ++i)
-            before.plane[i] = field < 0 ? anchor->picture->plane[i] : anchor->picture->plane[i].field(field == 1);
-    const auto count = static_cast<std::size_t>(context_.width * context_.height);
-    const long missing = concealLost<Macroblock>(context_.plane, std::span<const Macroblock>(context_.mbs, count),
-                                                 before.present() ? before.plane : nullptr, kinds_);
-    if (missing > 0) damage(missingMacroblocks(missing, count));
+        if (!references[p].present()) references[p] = references[1 - p];
 }
 
 void StreamDecoder::finishFrame(bool complete) {
     if (!complete) {  // a field that never came shows the lines of the other one
         const int have = current_->topFieldFirst ? 0 : 1;
+        current_->progress.await(1 << have, RowProgress::kAll);
         for (const vekapp::Plane& plane : current_->plane) vekapp::repeatField(plane, have == 1);
         const auto half = static_cast<std::ptrdiff_t>(current_->mbs.size() / 2);
         std::fill_n(current_->mbs.begin() + (have == 0 ? half : 0), half, Macroblock{});
+        current_->progress.publish(RowProgress::kFrame, RowProgress::kAll);
     }
     const PicturePtr done = std::move(current_);
     current_ = nullptr;
@@ -428,6 +405,7 @@ void StreamDecoder::flush() {
     decodeWaiting();
     showLast();
     forgetAnchors();
+    tasks_.finish();
 }
 
 }  // namespace vekdec::vc1

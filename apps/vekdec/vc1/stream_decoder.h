@@ -6,18 +6,19 @@
 
 #include "decoder.h"
 #include "frames/pool.h"
-#include "vc1/picture_decoder.h"
+#include "spares.h"
+#include "vc1/field_decoder.h"
 
 namespace vekdec::vc1 {
 
 class StreamDecoder : public Decoder {
   public:
-    StreamDecoder(Sinks sinks, const DecoderOptions& options) : sinks_(std::move(sinks)), stream_(options.stream) {}
+    StreamDecoder(Sinks sinks, const DecoderOptions& options);
 
     void decode(const Packet& packet) override;
     void flush() override;
     Statistics statistics() const override;
-    BlockMap blocks(const Frame& frame) const override;
+    BlockMap blocks(const Frame&) const override { return tasks_.blocks(); }
 
   private:
     using PicturePtr = std::shared_ptr<Picture>;
@@ -28,11 +29,6 @@ class StreamDecoder : public Decoder {
         PicturePtr picture;
         bool skipped = false;
         ReferenceMap map[2];  // intensity compensation: of frames the first one, of fields by parity
-    };
-    // A unit that waits for the end of its picture, among the waiting bytes.
-    struct Unit {
-        std::uint8_t code;
-        std::size_t begin, size;
     };
 
     void handleExtradata(Bytes extradata);
@@ -47,30 +43,26 @@ class StreamDecoder : public Decoder {
     void decodeWaiting();
     void skipPicture();
     bool beginFrame(const PictureHeader& header);  // false: it is left out
-    void beginField(const PictureHeader& header);
-    void setFrameReferences();
-    void setFieldReferences();
+    void decodeField(const PictureHeader& header, const WordReader& bits, std::shared_ptr<const PictureUnits> units,
+                     std::size_t first, std::size_t end);
+    void retire(FieldTask& task);
+    void setFrameReferences(FieldTask& task);
+    void setFieldReferences(FieldTask& task);
     Reference referenceTo(const PicturePtr& picture, int field) const;
-    // The slices of a frame or field: units from `first` to before `end`, of which the first one is begun already.
-    void decodeSlices(WordReader& bits, std::size_t first, std::size_t end);
-    void finishField();
-    void conceal();
     void finishFrame(bool complete);
     void keepAnchor(Anchor anchor);
     void showLast();
     void forgetAnchors();
     void show(const PicturePtr& picture);
-    void mapRange(const Picture& picture, int plane, const vekapp::Plane& to, int rangeMap) const;
+    void setPlanes(const Picture& picture, const Sequence& sequence, Frame& frame);
     void damage(const std::string& what);
 
-    Sinks sinks_;
     StreamInfo stream_;
     bool seenExtradata_ = false;
-    WordPayload payload_;
-    std::vector<std::uint8_t> waitingBytes_;
-    std::vector<Unit> waiting_;
+    std::unique_ptr<WordPayload> payload_ = std::make_unique<WordPayload>();
+    Spares<WordPayload> sparePayloads_;
+    std::shared_ptr<PictureUnits> waiting_ = std::make_shared<PictureUnits>();  // for the end of their picture
     PicturePool<Picture> pool_;
-    PictureDecoder pictureDecoder_;
     std::optional<vekapp::PictureMemory> mapped_;  // for output
     vekapp::PictureFormat mappedFormat_;
 
@@ -79,21 +71,19 @@ class StreamDecoder : public Decoder {
     bool haveSequence_ = false, haveEntryPoint_ = false;
     bool rounding_ = true;  // RNDCTRL of Simple and Main profile
 
-    PictureHeader header_;  // of the frame or field being decoded
-    PictureContext context_;
-    PicturePtr current_;
-    ReferenceMap currentMap_[2];  // of its first field, by parity
-    ReferenceMap forwardMap_, backwardMap_;
+    PicturePtr current_;                // the frame being decoded
+    ReferenceMap currentMap_[2];        // of its first field, by parity
     std::optional<Anchor> anchors_[2];  // older, newer
     bool newerShown_ = true;
-    const Picture* shown_ = nullptr;  // during Sinks::frame
 
     // Counted.
-    long frames_ = 0, pictures_ = 0, slicesSeen_ = 0, damaged_ = 0, leftOutPictures_ = 0, skippedPictures_ = 0;
+    long pictures_ = 0, slicesSeen_ = 0, leftOutPictures_ = 0, skippedPictures_ = 0;
     long repeated_ = 0;
     long kinds_[9] = {};
     std::uint64_t bytes_ = 0;
     double secondsMacroblocks_ = 0, secondsFilters_ = 0, secondsTotal_ = 0;
+
+    PictureTasks<FieldDecoder, FieldTask> tasks_;  // ends first
 };
 
 }  // namespace vekdec::vc1
