@@ -11,7 +11,7 @@ import subprocess
 import sys
 import tempfile
 
-DAMAGED = 40  # of each folder
+DAMAGED = 16  # of each folder
 ENDINGS = {".264", ".m1v", ".m2v", ".m4v", ".rcv", ".vc1", ".avs", ".dv"}
 
 
