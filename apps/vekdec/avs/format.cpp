@@ -29,15 +29,13 @@ constexpr const char* kCodecs[] = {"cavs"};
 }  // namespace
 
 Format format() {
-    return {"avs",
-            "AVS video (AVS1-P2, GB/T 20090.2): Jizhun profile, 4:2:0, without B fields",
-            kCodecs,
-            probe,
-            splitAtStartCode,
-            makeDecoder<StreamDecoder>,
-            false,
-            false,
-            true};
+    return {.name = "avs",
+            .what = "AVS video (AVS1-P2, GB/T 20090.2): Jizhun profile, 4:2:0, without B fields",
+            .codecs = kCodecs,
+            .probe = probe,
+            .split = splitAtStartCode,
+            .make = makeDecoder<StreamDecoder>,
+            .threaded = true};
 }
 
 }  // namespace vekdec::avs

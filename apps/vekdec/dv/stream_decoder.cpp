@@ -163,11 +163,14 @@ constexpr const char* kCodecs[] = {"dvvideo"};
 }  // namespace
 
 Format format() {
-    return {"dv",    "DV and DV100 (IEC 61834-2, SMPTE 314M, 370M): 25, 50 and 100 Mb/s",
-            kCodecs, probe,
-            split,   makeDecoder<StreamDecoder>,
-            true,    false,
-            true};
+    return {.name = "dv",
+            .what = "DV and DV100 (IEC 61834-2, SMPTE 314M, 370M): 25, 50 and 100 Mb/s",
+            .codecs = kCodecs,
+            .probe = probe,
+            .split = split,
+            .make = makeDecoder<StreamDecoder>,
+            .interleaves = true,
+            .threaded = true};
 }
 
 }  // namespace vekdec::dv

@@ -227,15 +227,13 @@ Statistics StreamDecoder::statistics() const {
 
 Format format() {
     static constexpr const char* kCodecs[] = {"h264"};
-    return {"h264",
-            "H.264 (ISO 14496-10), CAVLC and CABAC: Baseline, Extended, Main and High up to 4:2:2 and 10 bits",
-            kCodecs,
-            probe,
-            splitAtStartCode,
-            makeDecoder<StreamDecoder>,
-            false,
-            false,
-            true};
+    return {.name = "h264",
+            .what = "H.264 (ISO 14496-10), CAVLC and CABAC: Baseline, Extended, Main and High up to 4:2:2 and 10 bits",
+            .codecs = kCodecs,
+            .probe = probe,
+            .split = splitAtStartCode,
+            .make = makeDecoder<StreamDecoder>,
+            .threaded = true};
 }
 
 }  // namespace vekdec::h264

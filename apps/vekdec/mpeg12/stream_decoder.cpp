@@ -339,15 +339,13 @@ constexpr const char* kCodecs[] = {"mpeg1video", "mpeg2video"};
 }  // namespace
 
 Format format() {
-    return {"mpeg2",
-            "MPEG-1 and MPEG-2 video (ISO 11172-2, 13818-2): Main and 4:2:2 profile, 8 bits",
-            kCodecs,
-            probe,
-            splitAtStartCode,
-            makeDecoder<StreamDecoder>,
-            false,
-            false,
-            true};
+    return {.name = "mpeg2",
+            .what = "MPEG-1 and MPEG-2 video (ISO 11172-2, 13818-2): Main and 4:2:2 profile, 8 bits",
+            .codecs = kCodecs,
+            .probe = probe,
+            .split = splitAtStartCode,
+            .make = makeDecoder<StreamDecoder>,
+            .threaded = true};
 }
 
 }  // namespace vekdec::mpeg12

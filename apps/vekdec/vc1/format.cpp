@@ -47,16 +47,16 @@ constexpr const char* kCodecs[] = {"wmv3", "vc1"};
 }  // namespace
 
 Format format() {
-    return {"vc1",
+    return {
+        .name = "vc1",
+        .what =
             "VC-1 video (SMPTE 421M): Simple, Main and Advanced profile, without frame-interlaced P and B pictures, "
             "nor B fields",
-            kCodecs,
-            probe,
-            split,
-            makeDecoder<StreamDecoder>,
-            false,
-            false,
-            true};
+        .codecs = kCodecs,
+        .probe = probe,
+        .split = split,
+        .make = makeDecoder<StreamDecoder>,
+        .threaded = true};
 }
 
 }  // namespace vekdec::vc1
