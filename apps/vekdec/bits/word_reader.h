@@ -43,11 +43,14 @@ class WordPayload {
 class WordReader {
   public:
     explicit WordReader(const WordPayload& payload)
-        : base_(const_cast<Vek32u*>(payload.words().data())), word_(base_), end_(payload.bits()) {}
+        : base_(const_cast<Vek32u*>(payload.words().data())),
+          word_(base_),
+          end_(payload.bits()),
+          endWord_(base_ + end_ / 32) {}
 
     std::uint32_t u(int n) {  // n up to 32
         if (n == 0) return 0;
-        if (position() + static_cast<std::size_t>(n) > end_) throwEnd();
+        if (endWord_ - word_ < 2 && position() + static_cast<std::size_t>(n) > end_) throwEnd();
         const std::uint32_t bits = peek32() >> (32 - n);
         skip(static_cast<std::size_t>(n));
         return bits;
@@ -74,8 +77,9 @@ class WordReader {
         return static_cast<std::size_t>(word_ - base_) * 32 + static_cast<std::size_t>(31 - offset_);
     }
     std::size_t end() const { return end_; }
-    bool moreData() const { return position() < end_; }
-    bool beyondEnd() const { return position() > end_; }
+    // The words alone tell nearly always.
+    bool moreData() const { return word_ < endWord_ || position() < end_; }
+    bool beyondEnd() const { return word_ >= endWord_ && position() > end_; }
     void checkEnd() const {
         if (beyondEnd()) throwEnd();
     }
@@ -95,6 +99,7 @@ class WordReader {
     Vek32u* word_;
     Vek32s offset_ = 31;
     std::size_t end_;
+    const Vek32u* endWord_;  // with the bit behind the last one
 };
 
 }  // namespace vekdec

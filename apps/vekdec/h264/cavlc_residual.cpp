@@ -1,5 +1,7 @@
 #include "h264/cavlc_residual.h"
 
+#include <array>
+#include <bit>
 #include <cstring>
 #include <new>
 #include <type_traits>
@@ -34,12 +36,25 @@ struct Counts {
     static constexpr std::uint8_t kNotAvailable = 64;
     std::uint8_t count[5 * kStep];
 
-    static int at(int x, int y) { return (y + 1) * kStep + x + 1; }
+    static constexpr int at(int x, int y) { return (y + 1) * kStep + x + 1; }
     int nC(int i) const {
         const int sum = count[i - 1] + count[i - kStep];
         return sum < kNotAvailable ? (sum + 1) >> 1 : sum & 31;
     }
 };
+
+// Of luma blocks in decoding order: their place in raster order, and among the counts.
+struct BlockPlace {
+    std::uint8_t raster, at;
+};
+constexpr auto kPlaces = [] {
+    std::array<BlockPlace, 16> places{};
+    for (std::size_t i = 0; i < 16; ++i) {
+        const int raster = kBlockRaster[i];
+        places[i] = {kBlockRaster[i], static_cast<std::uint8_t>(Counts::at(raster & 3, raster >> 2))};
+    }
+    return places;
+}();
 
 // coeff_token of TotalCoeff 0 (Table 9-5) by nC.
 struct EmptyToken {
@@ -103,14 +118,17 @@ struct Parser {
         for (int i = 0; i < 4; ++i) std::memset(whole + 16 * i, 0, 16 * sizeof(Coeff));
         int total = 0;
         for (int i = 0; i < 4; ++i) {
-            const int raster = kBlockRaster[4 * quadrant + i], at = Counts::at(raster & 3, raster >> 2);
+            const auto [raster, at] = kPlaces[4 * quadrant + i];
             Coeff part[16];
             next = part;
             const int n = block(counts.nC(at), 16, kInOrder);
             counts.count[at] = totalCoeff[raster] = static_cast<std::uint8_t>(n);
             total += n;
             if (n == 0) continue;
-            for (int k = 0; k < 16; ++k) whole[scan8x8[4 * k + i]] = part[k];
+            // Most coefficients stand at the front.
+            for (int k = 0; k < 16; k += 4)
+                if ((part[k] | part[k + 1] | part[k + 2] | part[k + 3]) != 0)
+                    for (int j = k; j < k + 4; ++j) whole[scan8x8[4 * j + i]] = part[j];
         }
         next = total == 0 ? whole : whole + 64;
         return total != 0;
@@ -158,8 +176,8 @@ Coeff* parseCavlcResidual(BitReader& bits, const CavlcTables& tables, const Neig
     if (is16x16 || (mb.codedBlockPattern & 15) != 0) gatherLuma(neighbours, counts);
     if (is16x16 && parser.block(counts.nC(Counts::at(0, 0)), 16, parser.scan) != 0) coded |= 1;
     unsigned nonZero = 0;
-    for (int quadrant = 0; quadrant < 4; ++quadrant) {
-        if ((mb.codedBlockPattern >> quadrant & 1) == 0) continue;
+    for (unsigned left = mb.codedBlockPattern & 15; left != 0; left &= left - 1) {
+        const int quadrant = std::countr_zero(left);
         if (mb.transform8x8) {
             if (parser.block8x8(counts, mb.totalCoeff, quadrant, kScan8x8[mb.field])) {
                 coded |= 2u << (4 * quadrant);
@@ -168,8 +186,7 @@ Coeff* parseCavlcResidual(BitReader& bits, const CavlcTables& tables, const Neig
             continue;
         }
         for (int i = 0; i < 4; ++i) {
-            const int raster = kBlockRaster[4 * quadrant + i];
-            const int at = Counts::at(raster & 3, raster >> 2);
+            const auto [raster, at] = kPlaces[4 * quadrant + i];
             const int n = parser.block(counts.nC(at), is16x16 ? 15 : 16, parser.scan);
             counts.count[at] = mb.totalCoeff[raster] = static_cast<std::uint8_t>(n);
             if (n != 0) {

@@ -107,11 +107,8 @@ bool motionDiffers(const Macroblock& p, int i, const Macroblock& q, int j, int l
 // `coded`: segments beside coefficients. `run` segments in a row have the same motion on both sides.
 EdgeStrength strengthsBetween(const Macroblock& p, int i, const Macroblock& q, int j, int by, unsigned coded, int run,
                               int limitY) {
+    if (coded == 15) return 2 * kOnes[15];
     unsigned differ = 0;
-    if (run == 4) {
-        if (coded != 15 && motionDiffers(p, i, q, j, limitY)) differ = 15;
-        return 2 * kOnes[coded] | kOnes[differ & ~coded];
-    }
     for (int s = 0; s < 4; s += run) {
         const unsigned segments = ((1u << run) - 1) << s;
         if ((segments & ~coded) != 0 && motionDiffers(p, i + by * s, q, j + by * s, limitY)) differ |= segments;
@@ -194,7 +191,8 @@ Two joined(One first, One second) {
                                                       : static_cast<Two>(second | Two{first} << kBits);
 }
 
-template <typename Sample>
+// `pairs`: of an MBAFF frame, whose macroblocks come in pairs of frame or of field macroblocks.
+template <typename Sample, bool pairs>
 class Filter {
   public:
     Filter(Picture& picture, int structure, const SequenceParameterSet& sps)
@@ -202,9 +200,10 @@ class Filter {
           structure_(structure),
           sps_(sps),
           planes_(sps.chromaFormatIdc == 0 ? 1 : 3),
-          is422_(sps.chromaFormatIdc == 2) {
-        const int count = static_cast<int>(picture.mbs.size()) / (structure == kFrame ? 1 : 2);
-        mbs_ = picture.mbs.data() + (structure == kBottomField ? count : 0);
+          is422_(sps.chromaFormatIdc == 2),
+          width_(picture.widthInMbs),
+          parameterSets_(picture.slices[structure == kBottomField].data()),
+          mbs_(picture.mbs.data() + (structure == kBottomField ? picture.mbs.size() / 2 : 0)) {
         for (int i = 0; i < 3; ++i) {
             mbWidth_[i] = i == 0 ? 16 : sps.chromaWidthMb();
             mbHeight_[i] = i == 0 ? 16 : sps.chromaHeightMb();
@@ -212,11 +211,15 @@ class Filter {
     }
 
     void run(int firstRow, int endRow) {
-        const bool pairs = picture_.mbaff && structure_ == kFrame;
-        int address = firstRow * picture_.widthInMbs * (pairs ? 2 : 1);
-        for (int row = firstRow; row < endRow; ++row)
-            for (int column = 0; column < picture_.widthInMbs; ++column)
-                for (int i = 0; i < (pairs ? 2 : 1); ++i) filterMacroblock(address++, column, row);
+        for (int row = firstRow; row < endRow; ++row) {
+            if constexpr (pairs) {
+                const Macroblock* mb = mbs_ + row * width_ * 2;
+                for (int column = 0; column < width_; ++column)
+                    for (const bool bottom : {false, true}) filterOfPair(*mb++, column, row, bottom);
+            } else {
+                filterRow(row);
+            }
+        }
     }
 
   private:
@@ -227,15 +230,37 @@ class Filter {
         Sample tc0[16];
     };
 
-    // `column` and `row` count macroblocks, or pairs of MBAFF frames.
-    void filterMacroblock(int address, int column, int row);
+    void filterRow(int row);
+    // The same for a macroblock of a pair; `column` and `row` count pairs.
+    void filterOfPair(const Macroblock& mb, int column, int row, bool bottom);
     void filterMixedLeft(const Macroblock* left, const Macroblock& mb, bool bottom);
     void filterTopInFields(const Macroblock* above, const Macroblock& mb);
-    void filterEdges(Direction direction, const Macroblock* outer, const Macroblock& mb, const Strengths& strengths,
-                     int row = 0, int stepFactor = 1);
+    template <Direction direction>
+    void filterEdges(const Macroblock* outer, const Macroblock& mb, const Strengths& strengths, int row = 0,
+                     int stepFactor = 1);
     void callEdges(Direction direction, int component, std::uint8_t* data, int step, const Thresholds& t,
                    const Strengths& strengths) const;
     void callMixed(int component, std::uint8_t* data, int step, const Thresholds& t, EdgeStrength bS) const;
+
+    // Whether the macroblock's edges are filtered; takes its slice's parameters.
+    bool enter(const Macroblock& mb) {
+        if (mb.type == MbType::Missing) return false;
+        parameters_ = parameterSets_ + mb.slice;
+        return parameters_->disableDeblockingIdc != 1;
+    }
+    // The neighbour, null where the edge towards it is not filtered.
+    const Macroblock* usable(const Macroblock* other, const Macroblock& mb) const {
+        if (other == nullptr || other->type == MbType::Missing) return nullptr;
+        return parameters_->disableDeblockingIdc == 2 && other->slice != mb.slice ? nullptr : other;
+    }
+    void setPlace(const MacroblockPosition& position) {
+        for (int i = 0; i < planes_; ++i) {
+            const vekapp::Plane& plane = picture_.plane[i];
+            const Place place = placeOf(position, mbWidth_[i], mbHeight_[i]);
+            data_[i] = plane.data + plane.stride * place.y + place.x * static_cast<int>(sizeof(Sample));
+            step_[i] = static_cast<int>(plane.stride) * place.rowDistance;
+        }
+    }
 
     static int qpOf(const Macroblock& mb, int component) { return component == 0 ? mb.qp : mb.qpc[component - 1]; }
     int bitDepth(int component) const { return component == 0 ? sps_.bitDepthLuma : sps_.bitDepthChroma; }
@@ -265,7 +290,9 @@ class Filter {
     const SequenceParameterSet& sps_;
     const int planes_;
     const bool is422_;
-    Macroblock* mbs_;
+    const int width_;  // macroblocks
+    const SliceParameters* const parameterSets_;
+    const Macroblock* const mbs_;
     int mbWidth_[3], mbHeight_[3];
     // Of the macroblock being filtered:
     const SliceParameters* parameters_ = nullptr;
@@ -273,36 +300,42 @@ class Filter {
     int step_[3] = {};
 };
 
-template <typename Sample>
-void Filter<Sample>::filterMacroblock(int address, int column, int row) {
-    const Macroblock& mb = mbs_[address];
-    if (mb.type == MbType::Missing) return;
-    parameters_ = &picture_.slices[structure_ == kBottomField][mb.slice];
-    if (parameters_->disableDeblockingIdc == 1) return;
-    const int width = picture_.widthInMbs;
-    const bool pairs = picture_.mbaff && structure_ == kFrame;
-    const bool bottom = pairs && address % 2 != 0;
-    const bool withinSlice = parameters_->disableDeblockingIdc == 2;
-    const auto usable = [&](const Macroblock& other) {
-        return other.type != MbType::Missing && (!withinSlice || other.slice == mb.slice);
-    };
-    const Macroblock* left = column == 0 ? nullptr : &mbs_[pairs ? address - 2 : address - 1];
+template <typename Sample, bool pairs>
+void Filter<Sample, pairs>::filterRow(int row) {
+    setPlace({structure_, false, 0, row});
+    const Macroblock* mb = mbs_ + row * width_;
+    for (int column = 0; column < width_; ++column, ++mb) {
+        if (enter(*mb)) {
+            const Macroblock* const left = usable(column > 0 ? mb - 1 : nullptr, *mb);
+            const Macroblock* const above = usable(row > 0 ? mb - width_ : nullptr, *mb);
+            Strengths strengths[2] = {};
+            deriveInner(*mb, is422_, strengths);
+            if (left != nullptr) strengths[kVerticalEdges].edge[0] = deriveOuter(*left, *mb, kVerticalEdges);
+            if (above != nullptr) strengths[kHorizontalEdges].edge[0] = deriveOuter(*above, *mb, kHorizontalEdges);
+            filterEdges<kVerticalEdges>(left, *mb, strengths[kVerticalEdges]);
+            filterEdges<kHorizontalEdges>(above, *mb, strengths[kHorizontalEdges]);
+        }
+        for (int i = 0; i < planes_; ++i) data_[i] += mbWidth_[i] * static_cast<int>(sizeof(Sample));
+    }
+}
+
+template <typename Sample, bool pairs>
+void Filter<Sample, pairs>::filterOfPair(const Macroblock& mb, int column, int row, bool bottom) {
+    if (!enter(mb)) return;
+    const Macroblock* const left = usable(column > 0 ? &mb - 2 : nullptr, mb);
     const Macroblock* above = nullptr;
     bool aboveInFields = false;  // a frame macroblock below a field pair
     bool mixedAbove = false;     // a field macroblock below a frame pair
-    if (!pairs) {
-        if (row > 0) above = &mbs_[address - width];
-    } else if (bottom && !mb.field) {
+    if (bottom && !mb.field) {
         above = &mb - 1;
     } else if (row > 0) {
-        const Macroblock* pair = &mbs_[address - bottom - 2 * width];
+        const Macroblock* pair = &mb - bottom - 2 * width_;
         aboveInFields = !mb.field && pair->field;
         mixedAbove = mb.field && !pair->field;
         above = aboveInFields ? pair : mb.field && !bottom && pair->field ? pair : pair + 1;
     }
-    if (left != nullptr && !usable(*left)) left = nullptr;
-    if (above != nullptr && !usable(*above)) above = nullptr;
-    const bool mixedLeft = left != nullptr && pairs && left->field != mb.field;
+    above = usable(above, mb);
+    const bool mixedLeft = left != nullptr && left->field != mb.field;
 
     Strengths strengths[2] = {};
     deriveInner(mb, is422_, strengths);
@@ -314,24 +347,19 @@ void Filter<Sample>::filterMacroblock(int address, int column, int row) {
         strengths[kHorizontalEdges].edge[0] = deriveOuter(*above, mb, kHorizontalEdges);
     if (!mixedLeft && !aboveInFields && !strengths[0].any() && !strengths[1].any()) return;
 
-    const MacroblockPosition position{structure_, pairs, column, row, bottom, pairs && mb.field};
-    for (int i = 0; i < planes_; ++i) {
-        const vekapp::Plane& plane = picture_.plane[i];
-        const Place place = placeOf(position, mbWidth_[i], mbHeight_[i]);
-        data_[i] = plane.data + plane.stride * place.y + place.x * static_cast<int>(sizeof(Sample));
-        step_[i] = static_cast<int>(plane.stride) * place.rowDistance;
-    }
+    setPlace({structure_, true, column, row, bottom, mb.field});
     if (mixedLeft) filterMixedLeft(left - bottom, mb, bottom);
-    filterEdges(kVerticalEdges, left, mb, strengths[kVerticalEdges]);
+    filterEdges<kVerticalEdges>(left, mb, strengths[kVerticalEdges]);
     if (above != nullptr && aboveInFields) filterTopInFields(above, mb);
-    filterEdges(kHorizontalEdges, above, mb, strengths[kHorizontalEdges]);
+    filterEdges<kHorizontalEdges>(above, mb, strengths[kHorizontalEdges]);
 }
 
 // All edges of a direction, in all components. `outer` is the macroblock at the other side of edge 0; it counts where
 // that edge has a strength. The block begins `row` rows further down, its rows lie `stepFactor` times as far apart.
-template <typename Sample>
-void Filter<Sample>::filterEdges(Direction direction, const Macroblock* outer, const Macroblock& mb,
-                                 const Strengths& strengths, int row, int stepFactor) {
+template <typename Sample, bool pairs>
+template <Direction direction>
+void Filter<Sample, pairs>::filterEdges(const Macroblock* outer, const Macroblock& mb, const Strengths& strengths,
+                                        int row, int stepFactor) {
     if (!strengths.any()) return;
     Thresholds t{};
     for (int i = 0; i < planes_; ++i) {
@@ -348,9 +376,9 @@ void Filter<Sample>::filterEdges(Direction direction, const Macroblock* outer, c
 }
 
 // tC0 stands for edges 0 to 3, or for edges 0 and 2 one behind the other.
-template <typename Sample>
-void Filter<Sample>::setThresholds(Thresholds& t, int component, bool allEdges, const Macroblock* outer,
-                                   const Macroblock& mb, const EdgeStrength (&edge)[4]) const {
+template <typename Sample, bool pairs>
+void Filter<Sample, pairs>::setThresholds(Thresholds& t, int component, bool allEdges, const Macroblock* outer,
+                                          const Macroblock& mb, const EdgeStrength (&edge)[4]) const {
     const int own = qpOf(mb, component);
     const int atOuter = edge[0] == 0 ? own : (qpOf(*outer, component) + own + 1) >> 1;
     const ByIndexA &outerA = byIndexA(atOuter), &innerA = byIndexA(own);
@@ -365,8 +393,8 @@ void Filter<Sample>::setThresholds(Thresholds& t, int component, bool allEdges, 
 }
 
 // The left edge between a frame and a field macroblock pair; `left` is the left pair's first macroblock.
-template <typename Sample>
-void Filter<Sample>::filterMixedLeft(const Macroblock* left, const Macroblock& mb, bool bottom) {
+template <typename Sample, bool pairs>
+void Filter<Sample, pairs>::filterMixedLeft(const Macroblock* left, const Macroblock& mb, bool bottom) {
     for (int call = 0; call < 2; ++call) {
         const Macroblock& p = left[call];
         const EdgeStrength bS = mixedStrengths([&](int k) {
@@ -385,19 +413,19 @@ void Filter<Sample>::filterMixedLeft(const Macroblock* left, const Macroblock& m
 }
 
 // The top edge of a frame macroblock below a field pair: each field's rows by themselves (8.7.1).
-template <typename Sample>
-void Filter<Sample>::filterTopInFields(const Macroblock* above, const Macroblock& mb) {
+template <typename Sample, bool pairs>
+void Filter<Sample, pairs>::filterTopInFields(const Macroblock* above, const Macroblock& mb) {
     for (int field = 0; field < 2; ++field) {
         Strengths strengths{};
         strengths.edge[0] =
             mixedStrengths([&](int s) { return mixedStrength(above[field], 12 + s, mb, s, kHorizontalEdges); });
-        filterEdges(kHorizontalEdges, &above[field], mb, strengths, field, 2);
+        filterEdges<kHorizontalEdges>(&above[field], mb, strengths, field, 2);
     }
 }
 
-template <typename Sample>
-void Filter<Sample>::callEdges(Direction direction, int component, std::uint8_t* data, int step, const Thresholds& t,
-                               const Strengths& strengths) const {
+template <typename Sample, bool pairs>
+void Filter<Sample, pairs>::callEdges(Direction direction, int component, std::uint8_t* data, int step,
+                                      const Thresholds& t, const Strengths& strengths) const {
     auto* samples = reinterpret_cast<Sample*>(data);
     const auto* bS = reinterpret_cast<const Vek8u*>(strengths.edge);
     const bool vertical = direction == kVerticalEdges;
@@ -428,9 +456,9 @@ void Filter<Sample>::callEdges(Direction direction, int component, std::uint8_t*
     }
 }
 
-template <typename Sample>
-void Filter<Sample>::callMixed(int component, std::uint8_t* data, int step, const Thresholds& t,
-                               EdgeStrength bS) const {
+template <typename Sample, bool pairs>
+void Filter<Sample, pairs>::callMixed(int component, std::uint8_t* data, int step, const Thresholds& t,
+                                      EdgeStrength bS) const {
     auto* samples = reinterpret_cast<Sample*>(data);
     if (component != 0 && is422_) {
         // Eight lines, two to a strength: what the 4:2:0 form does on its outer edge.
@@ -460,10 +488,15 @@ void Filter<Sample>::callMixed(int component, std::uint8_t* data, int step, cons
 }  // namespace
 
 void deblockRows(Picture& picture, int structure, const SequenceParameterSet& sps, int firstRow, int endRow) {
-    if (picture.bytesPerSample == 2)
-        Filter<Vek16u>(picture, structure, sps).run(firstRow, endRow);
+    const bool pairs = picture.mbaff && structure == kFrame, wide = picture.bytesPerSample == 2;
+    if (pairs && wide)
+        Filter<Vek16u, true>(picture, structure, sps).run(firstRow, endRow);
+    else if (pairs)
+        Filter<Vek8u, true>(picture, structure, sps).run(firstRow, endRow);
+    else if (wide)
+        Filter<Vek16u, false>(picture, structure, sps).run(firstRow, endRow);
     else
-        Filter<Vek8u>(picture, structure, sps).run(firstRow, endRow);
+        Filter<Vek8u, false>(picture, structure, sps).run(firstRow, endRow);
 }
 
 }  // namespace vekdec::h264

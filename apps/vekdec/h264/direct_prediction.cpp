@@ -128,8 +128,7 @@ void DirectPrediction::prepare(const MotionCache& cache) {
         spatialRef_[list] = static_cast<int>(std::min({a, b, c}));
         if (spatialRef_[list] >= context_.referenceCount[current_.view][static_cast<std::size_t>(list)])
             throw BadSyntax("direct prediction with a reference index outside the list");
-        spatialMv_[list] =
-            spatialRef_[list] < 0 ? MotionVector{} : predictMotionVector(cache, list, 0, 0, 4, spatialRef_[list]);
+        spatialMv_[list] = spatialRef_[list] < 0 ? MotionVector{} : predictWhole(cache, list, spatialRef_[list]);
     }
     if (spatialRef_[0] < 0 && spatialRef_[1] < 0) {  // directZeroPrediction
         spatialRef_[0] = spatialRef_[1] = 0;

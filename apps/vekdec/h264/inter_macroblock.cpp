@@ -30,7 +30,7 @@ void MacroblockParser<Syntax>::predictSkipped() {
     Macroblock& mb = *current_.mb;
     mb.skipped = true;
     setQp(mb);
-    gatherMotion(neighbours_, mb.field, isB() ? 2 : 1, motion_);
+    gatherCorners(neighbours_, mb.field, isB() ? 2 : 1, motion_);
     if (isB()) {
         predictDirect();
     } else {
@@ -46,7 +46,11 @@ void MacroblockParser<Syntax>::predictSkipped() {
 template <typename Syntax>
 void MacroblockParser<Syntax>::parseInter(unsigned mbType) {
     Macroblock& mb = *current_.mb;
-    gatherMotion(neighbours_, mb.field, isB() ? 2 : 1, motion_);
+    const bool whole = isB() ? mbType < 4 : mbType == 0;
+    if (whole)
+        gatherCorners(neighbours_, mb.field, isB() ? 2 : 1, motion_);
+    else
+        gatherMotion(neighbours_, mb.field, isB() ? 2 : 1, motion_);
     bool transform8x8Allowed = true;
     if (isB() && mbType == 0) {
         predictDirect();
@@ -54,12 +58,10 @@ void MacroblockParser<Syntax>::parseInter(unsigned mbType) {
     } else if (mbType == (isB() ? 22u : 3u) || (!isB() && mbType == 4)) {
         parseSubMacroblocks(!isB() && mbType == 4);
         transform8x8Allowed = mb.partitioning != Partitioning::Smaller;
+    } else if (whole) {
+        parseWhole(isB() ? static_cast<std::uint8_t>(mbType) : std::uint8_t{kL0});
     } else if (!isB()) {
-        static constexpr std::uint8_t kLists[2] = {kL0, kL0};
-        parsePartitions(static_cast<Partitioning>(mbType), kLists);
-    } else if (mbType < 4) {
-        const std::uint8_t lists[2] = {static_cast<std::uint8_t>(mbType), 0};
-        parsePartitions(Partitioning::Whole, lists);
+        parsePartitions(static_cast<Partitioning>(mbType), kPartitionLists[0]);
     } else {
         parsePartitions(mbType % 2 == 0 ? Partitioning::Rows16x8 : Partitioning::Columns8x16,
                         kPartitionLists[(mbType - 4) / 2]);
@@ -84,28 +86,37 @@ MotionVector MacroblockParser<Syntax>::parseVector(int list, int x, int y, int w
 }
 
 template <typename Syntax>
+void MacroblockParser<Syntax>::parseWhole(std::uint8_t lists) {
+    current_.mb->partitioning = Partitioning::Whole;
+    syntax_.beginMotion(motion_, isB() ? 2 : 1);
+    int ref[2];
+    for (int list = 0; list < 2; ++list) ref[list] = lists >> list & 1 ? parseRefIdx(list, 0, 0, 4, 4) : -1;
+    for (int list = 0; list < (isB() ? 2 : 1); ++list) {
+        const int r = ref[list];
+        motion_.setWhole(list, static_cast<std::int8_t>(r),
+                         r < 0 ? MotionVector{} : parseVector(list, 0, 0, 4, 4, predictWhole(motion_, list, r)));
+    }
+}
+
+// Two partitions of 16x8 or 8x16.
+template <typename Syntax>
 void MacroblockParser<Syntax>::parsePartitions(Partitioning partitioning, const std::uint8_t* lists) {
     current_.mb->partitioning = partitioning;
-    const int count = partitioning == Partitioning::Whole ? 1 : 2;
-    const int w = partitioning == Partitioning::Columns8x16 ? 2 : 4, h = partitioning == Partitioning::Rows16x8 ? 2 : 4;
-    const PartitionShape shape = partitioning == Partitioning::Rows16x8      ? PartitionShape::Wide16x8
-                                 : partitioning == Partitioning::Columns8x16 ? PartitionShape::Tall8x16
-                                                                             : PartitionShape::Other;
+    const bool rows = partitioning == Partitioning::Rows16x8;
+    const int w = rows ? 4 : 2, h = rows ? 2 : 4;
+    const PartitionShape shape = rows ? PartitionShape::Wide16x8 : PartitionShape::Tall8x16;
     syntax_.beginMotion(motion_, isB() ? 2 : 1);
     int ref[2][2];
     for (int list = 0; list < 2; ++list)
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < 2; ++i)
             ref[list][i] = lists[i] >> list & 1 ? parseRefIdx(list, i * (w & 3), i * (h & 3), w, h) : -1;
     for (int list = 0; list < (isB() ? 2 : 1); ++list)
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < 2; ++i) {
             const int x = i * (w & 3), y = i * (h & 3), r = ref[list][i];
             const MotionVector mv =
                 r < 0 ? MotionVector{}
                       : parseVector(list, x, y, w, h, predictMotionVector(motion_, list, x, y, w, r, shape));
-            if (partitioning == Partitioning::Whole)
-                motion_.setWhole(list, static_cast<std::int8_t>(r), mv);
-            else
-                motion_.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
+            motion_.fill(list, x, y, w, h, static_cast<std::int8_t>(r), mv);
         }
 }
 

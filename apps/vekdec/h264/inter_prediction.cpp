@@ -5,6 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "h264/prefetch.h"
 #include "vekvc.h"
 
 namespace vekdec::h264 {
@@ -266,48 +267,22 @@ class Predictor {
         const Macroblock& mb = *current_.mb;
         const int quadrant = (y >> 1) * 2 + (x >> 1);
         const int ref[2] = {mb.refIdx[0][quadrant], mb.refIdx[1][quadrant]};
-        const ReferencePicture* pictures[2] = {};
-        for (std::size_t list = 0; list < 2; ++list) {
-            if (ref[list] < 0) continue;
-            pictures[list] = &context_.references[current_.view][list][static_cast<std::size_t>(ref[list])];
-            if (pictures[list]->picture == nullptr) throw BadSyntax("a reference picture is missing");
-        }
-        const bool both = pictures[0] != nullptr && pictures[1] != nullptr;
-        // Sizes are built from numbers at hand, never read back in one piece from where they were stored in two.
-        const VekiSize lumaSize = {4 * w, 4 * h}, chromaSize = {2 * w, 4 * h >> subY_};
+        const Partition p{x, y, w, h, {4 * w, 4 * h}, {2 * w, 4 * h >> subY_}};
         Block<Sample> own[3];
         for (std::size_t i = 0; i < planes_; ++i) own[i] = block(i, x, y);
-        alignas(32) Sample second[3][16 * 16];
-        constexpr int kSpareStep = 16 * static_cast<int>(sizeof(Sample));
-        const Block<Sample> aside[3] = {{second[0], kSpareStep}, {second[1], kSpareStep}, {second[2], kSpareStep}};
-        for (std::size_t list = 0; list < 2; ++list) {
-            if (pictures[list] == nullptr) continue;
-            const ReferencePicture& reference = *pictures[list];
-            const Vector mv = vectorOf(mb.mv[list][4 * y + x]);
-            // The filter's rows, and those that chroma of the other parity may take further down.
-            reference.await(current_.y + 4 * (y + h) + (mv.y >> 2) + 3 + 2);
-            const Block<Sample>(&to)[3] = both && list == 1 ? aside : own;
-            interpolate<Component::Luma, 0, 0>(reference.plane, lumaPosition(mv, 4 * x, 4 * y), to, lumaSize,
-                                               bitDepth(0));
-            if (planes_ == 3)
-                interpolate<Component::Chroma, 1, 2>(reference.plane, chromaPosition(reference, mv, 4 * x, 4 * y), to,
-                                                     chromaSize, bitDepth(1));
+        if (ref[0] >= 0 && ref[1] >= 0) {
+            predictTwice(p, ref, own);
+            return;
         }
-        if (!both && context_.weightMode != WeightMode::Explicit) return;
-        BlockWeights weights{};
-        for (std::size_t i = 0; i < planes_; ++i) {
-            const VekiSize size = i == 0 ? lumaSize : chromaSize;
-            if (context_.weightMode == WeightMode::Explicit || (context_.weightMode == WeightMode::Implicit && i == 0))
-                weights = weightsOf(context_, current_.view, ref, i);
-            if (both)
-                weightTwo(own[i], size, second[i], kSpareStep, weights, bitDepth(i));
-            else
-                weightOne(own[i], size, weights, pictures[0] != nullptr ? 0 : 1, bitDepth(i));
-        }
+        const std::size_t list = ref[0] >= 0 ? 0 : 1;
+        predictFrom(p, referenceOf(list, ref[list]), list, own);
+        if (context_.weightMode != WeightMode::Explicit) return;
+        for (std::size_t i = 0; i < planes_; ++i)
+            weightOne(own[i], p.size(i), weightsOf(context_, current_.view, ref, i), static_cast<int>(list),
+                      bitDepth(i));
     }
 
-    // Asks the caches for the samples that macroblocks further right read if they move like this one: a block's rows lie
-    // too far apart for the processor to foresee. Inlined: g++ leaves out calls of functions that do nothing else.
+    // What macroblocks further right read if they move like this one.
     [[gnu::always_inline]] void prefetch() const {
         const Macroblock& mb = *current_.mb;
         for (std::size_t list = 0; list < 2; ++list) {
@@ -315,24 +290,58 @@ class Predictor {
             const ReferencePicture& reference =
                 context_.references[current_.view][list][static_cast<std::size_t>(mb.refIdx[list][0])];
             const Vector mv = vectorOf(mb.mv[list][0]);
-            prefetchRows<16>(reference.plane[0], current_.x + (mv.x >> 2), current_.y + (mv.y >> 2));
+            prefetchIn<16>(reference.plane[0], current_.x + (mv.x >> 2), current_.y + (mv.y >> 2));
             if (planes_ == 1) continue;
             const int x = (current_.x >> 1) + (mv.x >> 3), y = (current_.y >> subY_) + (mv.y >> (2 + subY_));
-            for (std::size_t i = 1; i < 3; ++i) prefetchRows<8>(reference.plane[i], x, y);
+            for (std::size_t i = 1; i < 3; ++i) prefetchIn<8>(reference.plane[i], x, y);
         }
     }
 
   private:
-    // A line of 64 bytes serves several blocks of that width; each asks for its share of as many rows. Addresses are
-    // numbers here: outside of the plane they do no harm, and asking whether they are would cost more.
+    // Sizes are built from numbers at hand, never read back in one piece from where they were stored in two.
+    struct Partition {
+        int x, y, w, h;
+        VekiSize luma, chroma;
+        VekiSize size(std::size_t component) const { return component == 0 ? luma : chroma; }
+    };
+
+    const ReferencePicture& referenceOf(std::size_t list, int ref) const {
+        const ReferencePicture& reference = context_.references[current_.view][list][static_cast<std::size_t>(ref)];
+        if (reference.picture == nullptr) throw BadSyntax("a reference picture is missing");
+        return reference;
+    }
+
+    void predictFrom(const Partition& p, const ReferencePicture& reference, std::size_t list,
+                     const Block<Sample> (&to)[3]) const {
+        const Vector mv = vectorOf(current_.mb->mv[list][4 * p.y + p.x]);
+        // The filter's rows, and those that chroma of the other parity may take further down.
+        reference.await(current_.y + 4 * (p.y + p.h) + (mv.y >> 2) + 3 + 2);
+        interpolate<Component::Luma, 0, 0>(reference.plane, lumaPosition(mv, 4 * p.x, 4 * p.y), to, p.luma,
+                                           bitDepth(0));
+        if (planes_ == 3)
+            interpolate<Component::Chroma, 1, 2>(reference.plane, chromaPosition(reference, mv, 4 * p.x, 4 * p.y), to,
+                                                 p.chroma, bitDepth(1));
+    }
+
+    [[gnu::noinline]] void predictTwice(const Partition& p, const int ref[2], const Block<Sample> (&own)[3]) const {
+        const ReferencePicture &first = referenceOf(0, ref[0]), &second = referenceOf(1, ref[1]);
+        alignas(32) Sample samples[3][16 * 16];
+        constexpr int kStep = 16 * static_cast<int>(sizeof(Sample));
+        predictFrom(p, first, 0, own);
+        predictFrom(p, second, 1, {{samples[0], kStep}, {samples[1], kStep}, {samples[2], kStep}});
+        BlockWeights weights{};
+        for (std::size_t i = 0; i < planes_; ++i) {
+            if (context_.weightMode == WeightMode::Explicit || (context_.weightMode == WeightMode::Implicit && i == 0))
+                weights = weightsOf(context_, current_.view, ref, i);
+            weightTwo(own[i], p.size(i), samples[i], kStep, weights, bitDepth(i));
+        }
+    }
+
     template <int width>
-    [[gnu::always_inline]] static void prefetchRows(const ReferencePlane& plane, int x, int y) {
-        constexpr int kAhead = 64 / static_cast<int>(sizeof(Sample)), kRows = width * width / kAhead;
-        const std::ptrdiff_t step = plane.step, column = x + kAhead, row = y + (x & (kAhead - 1)) / width * kRows;
-        auto at = reinterpret_cast<std::uintptr_t>(plane.data) +
-                  static_cast<std::uintptr_t>(step * row + column * static_cast<std::ptrdiff_t>(sizeof(Sample)));
-        for (int i = 0; i < kRows; ++i, at += static_cast<std::uintptr_t>(step))
-            __builtin_prefetch(reinterpret_cast<const void*>(at));
+    [[gnu::always_inline]] static void prefetchIn(const ReferencePlane& plane, int x, int y) {
+        const std::ptrdiff_t offset = std::ptrdiff_t{plane.step} * y + x * static_cast<std::ptrdiff_t>(sizeof(Sample));
+        prefetchRight<width, Sample>(reinterpret_cast<std::uintptr_t>(plane.data) + static_cast<std::uintptr_t>(offset),
+                                     plane.step, x);
     }
     int bitDepth(std::size_t component) const {
         return component == 0 ? context_.sps->bitDepthLuma : context_.sps->bitDepthChroma;

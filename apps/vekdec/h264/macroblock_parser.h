@@ -34,6 +34,7 @@ class MacroblockParser {
     void parsePcm();
     void predictSkipped();
     void parseInter(unsigned mbType);
+    void parseWhole(std::uint8_t lists);
     void parsePartitions(Partitioning partitioning, const std::uint8_t* lists);
     void parseSubMacroblocks(bool refsAreZero);
     void parsePatternAndResidual(bool transform8x8Allowed);

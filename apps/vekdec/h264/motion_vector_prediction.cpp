@@ -1,22 +1,27 @@
 #include "h264/motion_vector_prediction.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace vekdec::h264 {
 namespace {
 
+// The vector, or zero where the reference is not used. No branch: the answers follow no pattern.
+MotionVector usedVector(MotionVector mv, int ref) {
+    return std::bit_cast<MotionVector>(std::bit_cast<std::uint32_t>(mv) & ~static_cast<std::uint32_t>(ref >> 31));
+}
+
 // Takes the motion of block `raster` of a neighbouring macroblock.
 void take(const Macroblock* mb, int raster, int list, bool field, std::int8_t& ref, MotionVector& mv) {
-    mv = {};
     if (mb == nullptr) {
         ref = MotionCache::kNotAvailable;
+        mv = {};
         return;
     }
-    ref = mb->type == MbType::Inter ? mb->refIdx[list][(raster >> 3) * 2 + (raster >> 1 & 1)] : MotionCache::kNotUsed;
-    if (ref < 0) return;
-    mv = mb->mv[list][raster];
-    if (mb->field == field) return;
+    ref = mb->refIdx[list][(raster >> 3) * 2 + (raster >> 1 & 1)];  // kNotUsed throughout intra macroblocks
+    mv = usedVector(mb->mv[list][raster], ref);
+    if (mb->field == field || ref < 0) return;
     if (field) {
         ref = static_cast<std::int8_t>(2 * ref);
         mv.y = static_cast<std::int16_t>(mv.y / 2);
@@ -54,6 +59,14 @@ void takeLeft(const Macroblock* mb, int list, std::int8_t* ref, MotionVector* mv
     }
 }
 
+void takeDiagonals(const Neighbours& n, bool field, int list, MotionCache& cache) {
+    constexpr int aboveLeft = MotionCache::at(-1, -1), aboveRight = MotionCache::at(4, -1);
+    std::int8_t* ref = cache.ref[list];
+    MotionVector* mv = cache.mv[list];
+    take(n.aboveLeft, n.aboveLeftRow * 4 + 3, list, field, ref[aboveLeft], mv[aboveLeft]);
+    take(n.aboveRight, 12, list, field, ref[aboveRight], mv[aboveRight]);
+}
+
 void gatherMixed(const Neighbours& n, bool field, int list, MotionCache& cache) {
     std::int8_t* ref = cache.ref[list];
     MotionVector* mv = cache.mv[list];
@@ -86,9 +99,19 @@ void gatherMotion(const Neighbours& n, bool field, int lists, MotionCache& cache
             takeLeft(n.left[0], list, ref + MotionCache::at(-1, 0), mv + MotionCache::at(-1, 0));
             takeAbove(n.above, list, ref + MotionCache::at(0, -1), mv + MotionCache::at(0, -1));
         }
-        const int aboveLeft = MotionCache::at(-1, -1), aboveRight = MotionCache::at(4, -1);
-        take(n.aboveLeft, n.aboveLeftRow * 4 + 3, list, field, ref[aboveLeft], mv[aboveLeft]);
-        take(n.aboveRight, 12, list, field, ref[aboveRight], mv[aboveRight]);
+        takeDiagonals(n, field, list, cache);
+    }
+}
+
+void gatherCorners(const Neighbours& n, bool field, int lists, MotionCache& cache) {
+    constexpr int left = MotionCache::at(-1, 0), above = MotionCache::at(0, -1);
+    const std::uint8_t entry = n.rows->luma[0];
+    for (int list = 0; list < lists; ++list) {
+        std::int8_t* ref = cache.ref[list];
+        MotionVector* mv = cache.mv[list];
+        take(n.leftOf(entry), (entry & 3) * 4 + 3, list, field, ref[left], mv[left]);
+        take(n.above, 12, list, field, ref[above], mv[above]);
+        takeDiagonals(n, field, list, cache);
     }
 }
 
@@ -99,6 +122,19 @@ NeighbourMotion aboveRightMotion(const MotionCache& cache, int list, int x, int 
     const int d = MotionCache::at(x - 1, y - 1);
     return {cache.ref[list][d], cache.mv[list][d]};
 }
+
+namespace {
+
+// Median prediction (8.4.1.3.1) from the neighbours A, B and C.
+MotionVector medianOf(const NeighbourMotion& a, const NeighbourMotion& b, const NeighbourMotion& c, int refIdx) {
+    if (b.ref == MotionCache::kNotAvailable && c.ref == MotionCache::kNotAvailable) return a.mv;  // 8.4.1.3, B and C
+    const int matches = int{a.ref == refIdx} + int{b.ref == refIdx} + int{c.ref == refIdx};
+    if (matches == 1) return a.ref == refIdx ? a.mv : b.ref == refIdx ? b.mv : c.mv;
+    return {static_cast<std::int16_t>(median(a.mv.x, b.mv.x, c.mv.x)),
+            static_cast<std::int16_t>(median(a.mv.y, b.mv.y, c.mv.y))};
+}
+
+}  // namespace
 
 MotionVector predictMotionVector(const MotionCache& cache, int list, int x, int y, int w, int refIdx,
                                  PartitionShape shape) {
@@ -114,11 +150,14 @@ MotionVector predictMotionVector(const MotionCache& cache, int list, int x, int 
     }
     const NeighbourMotion c = aboveRightMotion(cache, list, x, y, w);
     if (shape == PartitionShape::Tall8x16 && x != 0 && c.ref == refIdx) return c.mv;
-    if (ref[b] == MotionCache::kNotAvailable && c.ref == MotionCache::kNotAvailable) return mv[a];  // 8.4.1.3, B and C
-    const int matches = (ref[a] == refIdx) + (ref[b] == refIdx) + (c.ref == refIdx);
-    if (matches == 1) return ref[a] == refIdx ? mv[a] : ref[b] == refIdx ? mv[b] : c.mv;
-    return {static_cast<std::int16_t>(median(mv[a].x, mv[b].x, c.mv.x)),
-            static_cast<std::int16_t>(median(mv[a].y, mv[b].y, c.mv.y))};
+    return medianOf({ref[a], mv[a]}, {ref[b], mv[b]}, c, refIdx);
+}
+
+MotionVector predictWhole(const MotionCache& cache, int list, int refIdx) {
+    const auto neighbour = [&](int i) { return NeighbourMotion{cache.ref[list][i], cache.mv[list][i]}; };
+    const NeighbourMotion c = neighbour(MotionCache::at(4, -1));
+    return medianOf(neighbour(MotionCache::at(-1, 0)), neighbour(MotionCache::at(0, -1)),
+                    c.ref == MotionCache::kNotAvailable ? neighbour(MotionCache::at(-1, -1)) : c, refIdx);
 }
 
 MotionVector predictSkipped(const MotionCache& cache) {
@@ -127,7 +166,7 @@ MotionVector predictSkipped(const MotionCache& cache) {
     const MotionVector* mv = cache.mv[0];
     const auto still = [&](int i) { return ref[i] == 0 && mv[i] == MotionVector{}; };
     if (ref[a] == MotionCache::kNotAvailable || ref[b] == MotionCache::kNotAvailable || still(a) || still(b)) return {};
-    return predictMotionVector(cache, 0, 0, 0, 4, 0);
+    return predictWhole(cache, 0, 0);
 }
 
 }  // namespace vekdec::h264

@@ -53,6 +53,8 @@ struct MotionVectorDifference {
 
 // Gathers what lies around the macroblock, for `lists` lists, and marks its own blocks as not yet decoded.
 void gatherMotion(const Neighbours& neighbours, bool field, int lists, MotionCache& cache);
+// As much of it as one prediction for the whole macroblock asks for: A, B, C and D of its first block.
+void gatherCorners(const Neighbours& neighbours, bool field, int lists, MotionCache& cache);
 
 // The neighbour C of a partition, or D in its place: its reference index and vector.
 struct NeighbourMotion {
@@ -64,6 +66,9 @@ NeighbourMotion aboveRightMotion(const MotionCache& cache, int list, int x, int 
 enum class PartitionShape { Other, Wide16x8, Tall8x16 };  // those with directional prediction
 MotionVector predictMotionVector(const MotionCache& cache, int list, int x, int y, int w, int refIdx,
                                  PartitionShape shape = PartitionShape::Other);
+
+// The same of a macroblock with one partition.
+MotionVector predictWhole(const MotionCache& cache, int list, int refIdx);
 
 // The vector of P_Skip (8.4.1.1); its reference index is 0.
 MotionVector predictSkipped(const MotionCache& cache);

@@ -30,9 +30,12 @@ constexpr LeftRows mixedRows(bool currentField, int bottom) {
 constexpr LeftRows kMixedRows[2][2] = {{mixedRows(false, 0), mixedRows(false, 1)},
                                        {mixedRows(true, 0), mixedRows(true, 1)}};
 
+// The macroblock, null where it is not decoded or of another slice.
+const Macroblock* available(const SliceContext& context, const Macroblock* mb) {
+    return mb->type != MbType::Missing && mb->slice == static_cast<std::uint16_t>(context.slice->number) ? mb : nullptr;
+}
 const Macroblock* availableAt(const SliceContext& context, int address) {
-    const Macroblock& mb = context.mbs[address];
-    return mb.type != MbType::Missing && mb.slice == static_cast<std::uint16_t>(context.slice->number) ? &mb : nullptr;
+    return available(context, context.mbs + address);
 }
 
 }  // namespace
@@ -84,11 +87,12 @@ void findNeighbours(const SliceContext& context, const CurrentMacroblock& curren
     n = {};
     n.aboveLeftRow = 3;
     n.rows = &kSameKind;
-    n.left[0] = n.left[1] = first ? nullptr : availableAt(context, address - 1);
+    n.left[0] = n.left[1] = first ? nullptr : available(context, current.mb - 1);
     if (address >= width) {
-        n.above = availableAt(context, address - width);
-        n.aboveRight = last ? nullptr : availableAt(context, address - width + 1);
-        n.aboveLeft = first ? nullptr : availableAt(context, address - width - 1);
+        const Macroblock* const above = current.mb - width;
+        n.above = available(context, above);
+        n.aboveRight = last ? nullptr : available(context, above + 1);
+        n.aboveLeft = first ? nullptr : available(context, above - 1);
     }
 }
 

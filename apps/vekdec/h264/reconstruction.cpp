@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "h264/inter_prediction.h"
+#include "h264/prefetch.h"
 
 namespace vekdec::h264 {
 
@@ -298,6 +299,15 @@ void addResidual(const SliceContext& context, const ParsedMacroblock& parsed, co
     if (intra || (is422 ? coded : coded >> 17) != 0) reconstructChroma<Sample>(operands, &coeffs, coded, is422);
 }
 
+// Where the macroblocks to the right go.
+template <typename Sample>
+[[gnu::always_inline]] inline void prefetchTarget(const SliceContext& context, const CurrentMacroblock& current) {
+    const auto address = [&](int i) { return reinterpret_cast<std::uintptr_t>(current.plane[i]); };
+    prefetchRight<16, Sample>(address(0), current.planeStep[0], current.x);
+    if (context.sps->chromaFormatIdc == 0) return;
+    for (int i = 1; i < 3; ++i) prefetchRight<8, Sample>(address(i), current.planeStep[i], current.x / 2);
+}
+
 }  // namespace
 
 template <typename Sample, typename Coeff>
@@ -305,6 +315,7 @@ void reconstruct(const SliceContext& context, const ParsedMacroblock& parsed, co
                  const Coeff* coeffs) {
     const Macroblock& mb = *parsed.mb;
     coeffs += parsed.coeffs;
+    prefetchTarget<Sample>(context, parsed);
     if (mb.type == MbType::IPcm) {
         storePcm<Sample>(context, parsed, coeffs);
         return;
