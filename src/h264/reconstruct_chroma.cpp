@@ -53,8 +53,9 @@ bool nullArgument(C** ppCoeffs, P* pSrcDstU, P* pSrcDstV, const ChromaScaling& s
 }
 
 bool outsideQP(const ChromaScaling& s, Vek32s bitDepth) {
+    if (outside(bitDepth, 8, 14)) return true;
     const Vek32s maxQP = 39 + 6 * (bitDepth - 8);
-    return outside(bitDepth, 8, 14) || outside(s.chromaQPU, 0, maxQP) || outside(s.chromaQPV, 0, maxQP);
+    return outside(s.chromaQPU, 0, maxQP) || outside(s.chromaQPV, 0, maxQP);
 }
 
 template <int height, class C, class P>

@@ -55,6 +55,7 @@ constexpr auto kPlaces = [] {
     }
     return places;
 }();
+BlockPlace placeOf(int block) { return kPlaces[static_cast<std::size_t>(block)]; }
 
 // coeff_token of TotalCoeff 0 (Table 9-5) by nC.
 struct EmptyToken {
@@ -118,7 +119,7 @@ struct Parser {
         for (int i = 0; i < 4; ++i) std::memset(whole + 16 * i, 0, 16 * sizeof(Coeff));
         int total = 0;
         for (int i = 0; i < 4; ++i) {
-            const auto [raster, at] = kPlaces[4 * quadrant + i];
+            const auto [raster, at] = placeOf(4 * quadrant + i);
             Coeff part[16];
             next = part;
             const int n = block(counts.nC(at), 16, kInOrder);
@@ -186,7 +187,7 @@ Coeff* parseCavlcResidual(BitReader& bits, const CavlcTables& tables, const Neig
             continue;
         }
         for (int i = 0; i < 4; ++i) {
-            const auto [raster, at] = kPlaces[4 * quadrant + i];
+            const auto [raster, at] = placeOf(4 * quadrant + i);
             const int n = parser.block(counts.nC(at), is16x16 ? 15 : 16, parser.scan);
             counts.count[at] = mb.totalCoeff[raster] = static_cast<std::uint8_t>(n);
             if (n != 0) {
