@@ -5,6 +5,8 @@
 #ifndef VEKVC_AVS_TRANSFORM_SIMD_H
 #define VEKVC_AVS_TRANSFORM_SIMD_H
 
+#include <array>
+
 #include "avs/transform_plain.h"
 #include "core/simd.h"
 
@@ -35,24 +37,56 @@ struct AvsPairOrder {
 };
 inline constexpr AvsPairOrder kAvsPairOrder;
 
-// Multipliers are at least 2^15: as signed 16-bit values they are too small by 2^16, which the level makes up for in
-// the product's high half.
-template <class V>
-struct AvsQuantizer {
-    using D = Vec<std::int32_t, V::kBytes / 4>;
-    V multiplier;
-    D half;
-    int shift;
-
-    [[gnu::always_inline]] explicit AvsQuantizer(int qp)
-        : multiplier(splat<V>(static_cast<Vek16s>(avs::kMultiplier[qp]))),
-          half(splat<D>(1 << (avs::kShift[qp] - 1))),
-          shift(avs::kShift[qp]) {}
-    [[gnu::always_inline]] V operator()(V level) const {
-        const V low = level * multiplier, high = mulHigh(level, multiplier) + level;
-        return narrowI16((as<D>(interleaveLow(low, high)) + half) >> shift,
-                         (as<D>(interleaveHigh(low, high)) + half) >> shift);
+// What the dequantization of each QP needs, in memory, from where it fills vectors at once. The multipliers do not fit
+// 16 bits with a sign; they come negated, as sums of two that do: of a level beside itself, the products' sum is exact.
+struct AvsDequantization {
+    Vek16s factors[2];
+    Vek32s half, shift;
+};
+inline constexpr auto kAvsDequantizations = [] {
+    std::array<AvsDequantization, avs::kMaxQP + 1> table = {};
+    for (std::size_t qp = 0; qp <= avs::kMaxQP; ++qp) {
+        const Vek32s m = avs::kMultiplier[qp], shift = avs::kShift[qp];
+        table[qp] = {{static_cast<Vek16s>(-(m / 2)), static_cast<Vek16s>(m / 2 - m)}, 1 << (shift - 1), shift};
     }
+    return table;
+}();
+
+template <class V>
+class AvsQuantizer {
+  public:
+    [[gnu::always_inline]] explicit AvsQuantizer(int qp)
+        : factors_(as<V>(splatFrom<D>(kAvsDequantizations[static_cast<std::size_t>(qp)].factors))),
+          half_(splatFrom<D>(&kAvsDequantizations[static_cast<std::size_t>(qp)].half)),
+#if VEKVC_VECTOR256
+          shift_(splatFrom<D>(&kAvsDequantizations[static_cast<std::size_t>(qp)].shift)) {
+    }
+#else
+          shift_(kAvsDequantizations[static_cast<std::size_t>(qp)].shift) {
+    }
+#endif
+    [[gnu::always_inline]] V operator()(V level) const {
+        return narrowI16(scaled(interleaveLow(level, level)), scaled(interleaveHigh(level, level)));
+    }
+
+  private:
+    using D = Vec<std::int32_t, V::kBytes / 4>;
+    [[gnu::always_inline]] D scaled(V twice) const {
+        const D sum = half_ - mulAddPairs(twice, factors_);
+#if VEKVC_VECTOR256
+        return shiftRight(sum, shift_);
+#else
+        return sum >> shift_;
+#endif
+    }
+
+    V factors_;
+    D half_;
+#if VEKVC_VECTOR256
+    D shift_;  // a count per lane costs less than one for all
+#else
+    int shift_;
+#endif
 };
 
 #if VEKVC_VECTOR256
@@ -131,11 +165,21 @@ inline VekStatus reconstructAvs(const Vek16s* levels, Vek8u* pSrcDst, Vek32s ste
     i16x16 in[4], out[4];
     for (int i = 0; i < 4; ++i) in[i] = quantizer(load<i16x16>(levels + 16 * i));
     avsResidual(in, out);
-    for (int i = 0; i < 4; ++i) {
-        Vek8u* const first = offsetBytes(pSrcDst, kAvsFirstRow[i] * std::ptrdiff_t{step});
-        Vek8u* const second = offsetBytes(pSrcDst, kAvsSecondRow[i] * std::ptrdiff_t{step});
-        const i16x16 sum = addSat(widen(loadPair8<u8x16>(first, second)), avsInOrder(out[i]));
-        storePair8(first, second, narrowU8(lowHalf(sum), highHalf(sum)));
+    // Samples come to the places of the residual: columns 0 to 3 of two rows, 7 to 4 of both. Four rows go back at once.
+    const auto places = lanes<u8x32>(0, 128, 1, 128, 2, 128, 3, 128, 8, 128, 9, 128, 10, 128, 11, 128,  //
+                                     7, 128, 6, 128, 5, 128, 4, 128, 15, 128, 14, 128, 13, 128, 12, 128);
+    const auto reversed = lanes<u8x32>(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,  //
+                                       3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
+    for (int i = 0; i < 4; i += 2) {
+        const auto row = [&](int n) { return offsetBytes(pSrcDst, n * std::ptrdiff_t{step}); };
+        const auto sum = [&](int k) {
+            const auto samples = loadPairInBoth8<u8x32>(row(kAvsFirstRow[k]), row(kAvsSecondRow[k]));
+            return addSat(as<i16x16>(shuffleBytes(samples, places)), out[k]);
+        };
+        const auto columns = as<u32x8>(shuffleBytes(narrowU8(sum(i), sum(i + 1)), reversed));
+        const u32x4 left = lowHalf(columns), right = highHalf(columns);
+        storePair8(row(kAvsFirstRow[i]), row(kAvsSecondRow[i]), interleaveLow(left, right));
+        storePair8(row(kAvsFirstRow[i + 1]), row(kAvsSecondRow[i + 1]), interleaveHigh(left, right));
     }
     return vekStsOk;
 }

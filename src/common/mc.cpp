@@ -226,7 +226,8 @@ VekStatus vekiMC8x4B_16s8u_P2C2R(const Vek8u* pSrcRefF, Vek32s srcStepF, Vek32s 
 }
 
 VekStatus vekiAdd8x8_16s8u_C1IRS(const Vek16s* pSrc, Vek32s srcStep, Vek8u* pSrcDst, Vek32s srcDstStep) {
-    return mc<8, 8>({pSrcDst, srcDstStep, Half::none}, pSrc, srcStep, pSrcDst, srcDstStep, 0);
+    if (anyNull(pSrc, pSrcDst)) return vekStsErrNullPtr;
+    return finish([&] { return kernel::addResidual8x8(Residual{pSrc, srcStep}, pSrcDst, srcDstStep); });
 }
 
 VekStatus vekiAdd8x8HP_16s8u_C1RS(const Vek16s* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek8u* pDst,

@@ -78,6 +78,11 @@ void predictAndAdd(const Reference& f, const Reference& b, int rounding, Residua
         }
 }
 
+// The samples are their own prediction.
+inline void addResidual8x8(const Residual& residual, Vek8u* pSrcDst, Vek32s srcDstStep) {
+    predictAndAdd<8, 8, 1>({pSrcDst, srcDstStep, Half::none}, 0, residual, pSrcDst, srcDstStep);
+}
+
 // Unlike the residual, the constant is added with wrap-around at 16 bits.
 inline void addConstant8x8(Vek16s value, Vek8u* pSrcDst, Vek32s srcDstStep) {
     const MutableBlock<Vek8u> dst(pSrcDst, srcDstStep);

@@ -163,6 +163,21 @@ void predictAndAdd(const Reference& f, const Reference& b, int rounding, Residua
     withPositions<kWideTileRows<W, H> == 1>(f, b, rounding, use);
 }
 
+[[gnu::always_inline]] inline VekStatus addResidual8x8(const Residual& residual, Vek8u* pSrcDst, std::ptrdiff_t step) {
+    const Vek16s* values = residual.values;
+    const std::ptrdiff_t valueStep = residual.step;
+#pragma GCC unroll 4
+    for (int y = 0; y < 8; y += 2) {
+        const i16x8 first = widenLow(loadBytes<u8x16, 8>(pSrcDst)),
+                    second = widenLow(loadBytes<u8x16, 8>(pSrcDst + step));
+        storePair8(
+            pSrcDst, pSrcDst + step,
+            narrowU8(addSat(first, load<i16x8>(values)), addSat(second, load<i16x8>(offsetBytes(values, valueStep)))));
+        values = twoRowsOn(values, valueStep), pSrcDst = twoRowsOn(pSrcDst, step);
+    }
+    return vekStsOk;
+}
+
 inline void addConstant8x8(Vek16s value, Vek8u* pSrcDst, Vek32s srcDstStep) {
     const i16x8 addend = splat<i16x8>(value);
     TileReader<8, 2> src(pSrcDst, srcDstStep);

@@ -18,8 +18,8 @@ template <class T>
     const i32x16 level = permute(wideLevels(pSrc), permute(load<i32x16>(pScan), down));
     const Vek32u inWalk = (0xFFFFu >> first) & (0xFFFFu << (15 - last));
     const Vek32u coefficients = nonZeroLanes(level) & inWalk;
-    const Vek32u others = coefficients & ~Vek32u{equalLanes(abs(level), splat<i32x16>(1))};
-    const simd::CavlcCounts n(first, last, inWalk, coefficients, others, negativeLanes(level));
+    const simd::CavlcCounts n(first, inWalk, coefficients, equalLanes(abs(level), splat<i32x16>(1)),
+                              negativeLanes(level));
     *out.pTrailingOnes = static_cast<Vek8u>(n.ones);
     *out.pTrailingOneSigns = static_cast<Vek8u>(n.signs);
     *out.pTotalCoeff = static_cast<Vek8u>(n.total);
@@ -30,11 +30,11 @@ template <class T>
     const i32x16 place = lanes<i32x16>(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
     const auto storeRuns = [&](i32x16 places) {
         const i32x16 runs = nextLanes(places) - places + splat<i32x16>(-1);
-        storeLanes(out.pRuns, lowBytes(runs), static_cast<Vek16u>(lowestBits(n.total) >> 1));
+        storeLanes(out.pRuns, lowBytes(runs), static_cast<Vek16u>(lowestBits(static_cast<int>(n.total)) >> 1));
     };
     // The trailing ones are left out: they lie in front of the levels' place.
-    T* levels = offsetBytes(out.pLevels, -n.ones * static_cast<std::ptrdiff_t>(sizeof(T)));
-    const auto stored = static_cast<Vek16u>(lowestBits(n.total) & (~std::uint64_t{0} << n.ones));
+    T* levels = offsetBytes(out.pLevels, -static_cast<std::ptrdiff_t>(n.ones * sizeof(T)));
+    const auto stored = static_cast<Vek16u>(lowestBits(static_cast<int>(n.total)) & (~std::uint64_t{0} << n.ones));
     if constexpr (sizeof(T) == 2) {  // both in one lane: the place in its low half
         const i32x16 packed = packLanes(level << 16 | place, chosen);
         storeRuns(packed);

@@ -19,21 +19,41 @@ using plain::QuantRounding;
 
 namespace {
 
-// plain::quantRounding without a division: the third of 2^qbits, rounded down, is that of 2^32 shifted right, and the
-// sixth one bit further.
-constexpr QuantRounding quantRounding(Vek32u qbits, bool isIntra) {
-    const Vek32u f = 0x55555555u >> ((isIntra ? 32 : 33) - qbits);
-    return {static_cast<int>(qbits), static_cast<int>(f)};
+// plain::quantRounding of every qbits up to 30, intra and inter in turn; in memory, from where it fills vectors.
+struct QuantRoundings {
+    QuantRounding rounding[2 * 31] = {};
+
+    constexpr QuantRoundings() {
+        for (int qbits = 0; qbits < 31; ++qbits) {
+            rounding[2 * qbits] = plain::quantRounding(qbits, true);
+            rounding[2 * qbits + 1] = plain::quantRounding(qbits, false);
+        }
+    }
+};
+constexpr QuantRoundings kQuantRoundings;
+const QuantRounding& quantRounding(Vek32u qbits, bool isIntra) {
+    return kQuantRoundings.rounding[2 * qbits + (isIntra ? 0 : 1)];
 }
+// That of luma DC with a scale, of QP / 6: the offset is 1364 * 2^(QP/6), deliberately not the third of 2^qbits.
+struct ScaledDCRoundings {
+    QuantRounding rounding[15] = {};
+
+    constexpr ScaledDCRoundings() {
+        for (int n = 0; n < 15; ++n) rounding[n] = {12 + n, 1364 << n};
+    }
+};
+constexpr ScaledDCRoundings kScaledDCRoundings;
+
+// QP / 6 of a QP up to 90 that has been checked, as a short product; and the remainder.
+constexpr Vek32u sixth(Vek32u QP) { return QP * 43 >> 8; }
+constexpr Vek32u sixth(Vek32s QP) { return sixth(static_cast<Vek32u>(QP)); }
+constexpr Vek32s ofSix(Vek32u QP) { return static_cast<Vek32s>(QP - 6 * sixth(QP)); }
+constexpr Vek32s ofSix(Vek32s QP) { return ofSix(static_cast<Vek32u>(QP)); }
 static_assert([] {
-    for (const bool isIntra : {true, false})
-        for (int qbits = 2; qbits < 31; ++qbits)
-            if (quantRounding(static_cast<Vek32u>(qbits), isIntra).f != plain::quantRounding(qbits, isIntra).f)
-                return false;
+    for (Vek32u QP = 0; QP <= 90; ++QP)
+        if (sixth(QP) != QP / 6) return false;
     return true;
 }());
-// QP / 6 of a QP that has been checked.
-constexpr Vek32u sixth(Vek32s QP) { return static_cast<Vek32u>(QP) / 6; }
 
 // The count of levels, negated if the DC is one of them, which no branch predictor foresees.
 Vek32s signedByDC(Vek32s numLevels, bool hasDC) {
@@ -46,9 +66,14 @@ VekStatus transformQuantFwd4x4(const Vek16s* pSrc, D* pDst, Vek32s QP, Vek32s ma
                                const Vek16s* pScanPos, Vek32s* pLastPos, const Vek16s* pScale) {
     if (anyNull(pSrc, pDst, pNumLevels, pScanPos, pLastPos)) return vekStsErrNullPtr;
     if (outside(QP, 0, maxQP)) return vekStsErrOutOfRange;
-    const Vek16s* multipliers = pScale ? pScale : h264::forwardMultipliers4x4[static_cast<Vek32u>(QP) % 6].data();
-    const LevelCount count = kernel::transformQuantFwd4x4(
-        pSrc, pDst, multipliers, quantRounding((pScale ? 11 : 15) + sixth(QP), isIntra != 0), pScanPos);
+    const Vek16s* multipliers = opaque(pScale);  // not to be kept in the argument's place in memory
+    Vek32u qbits = 11 + sixth(QP);
+    if (!multipliers) {
+        multipliers = h264::forwardMultipliers4x4[ofSix(QP)].data();
+        qbits += 4;
+    }
+    const LevelCount count =
+        kernel::transformQuantFwd4x4(pSrc, pDst, multipliers, quantRounding(qbits, isIntra != 0), pScanPos);
     store<Vek32s>(pNumLevels, signedByDC(count.numLevels, load<D>(pDst) != 0));
     store<Vek32s>(pLastPos, count.lastPos);
     return vekStsOk;
@@ -57,7 +82,7 @@ VekStatus transformQuantFwd4x4(const Vek16s* pSrc, D* pDst, Vek32s QP, Vek32s ma
 // One of the quantizers of transformed blocks; `multipliers` is the caller's scale.
 template <int n, class C, class M, class Count>
 VekStatus quantize(const C* pSrc, C* pDst, Count* pNumLevels, Count* pLastPos, const M* multipliers,
-                   const Vek16s* pScanPos, QuantRounding rounding) {
+                   const Vek16s* pScanPos, const QuantRounding& rounding) {
     const LevelCount count = kernel::quantize<n>(pSrc, pDst, multipliers, rounding, pScanPos);
     store(pNumLevels, static_cast<Count>(count.numLevels));
     store(pLastPos, static_cast<Count>(count.lastPos));
@@ -69,10 +94,9 @@ VekStatus forwardLumaDC(C* pDst, C* pSrc, Vek32s QP, Vek32s maxQP, Vek32s* pNumL
                         const Vek16s* pScanPos, Vek32s* pLastPos, const Vek16s* pScaleDC) {
     if (anyNull(pDst, pSrc, pNumLevels, pScanPos, pLastPos)) return vekStsErrNullPtr;
     if (outside(QP, 0, maxQP)) return vekStsErrOutOfRange;
-    // With a scale the offset is 1364 * 2^(QP/6), deliberately not the third of 2^qbits.
-    const QuantRounding rounding =
-        pScaleDC ? QuantRounding{12 + QP / 6, 1364 << QP / 6} : quantRounding(16 + sixth(QP), true);
-    const Vek32s multiplier = pScaleDC ? load<Vek16s>(pScaleDC) : h264::forwardMultipliers4x4[QP % 6][0];
+    const QuantRounding& rounding =
+        pScaleDC ? kScaledDCRoundings.rounding[sixth(QP)] : quantRounding(16 + sixth(QP), true);
+    const Vek32s multiplier = pScaleDC ? load<Vek16s>(pScaleDC) : h264::forwardMultipliers4x4[ofSix(QP)][0];
     if (needTransform) kernel::forwardDC<4, 4>(pSrc);
     const bool hasDC = load<C>(pSrc) != 0;
     const LevelCount count = kernel::quantizeDC<16>(pSrc, pDst, multiplier, rounding, pScanPos);
@@ -88,8 +112,8 @@ VekStatus forwardChromaDC(C* pDst, C* pSrc, Vek32s QP, Vek32s maxQP, Vek32s* pNu
     if (anyNull(pDst, pSrc, pNumLevels)) return vekStsErrNullPtr;
     if (outside(QP, 0, maxQP)) return vekStsErrOutOfRange;
     const int qpDC = QP + qpOffset;
-    const QuantRounding rounding = quantRounding((pScaleDC ? 12 : 16) + sixth(qpDC), isIntra != 0);
-    const Vek32s multiplier = pScaleDC ? load<Vek16s>(pScaleDC) : h264::forwardMultipliers4x4[qpDC % 6][0];
+    const QuantRounding& rounding = quantRounding((pScaleDC ? 12 : 16) + sixth(qpDC), isIntra != 0);
+    const Vek32s multiplier = pScaleDC ? load<Vek16s>(pScaleDC) : h264::forwardMultipliers4x4[ofSix(qpDC)][0];
     if (needTransform) kernel::forwardDC<rows, 2>(pSrc);
     const LevelCount count = kernel::quantizeDC<2 * rows>(pSrc, pDst, multiplier, rounding, nullptr);
     store<Vek32s>(pNumLevels, count.numLevels);
@@ -136,8 +160,9 @@ VekStatus vekiQuantizeResidual4x4Fwd_H264_16s_C1(const Vek16s* pSrc, Vek16s* pDs
                                                  Vek32u isIntra) {
     if (anyNull(pSrc, pDst, pNumLevels, pLastPos, pScanPos)) return vekStsErrNullPtr;
     if (QP > 51) return vekStsErrOutOfRange;
-    return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, pScale ? pScale : h264::forwardMultipliers4x4[QP % 6].data(),
-                        pScanPos, quantRounding((pScale ? 11 : 15) + QP / 6, isIntra != 0));
+    return quantize<16>(pSrc, pDst, pNumLevels, pLastPos,
+                        pScale ? pScale : h264::forwardMultipliers4x4[ofSix(QP)].data(), pScanPos,
+                        quantRounding((pScale ? 11 : 15) + sixth(QP), isIntra != 0));
 }
 
 VekStatus vekiQuantizeResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDst, Vek32u* pNumLevels, Vek32u* pLastPos,
@@ -145,9 +170,9 @@ VekStatus vekiQuantizeResidual4x4Fwd_H264_32s_C1(const Vek32s* pSrc, Vek32s* pDs
                                                  Vek32u isIntra) {
     if (anyNull(pSrc, pDst, pNumLevels, pLastPos, pScanPos)) return vekStsErrNullPtr;
     if (QP > 87) return vekStsErrOutOfRange;
-    const QuantRounding rounding = quantRounding((pScale ? 11 : 15) + QP / 6, isIntra != 0);
+    const QuantRounding& rounding = quantRounding((pScale ? 11 : 15) + sixth(QP), isIntra != 0);
     if (pScale) return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, pScale, pScanPos, rounding);
-    return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, h264::forwardMultipliers4x4[QP % 6].data(), pScanPos,
+    return quantize<16>(pSrc, pDst, pNumLevels, pLastPos, h264::forwardMultipliers4x4[ofSix(QP)].data(), pScanPos,
                         rounding);
 }
 

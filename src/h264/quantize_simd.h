@@ -21,16 +21,16 @@ using Levels16 = i16x8;
 using Levels32 = i32x4;
 #endif
 
-// Counts levels vector by vector: how many are zero, and the largest scan index of the others.
+// Counts levels vector by vector: how many are not zero, and the largest scan index of these.
 template <class V>
 class LevelCounter {
   public:
     // isZero: all ones in the 16-bit lanes of zero levels.
     void add(V isZero, V scanPos) {
-        zeros_ += std::popcount(byteMask(isZero)) / 2;
+        bytes_ += static_cast<Vek32u>(std::popcount(byteMask(isZero) ^ kAllBytes));
         last_ = max(last_, andNot(isZero, scanPos));
     }
-    LevelCount result(int lanes) const {
+    LevelCount result() const {
         i16x8 last;
 #if VEKVC_VECTOR256
         if constexpr (!is128<V>)
@@ -38,44 +38,78 @@ class LevelCounter {
         else
 #endif
             last = last_;
-        const auto ones = zero<u16x8>() == zero<u16x8>();
-        return {lanes - zeros_, minimum(as<u16x8>(last) ^ ones).value ^ 0xFFFF};
+        return {static_cast<Vek32s>(bytes_) / 2, maximum(as<u16x8>(last))};
     }
 
   private:
-    int zeros_ = 0;
+    static constexpr std::uint32_t kAllBytes = ~0u >> (32 - V::kBytes);
+    Vek32u bytes_ = 0;  // of levels that are not zero
     V last_ = zero<V>();
 };
+
+// A quantizer's offset and shift as its sums need them, from memory once.
+template <class D>
+class Rounding {
+  public:
+    explicit Rounding(const QuantRounding& r) : f(splatFrom<D>(&r.f)), qbits_(counts(r)) {}
+    D shifted(D sum) const {
+#if VEKVC_VECTOR256
+        return shiftRight(sum, qbits_);
+#else
+        return sum >> qbits_;
+#endif
+    }
+
+    const D f;
+
+  private:
+#if VEKVC_VECTOR256
+    // A count per lane: what counts for all lanes comes through a general register.
+    static D counts(const QuantRounding& r) { return splatFrom<D>(&r.qbits); }
+    const D qbits_;
+#else
+    static int counts(const QuantRounding& r) { return r.qbits; }
+    const int qbits_;
+#endif
+};
+template <class V>
+using RoundingOf = Rounding<Vec<Vek32s, V::kBytes / 4>>;
 
 // ---- 16-bit coefficients
 
 // |c| * multiplier + f keeps within 32 bits. -|c| is a signed 16-bit value also where |c| is not; the even and the odd
 // lanes go apart, each with a 0 in place of its neighbour.
 template <class V>
-[[gnu::always_inline]] inline V quantized(V c, V multiplier, QuantRounding r) {
-    using D = Vec<Vek32s, V::kBytes / 4>;
+[[gnu::always_inline]] inline V quantized(V c, V multiplier, const RoundingOf<V>& r) {
     const V negative = min(c, zero<V>() - c);
-    const D f = splat<D>(r.f);
-    const D even = (f - mulAddPairs(blend16<0xAA>(negative, zero<V>()), multiplier)) >> r.qbits,
-            odd = (f - mulAddPairs(blend16<0x55>(negative, zero<V>()), multiplier)) >> r.qbits;
+    const auto even = r.shifted(r.f - mulAddPairs(blend16<0xAA>(negative, zero<V>()), multiplier)),
+               odd = r.shifted(r.f - mulAddPairs(blend16<0x55>(negative, zero<V>()), multiplier));
     return withSign(blend16<0xAA>(as<V>(even), as<V>(odd << 16)), c);
 }
 
-// 32-bit multipliers, from memory.
-[[gnu::always_inline]] inline Levels16 quantized(Levels16 c, const Vek32u* pMultipliers, QuantRounding r) {
-    const auto magnitude = abs(c);
-    const auto product = [&](auto lanes, int k) {
-        const auto m = load<decltype(lanes)>(pMultipliers + k);
-        return (lanes * m + splat<decltype(lanes)>(r.f)) >> r.qbits;
-    };
+[[gnu::always_inline]] inline Levels16 quantized(Levels16 c, const Vek16s* pMultipliers,
+                                                 const RoundingOf<Levels16>& r) {
+    return quantized(c, load<Levels16>(pMultipliers), r);
+}
+// The low 16 bits of the levels.
+[[gnu::always_inline]] inline Levels16 quantized(Levels16 c, const Vek32u* pMultipliers,
+                                                 const RoundingOf<Levels16>& r) {
+    const Levels16 none = zero<Levels16>();
 #if VEKVC_VECTOR256
-    const i32x8 first = product(widen(as<u16x8>(lowHalf(magnitude))), 0),
-                second = product(widen(as<u16x8>(highHalf(magnitude))), 8);
-    return withSign(swapMiddleQuarters(narrowWrap(first, second)), c);
+    c = swapMiddleQuarters(c);
+#endif
+    const Levels16 magnitude = abs(c);
+    const auto low = [&](Levels16 wide, const Vek32u* multipliers) {
+        const Levels32 sum = as<Levels32>(wide) * load<Levels32>(multipliers) + r.f;
+        return as<Levels32>(blend16<0xAA>(as<Levels16>(r.shifted(sum)), none));
+    };
+    const Levels32 first = low(interleaveLow(magnitude, none), pMultipliers),
+                   second = low(interleaveHigh(magnitude, none), pMultipliers + Levels32::kBytes / 4);
+    const Levels16 levels = withSign(as<Levels16>(narrowU16(first, second)), c);
+#if VEKVC_VECTOR256
+    return swapMiddleQuarters(levels);
 #else
-    const i32x4 first = product(widenLow(as<u16x8>(magnitude)), 0),
-                second = product(widenHigh(as<u16x8>(magnitude)), 4);
-    return withSign(narrowWrap(first, second), c);
+    return levels;
 #endif
 }
 
@@ -91,129 +125,145 @@ template <class V>
 }
 
 template <class V>
-[[gnu::always_inline]] inline V quantized32(V c, V multiplier, QuantRounding r) {
-    return withSign((abs(c) * multiplier + splat<V>(r.f)) >> r.qbits, c);
+[[gnu::always_inline]] inline V quantized32(V c, V multiplier, const Rounding<V>& r) {
+    return withSign(r.shifted(abs(c) * multiplier + r.f), c);
 }
 
-// Quantizes 16 coefficients held in four vectors of four or two of eight.
-template <int n, class M>
-LevelCount quantize(const Vek32s* pSrc, Vek32s* pDst, const M* pMultipliers, QuantRounding r, const Vek16s* pScanPos) {
+// Quantizes and counts as many coefficients as a vector has 16-bit lanes.
+template <class M>
+[[gnu::always_inline]] inline void quantize32(Levels32 c0, Levels32 c1, Vek32s* pDst, const M* pMultipliers,
+                                              const Rounding<Levels32>& r, const Vek16s* pScanPos,
+                                              LevelCounter<Levels16>& counter) {
     constexpr int width = Levels32::kBytes / 4;
-    LevelCounter<Levels16> counter;
-    for (int k = 0; k < n; k += 2 * width) {
-        const Levels32 first = quantized32(load<Levels32>(pSrc + k), loadMultipliers32(pMultipliers + k), r);
-        const Levels32 second =
-            quantized32(load<Levels32>(pSrc + k + width), loadMultipliers32(pMultipliers + k + width), r);
-        store(pDst + k, first);
-        store(pDst + k + width, second);
-        const Levels32 none = zero<Levels32>();
-        Levels16 isZero = narrowI16(first == none, second == none);
+    const Levels32 first = quantized32(c0, loadMultipliers32(pMultipliers), r),
+                   second = quantized32(c1, loadMultipliers32(pMultipliers + width), r), none = zero<Levels32>();
+    store(pDst, first);
+    store(pDst + width, second);
+    Levels16 isZero = narrowI16(first == none, second == none);
 #if VEKVC_VECTOR256
-        isZero = swapMiddleQuarters(isZero);
+    isZero = swapMiddleQuarters(isZero);
 #endif
-        counter.add(isZero, load<Levels16>(pScanPos + k));
-    }
-    return counter.result(n);
+    counter.add(isZero, load<Levels16>(pScanPos));
 }
 
 template <int n, class M>
-LevelCount quantize(const Vek16s* pSrc, Vek16s* pDst, const M* pMultipliers, QuantRounding r, const Vek16s* pScanPos) {
+LevelCount quantize(const Vek32s* pSrc, Vek32s* pDst, const M* pMultipliers, const QuantRounding& rounding,
+                    const Vek16s* pScanPos) {
+    constexpr int width = Levels32::kBytes / 4;
+    const Rounding<Levels32> r(rounding);
+    LevelCounter<Levels16> counter;
+    for (int k = 0; k < n; k += 2 * width)
+        quantize32(load<Levels32>(pSrc + k), load<Levels32>(pSrc + k + width), pDst + k, pMultipliers + k, r,
+                   pScanPos + k, counter);
+    return counter.result();
+}
+
+template <int n, class M>
+LevelCount quantize(const Vek16s* pSrc, Vek16s* pDst, const M* pMultipliers, const QuantRounding& rounding,
+                    const Vek16s* pScanPos) {
     constexpr int width = Levels16::kBytes / 2;
+    const RoundingOf<Levels16> r(rounding);
     LevelCounter<Levels16> counter;
     for (int k = 0; k < n; k += width) {
-        const Levels16 c = load<Levels16>(pSrc + k);
-        Levels16 levels;
-        if constexpr (sizeof(M) == 2)
-            levels = quantized(c, load<Levels16>(pMultipliers + k), r);
-        else
-            levels = quantized(c, pMultipliers + k, r);
+        const Levels16 levels = quantized(load<Levels16>(pSrc + k), pMultipliers + k, r);
         store(pDst + k, levels);
         counter.add(levels == zero<Levels16>(), load<Levels16>(pScanPos + k));
     }
-    return counter.result(n);
+    return counter.result();
 }
 
 #if VEKVC_VECTOR256
-// The core transform's matrix (8.6.1), and its factors for sums of products of neighbouring lanes.
-inline constexpr Vek16s kForwardMatrix[4][4] = {{1, 1, 1, 1}, {2, 1, -1, -2}, {1, -1, -1, 1}, {1, -2, 2, -1}};
-struct ForwardFactors {
-    // [pair]: of the samples 0 and 1, 2 and 3 of a row.
-    alignas(32) Vek16s rows[2][16] = {};
-    // [i][pair]: of the values 0 and 1, 2 and 3 of a column, to rows 2i and 2i + 1.
-    alignas(32) Vek16s columns[2][2][16] = {};
+// What the lanes of two rows meet in the forward transforms, alike in both halves of a vector or not.
+struct CoreTransformLanes {
+    // Core transform of the columns: of the sum and of the difference of rows 0 and 3, and of rows 1 and 2.
+    Vek16s outerRows[16] = {1, 1, 1, 1, 2, 2, 2, 2, 1, 1, 1, 1, 1, 1, 1, 1};
+    Vek16s innerRows[16] = {1, 1, 1, 1, 1, 1, 1, 1, -1, -1, -1, -1, -2, -2, -2, -2};
+    // Of the rows: the signs of sums with the reversed rows; where the sums and differences go, their factors.
+    Vek16s mirrored[16] = {1, 1, -1, -1, 1, 1, -1, -1, 1, 1, -1, -1, 1, 1, -1, -1};
+    Vek16s outer[16] = {1, 2, 1, 1, 1, 2, 1, 1, 1, 2, 1, 1, 1, 2, 1, 1};
+    Vek16s inner[16] = {1, 1, -1, -2, 1, 1, -1, -2, 1, 1, -1, -2, 1, 1, -1, -2};
+    Vek8u reversed[32] = {}, toOuter[32] = {}, toInner[32] = {};
 
-    constexpr ForwardFactors() {
-        for (int pair = 0; pair < 2; ++pair)
-            for (int n = 0; n < 16; ++n) {
-                const int from = 2 * pair + n % 2;
-                rows[pair][n] = kForwardMatrix[n / 2 % 4][from];
-                for (int i = 0; i < 2; ++i) columns[i][pair][n] = kForwardMatrix[2 * i + n / 8][from];
-            }
+    constexpr CoreTransformLanes() {
+        const auto place = [](Vek8u(&index)[32], int a, int b, int c, int d) {
+            const int columns[4] = {a, b, c, d};
+            for (int n = 0; n < 32; ++n) index[n] = static_cast<Vek8u>(n / 8 % 2 * 8 + 2 * columns[n / 2 % 4] + n % 2);
+        };
+        place(reversed, 3, 2, 1, 0);
+        place(toOuter, 0, 3, 0, 3);
+        place(toInner, 1, 2, 1, 2);
     }
 };
-inline constexpr ForwardFactors kForwardFactors;
+inline constexpr CoreTransformLanes kCoreTransformLanes;
 
-// The core transform of 16 samples: rows 0 and 1 in the halves of one vector, rows 2 and 3 in those of the other, each
-// coefficient in the low 16 bits of a lane.
-[[gnu::always_inline]] inline Rows<i32x8> forwardInWideLanes(const Vek16s* pSrc) {
-    const i32x8 samples = load<i32x8>(pSrc);  // lanes 0 and 1: rows 0 and 2; lanes 2 and 3: rows 1 and 3
-    const auto sums = [](i32x8 a, i32x8 b, const Vek16s(&factors)[2][16]) {
-        return mulAddPairs(as<i16x16>(a), load<i16x16>(factors[0])) +
-               mulAddPairs(as<i16x16>(b), load<i16x16>(factors[1]));
-    };
-    const i32x8 even = sums(shuffle32<0, 0, 0, 0>(samples), shuffle32<1, 1, 1, 1>(samples), kForwardFactors.rows);
-    const i32x8 odd = sums(shuffle32<2, 2, 2, 2>(samples), shuffle32<3, 3, 3, 3>(samples), kForwardFactors.rows);
-    const i32x8 pairs = as<i32x8>(blend16<0xAA>(as<i16x16>(even), as<i16x16>(odd << 16)));
-    const i32x8 upper = joinLowHalves(pairs, pairs), lower = joinHighHalves(pairs, pairs);
-    return {sums(upper, lower, kForwardFactors.columns[0]), sums(upper, lower, kForwardFactors.columns[1])};
+// The core transform (8.6.1) of 16 samples, with wrap-around.
+[[gnu::always_inline]] inline i16x16 forward4x4(const Vek16s* pSrc) {
+    const CoreTransformLanes& l = *opaque(&kCoreTransformLanes);
+    const i16x16 outer = loadTwice16<i16x16>(pSrc), inner = swapHalves(loadTwice16<i16x16>(pSrc + 8));
+    const i16x16 sums = outer + inner, differences = outer - inner;  // of rows 0 and 3, of rows 1 and 2
+    const i16x16 w = joinLow(sums, differences) * load<i16x16>(l.outerRows) +
+                     joinHigh(sums, differences) * load<i16x16>(l.innerRows);
+    // w0 + w3, w1 + w2, w1 - w2, w0 - w3
+    const i16x16 v = shuffleBytes(w, load<u8x32>(l.reversed)) + withSign(w, load<i16x16>(l.mirrored));
+    return shuffleBytes(v, load<u8x32>(l.toOuter)) * load<i16x16>(l.outer) +
+           shuffleBytes(v, load<u8x32>(l.toInner)) * load<i16x16>(l.inner);
 }
 #endif
 
-inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek16s* pDst, const Vek16s* pMultipliers, QuantRounding r,
-                                       const Vek16s* pScanPos) {
-#if VEKVC_VECTOR256
-    const Rows<i32x8> w = forwardInWideLanes(pSrc);
-    // As in quantized(); a lane's upper half meets the 0 above a multiplier.
-    const i32x8 f = splat<i32x8>(r.f);
-    const auto magnitudes = [&](i32x8 c, const Vek16s* multipliers) {
-        const i16x16 negative = min(as<i16x16>(c), zero<i16x16>() - as<i16x16>(c));
-        return (f - mulAddPairs(negative, as<i16x16>(widen(load<u16x8>(multipliers))))) >> r.qbits;
-    };
-    // Rows 0 and 2 and rows 1 and 3 lane by lane, then in order.
-    const auto together = [](i32x8 top, i32x8 bottom) {
-        return blend16<0xAA>(as<i16x16>(top), as<i16x16>(bottom << 16));
-    };
-    const i16x16 mixed = withSign(together(magnitudes(w.top, pMultipliers), magnitudes(w.bottom, pMultipliers + 8)),
-                                  together(w.top, w.bottom));
-    const u8x32 order = lanes<u8x32>(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15,  //
-                                     0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15);
-    const i16x16 levels = swapMiddleQuarters(shuffleBytes(mixed, order));
-    store(pDst, levels);
+inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek16s* pDst, const Vek16s* pMultipliers,
+                                       const QuantRounding& rounding, const Vek16s* pScanPos) {
+    const RoundingOf<Levels16> r(rounding);
     LevelCounter<Levels16> counter;
+#if VEKVC_VECTOR256
+    const i16x16 levels = quantized(forward4x4(pSrc), pMultipliers, r);
+    store(pDst, levels);
     counter.add(levels == zero<i16x16>(), load<i16x16>(pScanPos));
-    return counter.result(16);
 #else
     const Rows<i16x8> w = forward4x4(loadRows(pSrc));
-    const Rows<i16x8> levels = {quantized(w.top, load<i16x8>(pMultipliers), r),
-                                quantized(w.bottom, load<i16x8>(pMultipliers + 8), r)};
+    const Rows<i16x8> levels = {quantized(w.top, pMultipliers, r), quantized(w.bottom, pMultipliers + 8, r)};
     storeRows(pDst, levels);
-    LevelCounter<Levels16> counter;
     counter.add(levels.top == zero<i16x8>(), load<i16x8>(pScanPos));
     counter.add(levels.bottom == zero<i16x8>(), load<i16x8>(pScanPos + 8));
-    return counter.result(16);
 #endif
+    return counter.result();
 }
 
-inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek32s* pDst, const Vek16s* pMultipliers, QuantRounding r,
-                                       const Vek16s* pScanPos) {
+inline LevelCount transformQuantFwd4x4(const Vek16s* pSrc, Vek32s* pDst, const Vek16s* pMultipliers,
+                                       const QuantRounding& rounding, const Vek16s* pScanPos) {
     i32x4 w[4];
     for (int i = 0; i < 4; ++i) w[i] = loadWide4(pSrc + 4 * i);
     forward4x4(w);
-    for (int i = 0; i < 4; ++i) store(pDst + 4 * i, w[i]);
-    return quantize<16>(pDst, pDst, pMultipliers, r, pScanPos);
+    const Rounding<Levels32> r(rounding);
+    LevelCounter<Levels16> counter;
+#if VEKVC_VECTOR256
+    quantize32(join(w[0], w[1]), join(w[2], w[3]), pDst, pMultipliers, r, pScanPos, counter);
+#else
+    quantize32(w[0], w[1], pDst, pMultipliers, r, pScanPos, counter);
+    quantize32(w[2], w[3], pDst + 8, pMultipliers + 8, r, pScanPos + 8, counter);
+#endif
+    return counter.result();
 }
 
 // ---- DC blocks
+
+#if VEKVC_VECTOR256
+// The Hadamard transform of 16 values, halved, with wrap-around.
+[[gnu::always_inline]] inline i16x16 halfHadamard4x4(i16x16 c) {
+    // x0 + x1, x2 + x3 of each row, and the differences; then x0 + x1, x0 - x1, x2 + x3, x2 - x3 of rows 0 and 2 and of
+    // rows 1 and 3.
+    const i32x8 sums = mulAddPairs(c, constant<i16x16, 1>()),
+                differences = mulAddPairs(c, as<i16x16>(constant<i32x8, 1 - 65536>()));
+    const i32x8 even = interleaveLow(sums, differences), odd = interleaveHigh(sums, differences);
+    const i32x8 a = even + odd, b = even - odd;  // rows 0 + 1 and 2 + 3, 0 - 1 and 2 - 3
+    const i32x8 first = joinLowHalves(a, b), second = joinHighHalves(a, b);
+    const i32x8 f03 = first + second, f12 = first - second;  // rows 0 and 3, 1 and 2, of the result
+    const i32x8 left = joinLow(f03, f12), right = joinHigh(f03, f12);
+    // Columns 0, 3 and 1, 2 of rows 0, 1 and 3, 2; of each sum bits 1 to 16.
+    const i16x16 mixed = blend16<0xAA>(as<i16x16>((left + right) >> 1), as<i16x16>((left - right) << 15));
+    return shuffleBytes(mixed, lanes<u8x32>(0, 1, 2, 3, 6, 7, 4, 5, 8, 9, 10, 11, 14, 15, 12, 13,  //
+                                            8, 9, 10, 11, 14, 15, 12, 13, 0, 1, 2, 3, 6, 7, 4, 5));
+}
+#endif
 
 template <int rows, int columns, class C>
 void forwardDC(C* pSrcDst) {
@@ -226,11 +276,15 @@ void forwardDC(C* pSrcDst) {
         store(pSrcDst, f.top);
         store(pSrcDst + 4, f.bottom);
     } else if constexpr (sizeof(C) == 2) {
+#if VEKVC_VECTOR256
+        store(pSrcDst, halfHadamard4x4(load<i16x16>(pSrcDst)));
+#else
         i32x4 w[4];
         for (int i = 0; i < 4; ++i) w[i] = loadWide4(pSrcDst + 4 * i);
         hadamard4(w);
         store(pSrcDst, narrowWrap(w[0] >> 1, w[1] >> 1));
         store(pSrcDst + 8, narrowWrap(w[2] >> 1, w[3] >> 1));
+#endif
     } else {
         // The sums need more than 32 bits, but not those of the values' halves and of the bits that the halves lack: of
         // c = 2h + l, half the transform is the transform of h and half that of l.
@@ -247,7 +301,9 @@ void forwardDC(C* pSrcDst) {
 }
 
 template <int n, class C>
-LevelCount quantizeDC(const C* pSrc, C* pDst, Vek32s multiplier, QuantRounding r, const Vek16s* pScanPos) {
+LevelCount quantizeDC(const C* pSrc, C* pDst, Vek32s multiplier, const QuantRounding& rounding,
+                      const Vek16s* pScanPos) {
+    const Rounding<i32x4> r(rounding);
     LevelCounter<i16x8> counter;
     constexpr int step = n < 8 ? n : 8;
     for (int k = 0; k < n; k += step) {
@@ -265,8 +321,19 @@ LevelCount quantizeDC(const C* pSrc, C* pDst, Vek32s multiplier, QuantRounding r
         // Raster order is scan order where no scan is given.
         counter.add(isZero, pScanPos ? load<i16x8>(pScanPos + k) : lanes<i16x8>(0, 1, 2, 3, 4, 5, 6, 7));
     }
-    return counter.result(n < 8 ? 8 : n);
+    return counter.result();
 }
+#if VEKVC_VECTOR256
+template <>
+inline LevelCount quantizeDC<16>(const Vek16s* pSrc, Vek16s* pDst, Vek32s multiplier, const QuantRounding& rounding,
+                                 const Vek16s* pScanPos) {
+    const i16x16 levels = quantized(load<i16x16>(pSrc), splat<i16x16>(multiplier), RoundingOf<i16x16>(rounding));
+    store(pDst, levels);
+    LevelCounter<i16x16> counter;
+    counter.add(levels == zero<i16x16>(), load<i16x16>(pScanPos));
+    return counter.result();
+}
+#endif
 
 // ---- scales
 
@@ -293,7 +360,8 @@ void genScaleLevel(const Vek8u* pSrc, Vek16s* pDstInv, Vek16s* pDstFwd, int qpMo
 // Requantized levels (see plain::requantized); `weights` are normAdjust4x4 * A of 8.6.1.
 [[gnu::always_inline]] inline i32x4 requantized(i32x4 level, i32x4 pred, i32x4 multiplier, i32x4 weights,
                                                 SpQuantizers q, int dcShift) {
-    const QuantRounding nearest = {15 + dcShift + q.qs / 6, 1 << (14 + dcShift + q.qs / 6)};
+    const QuantRounding rounding = {15 + dcShift + q.qs / 6, 1 << (14 + dcShift + q.qs / 6)};
+    const Rounding<i32x4> nearest(rounding);
     if (q.isSwitching) return level + quantized32(pred, multiplier, nearest);
     return quantized32(pred + ((level * weights << q.qp / 6) >> (6 - dcShift)), multiplier, nearest);
 }

@@ -81,7 +81,7 @@ template <class T>
                              {1, size.height});
     return vekStsOk;
 }
-// Rows of 8 and 16 samples are averaged one by one: joining them would cost more than the average.
+// Rows are averaged one by one: joining them would cost more than the average.
 template <int W>
 [[gnu::always_inline]] inline VekStatus averageColumn(Block<Vek8u> a, Block<Vek8u> b, MutableBlock<Vek8u> dst,
                                                       Vek32s height) {
@@ -98,15 +98,8 @@ template <int W>
         dst.base = groupOn<2>(dst.base, dst.step);
     };
     do {
-        if constexpr (W == 4) {
-            using G = RowGroup<4, 4>;
-            G::store(dst.base, dst.step, average(G::load(a.base, a.step), G::load(b.base, b.step)));
-            a.base = groupOn<4>(a.base, a.step), b.base = groupOn<4>(b.base, b.step);
-            dst.base = groupOn<4>(dst.base, dst.step);
-        } else {
-            twoRows();
-            twoRows();
-        }
+        twoRows();
+        twoRows();
     } while ((height -= 4) != 0);
     return vekStsOk;
 }

@@ -29,6 +29,12 @@ VekStatus open(const Vek8u* pSpec, Kind kind, Vek32s QP, const State*& state) {
     return outside(QP, 1, state->largestQp()) ? vekStsErrQPRange : vekStsOk;
 }
 
+// Apart from the export, which would save registers for it.
+[[gnu::noinline]] VekStatus quantAdvancedIntra(Vek16s* pSrcDst, Vek32s QP, Vek32s largest, Vek32s* pCount) {
+    store(pCount, kernel::quantAdvancedIntra(pSrcDst, QP, largest));
+    return vekStsOk;
+}
+
 }  // namespace
 
 VekStatus vekiQuantIntraGetSize_MPEG4(Vek32u* pSpecSize) { return reportSize(pSpecSize, kQuantizerSize); }
@@ -89,9 +95,9 @@ VekStatus vekiQuantIntra_H263_16s_C1I(Vek16s* pSrcDst, Vek32s QP, Vek32s advIntr
                                       Vek32s* pCount) {
     if (anyNull(pSrcDst, pCount)) return vekStsErrNullPtr;
     if (outside(QP, 1, 31)) return vekStsErrQPRange;
-    const Vek32s largest = largestLevelH263(modQuantFlag != 0);
-    store(pCount, advIntraFlag != 0 ? kernel::quantAdvancedIntra(pSrcDst, QP, largest)
-                                    : kernel::quantH263<true>(pSrcDst, QP, largest));
+    const Vek32s largest = opaque(largestLevelH263(modQuantFlag != 0));  // not found a second time in 16 bits
+    if (advIntraFlag != 0) return quantAdvancedIntra(pSrcDst, QP, largest, pCount);
+    store(pCount, kernel::quantH263<true>(pSrcDst, QP, largest));
     return vekStsOk;
 }
 

@@ -3,6 +3,7 @@
 #ifndef VEKVC_MPEG4_QUANTIZE_SIMD_H
 #define VEKVC_MPEG4_QUANTIZE_SIMD_H
 
+#include <algorithm>
 #include <bit>
 
 #include "core/reciprocal.h"
@@ -96,36 +97,41 @@ void quantInvMpeg4(Vek16s* block, const mpeg4::InverseQuantizer& q, Vek32s QP, V
 inline constexpr Reciprocals<2 * 511, 32768, 2> kReciprocalsMpeg4;
 static_assert(kReciprocalsMpeg4.proven);
 
-// The number of levels other than 0, from a vector that counts the others as -1 each.
-[[gnu::always_inline]] inline Vek32s countNonZero(LevelVector zeros) { return 64 + sumLanes(zeros); }
-
-// Puts an element 0 that is not counted.
-[[gnu::always_inline]] inline Vek32s putDc(Vek16s* block, Vek32s dc, Vek32s count) {
-    count -= load<Vek16s>(block) != 0 ? 1 : 0;
-    store(block, static_cast<Vek16s>(dc));
-    return count;
+// mpeg4::divideRound without a branch: no predictor foresees a DC's sign.
+[[gnu::always_inline]] inline Vek32s divideRoundSigned(Vek32s a, Vek32s b) {
+    const Vek32s sign = opaque(a >> 31);
+    const Vek32u quotient =
+        (static_cast<Vek32u>((a ^ sign) - sign) + static_cast<Vek32u>(b) / 2) / static_cast<Vek32u>(b);
+    return (static_cast<Vek32s>(quotient) ^ sign) - sign;
 }
 
+// Quantizes all elements; gives the number of levels other than 0, in an intra block without the DC.
 template <bool intra>
 [[gnu::always_inline]] inline Vek32s divideLevels(Vek16s* block, Vek32s QP, Vek32s largest) {
-    const Reciprocal r = kReciprocalsMpeg4.of(2 * QP);
-    const auto factor = splat<MagnitudeVector>(r.factor), most = splat<MagnitudeVector>(largest);
+    const Reciprocal& r = *opaque(&kReciprocalsMpeg4.of(2 * QP));  // the factor is broadcast from memory
+    const int shift = r.shift;
+    const auto factor = splatFrom<MagnitudeVector>(&r.factor), most = splat<MagnitudeVector>(largest);
     const auto dead = splat<MagnitudeVector>(intra ? 0 : QP / 2);
-    auto zeros = zero<LevelVector>();
-    for (int i = 0; i < 64; i += kLevelLanes) {
-        const auto f = load<LevelVector>(block + i);
+    const auto divide = [&](Vek16s* p) {
+        const auto f = load<LevelVector>(p);
         const auto a = subSat(as<MagnitudeVector>(abs(f)), dead);
-        const auto level = min(mulHigh(a, factor) >> r.shift, most);
-        zeros += as<LevelVector>(level == zero<MagnitudeVector>());
-        store(block + i, withSign(as<LevelVector>(level), f));
+        const auto level = withSign(as<LevelVector>(min(mulHigh(a, factor) >> shift, most)), f);
+        store(p, level);
+        return level;
+    };
+    std::uint64_t zeros = intra ? 1 : 0;  // a bit each, the DC's the lowest
+    for (int i = 0; i < 64; i += 2 * kLevelLanes) {
+        const LevelVector first = divide(block + i), second = divide(block + i + kLevelLanes);
+        const auto levels = narrowI8(first, second);
+        zeros |= std::uint64_t{byteMask(levels == zero<decltype(levels)>())} << i;
     }
-    return countNonZero(zeros);
+    return 64 - std::popcount(zeros);
 }
 
-// The MPEG method. Both divisions are one: floor((floor((16 a + W / 2) / W) + c) / (2 QP)) is floor(n / d) with
-// n = 16 a + W / 2 + c W and d = 2 QP W. In single precision n + 1/2 is exact (n < 2^20), and lies half or more from
-// any multiple of d. The four roundings (of 1 / W, of 1 / (2 QP), of their product and of the last one) err by less
-// than 4.1 * 2^-23 of the quotient in any rounding mode; times n < 622500 that is less than half.
+// The same by the MPEG method. Both divisions are one: floor((floor((16 a + W / 2) / W) + c) / (2 QP)) is floor(n / d)
+// with n = 16 a + W / 2 + c W and d = 2 QP W. In single precision n + 1/2 is exact (n < 2^20), and lies half or more
+// from any multiple of d. The four roundings (of 1 / W, of 1 / (2 QP), of their product and of the last one) err by
+// less than 4.1 * 2^-23 of the quotient in any rounding mode; times n < 622500 that is less than half.
 template <bool intra>
 [[gnu::always_inline]] inline Vek32s divideWeighted(Vek16s* block, const mpeg4::ForwardQuantizer& q, Vek32s QP) {
 #if VEKVC_VECTOR256
@@ -157,30 +163,35 @@ template <bool intra>
         zeros += level == zero<i16x8>();
         store(block + i, withSign(level, f));
     }
-    return 64 + sumLanes(zeros);
+    const Vek32s count = 64 + sumLanes(zeros);
+    return intra ? count - (load<Vek16s>(block) != 0 ? 1 : 0) : count;
 }
 
 template <bool intra>
 [[gnu::always_inline]] inline Vek32s quantMpeg4(Vek16s* block, const mpeg4::ForwardQuantizer& q, Vek32s QP, Vek32s dc) {
-    const Vek32s first = intra ? clip3(-q.largest() - 1, q.largest(), mpeg4::divideRound(load<Vek16s>(block), dc)) : 0;
+    const Vek32s first = intra ? clip3(-q.largest() - 1, q.largest(), divideRoundSigned(load<Vek16s>(block), dc)) : 0;
     const Vek32s count =
         q.hasMatrix != 0 ? divideWeighted<intra>(block, q, QP) : divideLevels<intra>(block, QP, q.largest());
-    return intra ? putDc(block, first, count) : count;
+    if (intra) store(block, static_cast<Vek16s>(first));
+    return count;
 }
 
 template <bool intra>
 [[gnu::always_inline]] inline Vek32s quantH263(Vek16s* block, Vek32s QP, Vek32s largest) {
-    const Vek32s first = intra ? clip3(1, 254, mpeg4::divideRound(load<Vek16s>(block), 8)) : 0;
+    // Negative quotients become 1. g++ would go to vectors and back for both limits at once.
+    const Vek32s first = intra ? std::min(opaque(std::max((load<Vek16s>(block) + 4) >> 3, 1)), 254) : 0;
     const Vek32s count = divideLevels<intra>(block, QP, largest);
-    return intra ? putDc(block, first, count) : count;
+    if (intra) store(block, static_cast<Vek16s>(first));
+    return count;
 }
 
-[[gnu::noinline]] inline Vek32s quantAdvancedIntra(Vek16s* block, Vek32s QP, Vek32s largest) {
+inline Vek32s quantAdvancedIntra(Vek16s* block, Vek32s QP, Vek32s largest) {
     const Vek32s f = load<Vek16s>(block);
     const Reciprocal r = kReciprocalsMpeg4.of(2 * QP);
     const auto size = static_cast<Vek32s>((magnitude(f) + static_cast<Vek32u>(QP)) * r.factor >> (16 + r.shift));
-    const Vek32s count = divideLevels<true>(block, QP, largest);
-    return putDc(block, f < 0 ? -size : size, count) + (size != 0 ? 1 : 0);
+    const Vek32s count = divideLevels<true>(block, QP, largest) + (size != 0 ? 1 : 0);
+    store(block, static_cast<Vek16s>(f < 0 ? -size : size));
+    return count;
 }
 
 }  // namespace vekvc::simd

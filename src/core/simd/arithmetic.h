@@ -77,8 +77,11 @@ VEKVC_SIMD_INLINE V splatFrom(const void* p) {
     if constexpr (laneBytes<V> == 4) {
         float bits;
         std::memcpy(&bits, p, sizeof bits);
-        if constexpr (is128<V>)
-            return {_mm_castps_si128(_mm_set1_ps(bits))};
+        if constexpr (is128<V>) return {_mm_castps_si128(_mm_set1_ps(bits))};
+#if VEKVC_VECTOR512
+        else if constexpr (V::kBytes == 64)
+            return {_mm512_castps_si512(_mm512_set1_ps(bits))};
+#endif
         else
             return {_mm256_castps_si256(_mm256_set1_ps(bits))};
     }
@@ -292,6 +295,13 @@ VEKVC_SIMD_FN Vec<T, N> operator>>(Vec<T, N> a, int n) {
         VEKVC_SHIFT(a, n, srli_epi64)
     }
 }
+#if VEKVC_VECTOR256
+// Each lane shifted by its own count, keeping its sign.
+template <int N>
+VEKVC_SIMD_INLINE Vec<std::int32_t, N> shiftRight(Vec<std::int32_t, N> a, Vec<std::int32_t, N> counts) {
+    VEKVC_BOTH(a, counts, srav_epi32)
+}
+#endif
 // Bytes moved within each 128 bits; zeros come in. Right means towards lower addresses.
 template <int bytes, class T, int N>
 VEKVC_SIMD_INLINE Vec<T, N> bytesRight(Vec<T, N> a) {

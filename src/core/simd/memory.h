@@ -289,6 +289,16 @@ VEKVC_SIMD_INLINE V loadPairTwice8(const void* low, const void* high) {
     };
     return {_mm256_blend_epi32(twice(low), twice(high), 0xF0)};
 }
+// Two runs of 8 bytes as the quarters of both halves.
+template <class V>
+VEKVC_SIMD_INLINE V loadPairInBoth8(const void* low, const void* high) {
+    const auto everywhere = [](const void* p) {
+        std::int64_t bits;
+        std::memcpy(&bits, p, sizeof bits);
+        return _mm256_set1_epi64x(bits);
+    };
+    return {_mm256_blend_epi32(everywhere(low), everywhere(high), 0xCC)};
+}
 // Two runs of 16 bytes into the halves of one vector: two rows of 16 samples.
 template <class V>
 VEKVC_SIMD_INLINE V loadPair16(const void* low, const void* high) {

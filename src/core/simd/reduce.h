@@ -59,6 +59,11 @@ VEKVC_SIMD_INLINE Minimum minimum(u16x8 a) {
     const auto found = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_minpos_epu16(a.raw)));
     return {static_cast<std::uint16_t>(found), static_cast<std::uint16_t>(found >> 16)};
 }
+// The greatest of eight unsigned lanes.
+VEKVC_SIMD_INLINE std::int32_t maximum(u16x8 a) {
+    const __m128i ones = _mm_cmpeq_epi16(a.raw, a.raw), found = _mm_minpos_epu16(_mm_xor_si128(a.raw, ones));
+    return _mm_cvtsi128_si32(_mm_andnot_si128(found, _mm_setr_epi32(0xFFFF, 0, 0, 0)));
+}
 
 // ---- bits of general registers
 

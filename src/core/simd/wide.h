@@ -48,7 +48,6 @@ VEKVC_SIMD_INLINE u8x64 loadPairTwice16(const void* low, const void* high) {
     return {_mm512_mask_broadcast_i64x2(_mm512_broadcast_i64x2(a), 0xF0, b)};
 }
 // Lane i becomes lane index[i] of a, or of the pair that a and b make; higher bits of the index do not count.
-VEKVC_SIMD_INLINE i16x32 permute(i16x32 a, u16x32 index) { return {_mm512_permutexvar_epi16(index.raw, a.raw)}; }
 VEKVC_SIMD_INLINE i32x16 permute(i32x16 a, i32x16 index) { return {_mm512_permutexvar_epi32(index.raw, a.raw)}; }
 VEKVC_SIMD_INLINE i16x32 permutePair(i16x32 a, i16x32 b, u16x32 index) {
     return {_mm512_permutex2var_epi16(a.raw, index.raw, b.raw)};
@@ -61,13 +60,9 @@ VEKVC_SIMD_INLINE i32x16 nextLanes(i32x16 a) { return {_mm512_alignr_epi32(a.raw
 VEKVC_SIMD_INLINE i16x32 evenThenOdd(i16x32 a, i16x32 b) { return {_mm512_mask_blend_epi16(0xAAAAAAAA, a.raw, b.raw)}; }
 // The lanes of each pair in the other order.
 VEKVC_SIMD_INLINE i16x32 swapNeighbours(i16x32 a) { return {_mm512_rol_epi32(a.raw, 16)}; }
-// Each lane shifted by its own count, keeping its sign.
-VEKVC_SIMD_INLINE i32x16 shiftRight(i32x16 a, i32x16 counts) { return {_mm512_srav_epi32(a.raw, counts.raw)}; }
 
 // ---- halves, widening and narrowing
 
-// A vector whose low half is a; the high half is not to be used.
-VEKVC_SIMD_INLINE i32x16 inLowHalf(i32x8 a) { return {_mm512_castsi256_si512(a.raw)}; }
 VEKVC_SIMD_INLINE i16x16 lowHalf(i16x32 a) { return {_mm512_castsi512_si256(a.raw)}; }
 VEKVC_SIMD_INLINE i16x16 highHalf(i16x32 a) { return {_mm512_extracti64x4_epi64(a.raw, 1)}; }
 VEKVC_SIMD_INLINE i32x8 lowHalf(i32x16 a) { return {_mm512_castsi512_si256(a.raw)}; }
