@@ -65,9 +65,9 @@ template <class V>
 #if VEKVC_VECTOR256
 // The stage over the 128-bit halves.
 [[gnu::always_inline]] inline void butterflyAcross(i16x16& a, i16x16& b) {
-    const i16x16 low = joinLowHalves(a, b), high = joinHighHalves(a, b);
-    a = low + high;
-    b = low - high;
+    const i16x16 mixed = lowThenHigh(a, b), other = highThenLow(a, b);
+    a = mixed + other;
+    b = mixed - other;
 }
 #endif
 
@@ -89,15 +89,11 @@ template <class V>
 // Of 8 rows of 8 samples, rows y and y + 4 in one vector.
 class EightRows {
   public:
-    explicit EightRows(Block<Vek8u> b) : step_(b.step), even_{b.base} {
-        for (int i = 1; i < 4; ++i) even_[i] = twoRowsOn(even_[i - 1], step_);
-    }
-    [[gnu::always_inline]] i16x16 firstStage(int y) const { return firstStageOf8(row(y), row(y + 4)); }
+    explicit EightRows(Block<Vek8u> b) : row_(b.base, b.step) {}
+    [[gnu::always_inline]] i16x16 firstStage(int y) const { return firstStageOf8(row_(y), row_(y + 4)); }
 
   private:
-    const Vek8u* row(int y) const { return even_[y / 2] + (y % 2 == 0 ? 0 : step_); }
-    std::ptrdiff_t step_;
-    const Vek8u* even_[4];
+    EightRowAddresses<const Vek8u> row_;
 };
 [[gnu::always_inline]] inline i16x16 firstStageOf16(const Vek8u* p) {
     const i8x32 signs = lanes<i8x32>(1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1,  //

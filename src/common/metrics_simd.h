@@ -13,14 +13,14 @@ using plain::InterleavedSums;
 template <int W, int H>
 [[gnu::always_inline]] inline VekStatus putSumOfAbsoluteDifferences(Block<Vek8u> s, Block<Vek8u> ref, Half half,
                                                                     Vek32s* pResult) {
-    constexpr int R = kTileRows<W, H>;
+    constexpr int R = W == 4 ? 2 : 1;  // rows of 4 in pairs: to fill the vector costs more than to add once more
     u64x2 sum = zero<u64x2>();
     withCase(half, 0, [&]<Half h, int round>() {
         TileReader<W, R> source(s.base, s.step);
         Predictor<W, R, h, round> p(ref.base, ref.step);
         forTileRows<H, R>([&] { sum += sumAbsDiff(source.rows(), p.rows()); });
     });
-    store(pResult, W == 16 || R > 1 ? sumLanes(sum) : lane<0>(as<i32x4>(sum)));
+    store(pResult, W == 16 ? sumLanes(sum) : lane<0>(as<i32x4>(sum)));
     return vekStsOk;
 }
 
@@ -91,8 +91,8 @@ template <int W, int H>
     return vekStsOk;
 }
 
-// Sums of real video fit 16 bits per lane; a lane that reached the limit sends the block to the general form, which
-// ends the export.
+// Sums of real video fit 15 bits per lane; a lane that needs the 16th sends the block to the general form, which ends
+// the export.
 template <class V>
 struct LimitedSums {
     V above = zero<V>(), below = zero<V>();
@@ -104,9 +104,9 @@ struct LimitedSums {
     template <int W, int H>
     [[gnu::always_inline]] VekStatus put(Block<Vek16u> s, Block<Vek16u> ref, Half half, Vek32s* pResult) const {
         const V sum = addSat(above, below);
-        if (byteMask(sum == constant<V, 0xffff>()) != 0) [[unlikely]]
+        if ((byteMask(sum) & 0xAAAAAAAA) != 0) [[unlikely]]
             return putSumOfLargeDifferences<W, H>(s, ref, half, pResult);
-        store(pResult, sumLanes(sum));
+        store(pResult, sumLanes(as<Vec<Vek16s, V::kBytes / 2>>(sum)));
         return vekStsOk;
     }
 };
@@ -127,23 +127,32 @@ template <int W, int H>
 
 #if VEKVC_VECTOR256
 // Rows of 8, two in a vector.
-template <int H>
-[[gnu::always_inline]] inline VekStatus putSumOfRowPairs(Block<Vek16u> s, Block<Vek16u> ref, Vek32s* pResult) {
+[[gnu::always_inline]] inline VekStatus putSumOf8x8(Block<Vek16u> s, Block<Vek16u> ref, Vek32s* pResult) {
+    const EightRowAddresses source(s.base, s.step), reference(ref.base, ref.step);
     LimitedSums<u16x16> sums;
-    const Vek16u *a = s.base, *b = ref.base;
 #pragma GCC unroll 4
-    for (int y = 0; y < H; y += 2, a = twoRowsOn(a, s.step), b = twoRowsOn(b, ref.step))
-        sums.add(loadPair16<u16x16>(a, offsetBytes(a, s.step)), loadPair16<u16x16>(b, offsetBytes(b, ref.step)));
-    return sums.template put<8, H>(s, ref, Half::none, pResult);
+    for (int y = 0; y < 8; y += 2)
+        sums.add(loadPair16<u16x16>(source(y), source(y + 1)), loadPair16<u16x16>(reference(y), reference(y + 1)));
+    return sums.template put<8, 8>(s, ref, Half::none, pResult);
 }
 #endif
+// Rows of 4, two in a vector.
+[[gnu::always_inline]] inline VekStatus putSumOf4x4(Block<Vek16u> s, Block<Vek16u> ref, Vek32s* pResult) {
+    const FourRowAddresses source(s.base, s.step), reference(ref.base, ref.step);
+    LimitedSums<u16x8> sums;
+#pragma GCC unroll 2
+    for (int y = 0; y < 4; y += 2)
+        sums.add(loadPair8<u16x8>(source(y), source(y + 1)), loadPair8<u16x8>(reference(y), reference(y + 1)));
+    return sums.template put<4, 4>(s, ref, Half::none, pResult);
+}
 
 template <int W, int H>
 [[gnu::always_inline]] inline VekStatus putSumOfAbsoluteDifferences(Block<Vek16u> s, Block<Vek16u> ref, Half half,
                                                                     Vek32s* pResult) {
     if (half != Half::none) return putSumAtHalfSample<W, H>(s, ref, half, pResult);
+    if constexpr (W == 4 && H == 4) return putSumOf4x4(s, ref, pResult);
 #if VEKVC_VECTOR256
-    if constexpr (W == 8) return putSumOfRowPairs<H>(s, ref, pResult);
+    if constexpr (W == 8 && H == 8) return putSumOf8x8(s, ref, pResult);
 #endif
     return putSumOfSmallDifferences<W, H>(s, ref, Half::none, pResult);
 }
@@ -237,6 +246,38 @@ template <int W, int H, bool last>
     }
 }
 
+#if VEKVC_VECTOR256
+// The same of 8x8 with rows y and y + 4 in the halves of a vector, those of the source loaded once.
+class SearchFor8x8 {
+  public:
+    explicit SearchFor8x8(Block<Vek8u> s) {
+        const EightRowAddresses row(s.base, s.step);
+        for (int y = 0; y < 4; ++y) source_[y] = loadPairTwice8<u8x32>(row(y), row(y + 4));
+    }
+    template <bool last>
+    [[gnu::always_inline]] u16x8 eightPositions(const Vek8u* ref, std::ptrdiff_t refStep) const {
+        const EightRowAddresses row(ref, refStep);
+        u16x16 sum = zero<u16x16>();
+#pragma GCC unroll 4
+        for (int y = 0; y < 4; ++y) {
+            u8x32 r;
+            if constexpr (last) {  // bytes 0 to 7 and 7 to 14 of each row
+                const u8x32 overlapping = loadFour8<u8x32>(row(y), row(y) + 7, row(y + 4), row(y + 4) + 7);
+                r = shuffleBytes(overlapping, lanes<u8x32>(0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 15,  //
+                                                           0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 15));
+            } else {
+                r = loadPair16<u8x32>(row(y), row(y + 4));
+            }
+            sum += eightSums<0, 0, 0, 0>(r, source_[y]) + eightSums<1, 1, 1, 1>(r, source_[y]);
+        }
+        return lowHalf(sum) + highHalf(sum);
+    }
+
+  private:
+    u8x32 source_[4];
+};
+#endif
+
 template <int W, int H, bool wantIndex>
 Vek32u searchRow(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad, Vek32s count) {
     Vek32u best = 0x10000;
@@ -252,6 +293,14 @@ Vek32u searchRow(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad, Vek32s count) {
         }
     };
     Vek32s i = 0;
+#if VEKVC_VECTOR256
+    if constexpr (W == 8 && H == 8) {
+        const SearchFor8x8 search(s);
+        for (; i < count - 8; i += 8) take(i, search.eightPositions<false>(ref.base + i, ref.step));
+        take(i, search.eightPositions<true>(ref.base + i, ref.step));
+        return static_cast<Vek32u>(index);
+    }
+#endif
     for (; i < count - 8; i += 8) take(i, eightPositions<W, H, false>(s, ref.base + i, ref.step));
     take(i, eightPositions<W, H, true>(s, ref.base + i, ref.step));
     return static_cast<Vek32u>(index);

@@ -25,9 +25,10 @@ template <int W, int H>
 VekStatus satd8x8(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek32s* pResult,
                   Vek32s mcType) {
     if (anyNull(pSrc, pRef, pResult)) return vekStsErrNullPtr;
-    store(pResult,
-          kernel::satd8x8<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep), halfOfMcType(mcType)));
-    return vekStsOk;
+    return finish([&] {
+        return kernel::putSatd8x8<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep), halfOfMcType(mcType),
+                                        pResult);
+    });
 }
 
 }  // namespace

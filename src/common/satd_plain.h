@@ -33,8 +33,8 @@ Vek32s satd4x4(Block<T> s, Block<T> ref) {
 
 // With 8x8 transforms, a quarter of it, rounded once.
 template <int W, int H>
-Vek32s satd8x8(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
-    return (sumOfTransformedDifferences<W, H, 8>(s, ref, half) + 2) >> 2;
+void putSatd8x8(Block<Vek8u> s, Block<Vek8u> ref, Half half, Vek32s* pResult) {
+    store(pResult, (sumOfTransformedDifferences<W, H, 8>(s, ref, half) + 2) >> 2);
 }
 
 }  // namespace vekvc::plain

@@ -81,16 +81,20 @@ template <int W, int H>
 }
 
 template <int W, int H>
-[[gnu::noinline]] Vek32s halfSumAtHalfSample(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
-    alignas(16) Vek8u copy[W * H];
-    return halfSumOfTransforms8x8<W, H>(s, halfSampleBlock<W, H>(ref, half, copy));
+[[gnu::always_inline]] inline VekStatus putSatdOf8x8(Block<Vek8u> s, Block<Vek8u> ref, Vek32s* pResult) {
+    store(pResult, (halfSumOfTransforms8x8<W, H>(s, ref) + 1) >> 1);  // (2 * half the sum + 2) >> 2
+    return vekStsOk;
 }
-
+// At half samples a function of its own, to which the export jumps.
 template <int W, int H>
-[[gnu::always_inline]] inline Vek32s satd8x8(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
-    const Vek32s halfSum =
-        half == Half::none ? halfSumOfTransforms8x8<W, H>(s, ref) : halfSumAtHalfSample<W, H>(s, ref, half);
-    return (halfSum + 1) >> 1;  // (2 * halfSum + 2) >> 2
+[[gnu::noinline]] VekStatus putSatdAtHalfSample(Block<Vek8u> s, Block<Vek8u> ref, Half half, Vek32s* pResult) {
+    alignas(16) Vek8u copy[W * H];
+    return putSatdOf8x8<W, H>(s, halfSampleBlock<W, H>(ref, half, copy), pResult);
+}
+template <int W, int H>
+[[gnu::always_inline]] inline VekStatus putSatd8x8(Block<Vek8u> s, Block<Vek8u> ref, Half half, Vek32s* pResult) {
+    if (half != Half::none) return putSatdAtHalfSample<W, H>(s, ref, half, pResult);
+    return putSatdOf8x8<W, H>(s, ref, pResult);
 }
 
 // ---- 16-bit samples, 4x4 transforms

@@ -15,15 +15,19 @@ using namespace vekvc;
 VekStatus vekiScanFwd_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s countNonZero, Vek32s scan) {
     if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
     if (outside(countNonZero, 1, 64)) return vekStsErrOutOfRange;
-    withScan(scan, [&]<const Vek8u(&table)[64]>() { kernel::scanForward<table>(pSrc, pDst, countNonZero); });
-    return vekStsOk;
+    return finish([&] {
+        return withScan(
+            scan, [&]<const Vek8u(&table)[64]>() { return kernel::scanForward<table>(pSrc, pDst, countNonZero); });
+    });
 }
 
 VekStatus vekiScanInv_16s_C1(const Vek16s* pSrc, Vek16s* pDst, Vek32s indxLastNonZero, Vek32s scan) {
     if (anyNull(pSrc, pDst)) return vekStsErrNullPtr;
     if (outside(indxLastNonZero, 0, 63)) return vekStsErrOutOfRange;
-    withScan(scan, [&]<const Vek8u(&table)[64]>() { kernel::scanInverse<table>(pSrc, pDst, indxLastNonZero); });
-    return vekStsOk;
+    return finish([&] {
+        return withScan(
+            scan, [&]<const Vek8u(&table)[64]>() { return kernel::scanInverse<table>(pSrc, pDst, indxLastNonZero); });
+    });
 }
 
 VekStatus vekiCountZeros8x8_16s_C1(const Vek16s* pSrc, Vek32u* pCount) {

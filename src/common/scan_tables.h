@@ -26,7 +26,7 @@ inline constexpr Vek8u kAlternateHorizontalScan[64] = {0,  1,  2,  3,  8,  9,  1
 
 // Calls use<table>() with the table that the argument `scan` names; unknown values mean zigzag.
 template <class Use>
-inline void withScan(Vek32s scan, Use&& use) {
+inline auto withScan(Vek32s scan, Use&& use) {
     switch (scan) {
         case 1:
             return use.template operator()<kAlternateVerticalScan>();

@@ -14,27 +14,12 @@ using namespace vekvc;
 
 namespace {
 
-// Each operation rounds to single precision; the library is compiled without contraction to multiply-add.
-Vek32s varianceOf64(const plain::Moments& m) {
-    const float mean = static_cast<float>(m.sum) / 64.0f;
-    const float meanOfSquares = static_cast<float>(m.squares) / 64.0f;
-    const float squareOfMean = mean * mean;
-    return static_cast<Vek32s>(meanOfSquares - squareOfMean);
-}
-
-VekStatus varMean8x8(const Vek8u* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
+template <class T>
+VekStatus varMean8x8(const T* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
     if (anyNull(pSrc, pVar, pMean)) return vekStsErrNullPtr;
-    const auto m = kernel::moments<8, 8>(Block<Vek8u>(pSrc, srcStep));
-    store(pVar, varianceOf64(m));
-    store(pMean, m.sum);
-    return vekStsOk;
-}
-
-VekStatus varMean8x8(const Vek16s* pSrc, Vek32s srcStep, Vek32s* pVar, Vek32s* pMean) {
-    if (anyNull(pSrc, pVar, pMean)) return vekStsErrNullPtr;
-    const auto m = kernel::moments8x8(Block<Vek16s>(pSrc, srcStep));
-    store(pVar, varianceOf64(m));
-    store(pMean, m.sum);
+    const auto result = kernel::varianceAndSum8x8(Block<T>(pSrc, srcStep));
+    store(pVar, result.variance);
+    store(pMean, result.sum);
     return vekStsOk;
 }
 
@@ -42,13 +27,10 @@ template <int W, int H>
 VekStatus varMeanDiff(const Vek8u* pSrc, Vek32s srcStep, const Vek8u* pRef, Vek32s refStep, Vek32s* pVar, Vek32s* pMean,
                       Vek32s mcType) {
     if (anyNull(pSrc, pRef, pVar, pMean)) return vekStsErrNullPtr;
-    const auto m = kernel::momentsOfDifference<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep),
-                                                     halfOfMcType(mcType));
-    // The square takes all 32 bits without sign: 256 * 255 squared is 4261478400.
-    const Vek32u squareOfSum = magnitude(m.sum) * magnitude(m.sum);
-    store(pVar, m.squares - static_cast<Vek32s>(squareOfSum / (W * H)));
-    store(pMean, m.sum);
-    return vekStsOk;
+    return finish([&] {
+        return kernel::putVarianceOfDifference<W, H>(Block<Vek8u>(pSrc, srcStep), Block<Vek8u>(pRef, refStep),
+                                                     halfOfMcType(mcType), pVar, pMean);
+    });
 }
 
 template <int W, int H>

@@ -35,7 +35,22 @@ inline Moments moments8x8(Block<Vek16s> s) {
     return m;
 }
 
-// The same of s - p, p being the reference at its position with rounding 0: 256 * 255 * 255 fits 32 bits.
+// The variance of 64 values, and their sum. Each operation rounds to single precision; the library is compiled without
+// contraction to multiply-add.
+struct VarianceAndSum {
+    Vek32s variance, sum;
+};
+inline VarianceAndSum varianceAndSumOf64(const Moments& m) {
+    const float mean = static_cast<float>(m.sum) / 64.0f;
+    const float meanOfSquares = static_cast<float>(m.squares) / 64.0f;
+    const float squareOfMean = mean * mean;
+    return {static_cast<Vek32s>(meanOfSquares - squareOfMean), m.sum};
+}
+
+inline VarianceAndSum varianceAndSum8x8(Block<Vek8u> s) { return varianceAndSumOf64(moments<8, 8>(s)); }
+inline VarianceAndSum varianceAndSum8x8(Block<Vek16s> s) { return varianceAndSumOf64(moments8x8(s)); }
+
+// The moments of s - p, p being the reference at its position with rounding 0: 256 * 255 * 255 fits 32 bits.
 template <int W, int H>
 Moments momentsOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
     Moments m = {0, 0};
@@ -46,6 +61,20 @@ Moments momentsOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half) {
             m.squares += difference * difference;
         }
     return m;
+}
+
+// The square of the sum takes all 32 bits without sign: 256 * 255 squared is 4261478400.
+template <int W, int H>
+VarianceAndSum varianceAndSumOfDifference(const Moments& m) {
+    const Vek32u squareOfSum = magnitude(m.sum) * magnitude(m.sum);
+    return {m.squares - static_cast<Vek32s>(squareOfSum / (W * H)), m.sum};
+}
+
+template <int W, int H>
+void putVarianceOfDifference(Block<Vek8u> s, Block<Vek8u> ref, Half half, Vek32s* pVar, Vek32s* pMean) {
+    const VarianceAndSum result = varianceAndSumOfDifference<W, H>(momentsOfDifference<W, H>(s, ref, half));
+    store(pVar, result.variance);
+    store(pMean, result.sum);
 }
 
 // The sum of |s - m|, m being the mean with the fraction dropped.

@@ -110,10 +110,11 @@ struct Luma4 {
             const U below = Luma4::load(next_, step_);
             next_ = twoRowsOn(twoRowsOn(next_, step_), step_);
             const U last = loadBytes<U, 4>(next_);
-            const U r1 = alignRight<4>(below, above_), r2 = alignRight<8>(below, above_);
-            const U r3 = alignRight<12>(below, above_), r5 = alignRight<4>(last, below);
-            const V top = taps_.sum(interleaveLow(above_, r1), interleaveLow(r2, r3), interleaveLow(below, r5));
-            const V low = taps_.sum(interleaveHigh(above_, r1), interleaveHigh(r2, r3), interleaveHigh(below, r5));
+            const U r1 = alignRight<4>(below, above_), r5 = alignRight<4>(last, below);
+            // Rows -2 to 1, each with the next one, and rows 2 to 5; two rows to a vector.
+            const U outer = interleaveLow(above_, r1), inner = interleaveHigh(above_, r1);
+            const U nextInner = interleaveLow(below, r5), nextOuter = interleaveHigh(below, r5);
+            const V top = taps_.sum(outer, inner, nextInner), low = taps_.sum(inner, nextInner, nextOuter);
             above_ = below;
             return pack(taps_.roundOnce(top), taps_.roundOnce(low));
         }

@@ -16,9 +16,9 @@ inline void separateLuma(const Vek8u* from, Vek8u* y, std::ptrdiff_t w) {
 
 inline void separateRow(const Vek8u* from, Vek8u* y, Vek8u* cb, Vek8u* cr, std::ptrdiff_t w) {
     const std::ptrdiff_t done = forVectors(0, w & ~std::ptrdiff_t{1}, [&]<class V>(V, std::ptrdiff_t x) {
-        const V a = load<V>(from + 2 * x), b = load<V>(from + 2 * x + V::kBytes);
-        store(y + x, oddBytes(a, b));
-        storeHalves(cb + x / 2, cr + x / 2, separatePairs(evenBytes(a, b)));
+        const auto [luma, chroma] = lumaAndChroma(load<V>(from + 2 * x), load<V>(from + 2 * x + V::kBytes));
+        store(y + x, luma);
+        storeHalves(cb + x / 2, cr + x / 2, inHalves(chroma));
     });
     plain::separateRow(from + 2 * done, y + done, cb + done / 2, cr + done / 2, w - done);
 }

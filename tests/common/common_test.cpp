@@ -136,15 +136,21 @@ TEST(Matching, HalfSampleRoundsUpAndDiagonalOnce) {
 
 TEST(Matching, LargestSumsAreExact) {
     const auto low8 = filled<Vek8u>(256, 0), high8 = filled<Vek8u>(17 * 17, 255);
-    const auto low16 = filled<Vek16u>(256, 0), high16 = filled<Vek16u>(17 * 17, 65535);
+    const auto low16 = filled<Vek16u>(256, 0);
     Vek32s sum = 0;
     for (int mcType = 0; mcType < 16; mcType += 4) {
         vekiSAD16x16_8u32s(low8.data(), 16, high8.data(), 17, &sum, mcType);
         EXPECT_EQ(sum, 255 * 256);
-        vekiSAD16x16_16u32s_C1R(low16.data(), 32, high16.data(), 34, &sum, mcType);
-        EXPECT_EQ(sum, 65535 * 256);
-        vekiSAD8x8_16u32s_C1R(low16.data(), 32, high16.data(), 34, &sum, mcType);
-        EXPECT_EQ(sum, 65535 * 64);
+        // Sums of 2, 4, 8, 16 or 32 such differences go up to 2^15 and 2^16, or just not.
+        for (const int high : {1023, 1024, 2047, 2048, 4095, 4096, 8191, 8192, 16383, 16384, 32767, 32768, 65535}) {
+            const auto high16 = filled<Vek16u>(17 * 17, static_cast<Vek16u>(high));
+            vekiSAD16x16_16u32s_C1R(low16.data(), 32, high16.data(), 34, &sum, mcType);
+            EXPECT_EQ(sum, high * 256);
+            vekiSAD8x8_16u32s_C1R(low16.data(), 32, high16.data(), 34, &sum, mcType);
+            EXPECT_EQ(sum, high * 64);
+            vekiSAD4x4_16u32s_C1R(high16.data(), 34, low16.data(), 32, &sum, 0);
+            EXPECT_EQ(sum, high * 16);
+        }
         vekiSSD8x8_8u32s_C1R(low8.data(), 16, high8.data(), 17, &sum, mcType);
         EXPECT_EQ(sum, 255 * 255 * 64);
     }

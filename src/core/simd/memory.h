@@ -2,6 +2,7 @@
 #ifndef VEKVC_CORE_SIMD_MEMORY_H
 #define VEKVC_CORE_SIMD_MEMORY_H
 
+#include "core/opaque.h"
 #include "core/simd/vector.h"
 
 namespace vekvc {
@@ -213,7 +214,7 @@ VEKVC_SIMD_INLINE V loadPair4(const void* low, const void* high) {
     return {_mm_insert_epi32((loadBytes<V, 4>(low).raw), bits, 1)};
 }
 
-// The rows one and two below p, as values of their own: the compilers would keep multiples of the step in more
+// The rows one, two and four below p, as values of their own: the compilers would keep multiples of the step in more
 // registers than there are, and short kernels would have to save some.
 template <class T>
 VEKVC_SIMD_INLINE T* oneRowOn(T* p, std::ptrdiff_t step) {
@@ -227,6 +228,42 @@ VEKVC_SIMD_INLINE T* twoRowsOn(T* p, std::ptrdiff_t step) {
     asm("lea (%1,%2,2), %0" : "=r"(row) : "r"(p), "r"(step));
     return row;
 }
+
+template <class T>
+VEKVC_SIMD_INLINE T* fourRowsOn(T* p, std::ptrdiff_t step) {
+    T* row;
+    asm("lea (%1,%2,4), %0" : "=r"(row) : "r"(p), "r"(step));
+    return row;
+}
+// The addresses of four rows from a pointer and two steps, and of eight from one pointer more: with two blocks
+// and a result these are all the registers that a function need not save.
+template <class T>
+class FourRowAddresses {
+  public:
+    VEKVC_SIMD_INLINE FourRowAddresses(T* p, std::ptrdiff_t step)
+        : top_(p), step_(step), threeSteps_(opaque(3 * step)) {}
+    VEKVC_SIMD_INLINE T* operator()(int y) const { return from(top_, y); }
+
+  protected:
+    VEKVC_SIMD_INLINE T* from(T* p, int y) const {
+        const std::ptrdiff_t bytes = y == 3 ? threeSteps_ : y * step_;
+        return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(p) + static_cast<std::uintptr_t>(bytes));
+    }
+    T* top_;
+    std::ptrdiff_t step_, threeSteps_;
+};
+template <class T>
+class EightRowAddresses : FourRowAddresses<T> {
+  public:
+    VEKVC_SIMD_INLINE EightRowAddresses(T* p, std::ptrdiff_t step)
+        : FourRowAddresses<T>(p, step), bottom_(fourRowsOn(p, step)) {}
+    VEKVC_SIMD_INLINE T* operator()(int y) const {
+        return y < 4 ? this->from(this->top_, y) : this->from(bottom_, y - 4);
+    }
+
+  private:
+    T* bottom_;
+};
 
 // v with the n bytes (1, 2 or 4) at p in its i-th place of n bytes.
 template <int i, int n, class V>
@@ -256,6 +293,8 @@ VEKVC_SIMD_FN auto highHalf(Vec<T, N> v) -> Vec<T, N / 2> { return {_mm256_extra
 VEKVC_SIMD_FN Vec<T, N> highThenLow(Vec<T, N> a, Vec<T, N> b) {
     return {_mm256_permute2x128_si256(a.raw, b.raw, 0x21)};
 }
+// The low half of a and the high half of b: these stay where they are.
+VEKVC_SIMD_FN Vec<T, N> lowThenHigh(Vec<T, N> a, Vec<T, N> b) { return {_mm256_blend_epi32(a.raw, b.raw, 0xF0)}; }
 // The low (high) halves of a and b as one vector.
 VEKVC_SIMD_FN Vec<T, N> joinLowHalves(Vec<T, N> a, Vec<T, N> b) {
     return {_mm256_permute2x128_si256(a.raw, b.raw, 0x20)};

@@ -71,6 +71,12 @@ VEKVC_SIMD_FN Vec<T, N> joinHigh(Vec<T, N> a, Vec<T, N> b) {
 #if VEKVC_VECTOR256
 // The quarters 0 2 1 3: turns halves that belong to two columns into rows, and back.
 VEKVC_SIMD_FN Vec<T, N> swapMiddleQuarters(Vec<T, N> a) { return {_mm256_permute4x64_epi64(a.raw, 0xD8)}; }
+// The 32-bit lanes of all eight in the order i0 ... i7.
+template <int i0, int i1, int i2, int i3, int i4, int i5, int i6, int i7, class T, int N>
+VEKVC_SIMD_INLINE Vec<T, N> shuffle32(Vec<T, N> a) {
+    static_assert(Vec<T, N>::kBytes == 32);
+    return {_mm256_permutevar8x32_epi32(a.raw, lanes<i32x8>(i0, i1, i2, i3, i4, i5, i6, i7).raw)};
+}
 #endif
 // 16-bit lanes of b where bit i of mask is set for lane i (of each half), of a elsewhere.
 template <int mask, class T, int N>

@@ -10,6 +10,7 @@ namespace vekvc {
 // ---- masks
 
 // Which lanes are not 0, are negative, are equal?
+VEKVC_SIMD_INLINE std::uint16_t nonZeroLanes(u8x16 a) { return _mm_test_epi8_mask(a.raw, a.raw); }
 VEKVC_SIMD_INLINE std::uint16_t nonZeroLanes(i16x16 a) { return _mm256_test_epi16_mask(a.raw, a.raw); }
 VEKVC_SIMD_INLINE std::uint32_t nonZeroLanes(i16x32 a) { return _mm512_test_epi16_mask(a.raw, a.raw); }
 VEKVC_SIMD_INLINE std::uint16_t nonZeroLanes(i32x16 a) { return _mm512_test_epi32_mask(a.raw, a.raw); }
@@ -28,7 +29,9 @@ VEKVC_SIMD_INLINE i32x16 negateLanes(i32x16 a, std::uint16_t mask) {
 // The lanes under ones of the mask, 0 in the others; only the bytes of these lanes are touched.
 template <class V>
 VEKVC_SIMD_INLINE V loadLanes(const void* p, std::uint32_t mask) {
-    if constexpr (std::is_same_v<V, i16x16>) {
+    if constexpr (std::is_same_v<V, u8x16>) {
+        return {_mm_maskz_loadu_epi8(static_cast<std::uint16_t>(mask), p)};
+    } else if constexpr (std::is_same_v<V, i16x16>) {
         return {_mm256_maskz_loadu_epi16(static_cast<std::uint16_t>(mask), p)};
     } else {
         static_assert(std::is_same_v<V, i16x32>);
