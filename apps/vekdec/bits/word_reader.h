@@ -50,6 +50,7 @@ class WordReader {
 
     std::uint32_t u(int n) {  // n up to 32
         if (n == 0) return 0;
+        // Before the last two words no 32 bits reach the end.
         if (endWord_ - word_ < 2 && position() + static_cast<std::size_t>(n) > end_) throwEnd();
         const std::uint32_t bits = peek32() >> (32 - n);
         skip(static_cast<std::size_t>(n));

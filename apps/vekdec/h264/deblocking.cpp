@@ -202,7 +202,7 @@ class Filter {
           planes_(sps.chromaFormatIdc == 0 ? 1 : 3),
           is422_(sps.chromaFormatIdc == 2),
           width_(picture.widthInMbs),
-          parameterSets_(picture.slices[structure == kBottomField].data()),
+          slices_(picture.slices[structure == kBottomField].data()),
           mbs_(picture.mbs.data() + (structure == kBottomField ? picture.mbs.size() / 2 : 0)) {
         for (int i = 0; i < 3; ++i) {
             mbWidth_[i] = i == 0 ? 16 : sps.chromaWidthMb();
@@ -245,7 +245,7 @@ class Filter {
     // Whether the macroblock's edges are filtered; takes its slice's parameters.
     bool enter(const Macroblock& mb) {
         if (mb.type == MbType::Missing) return false;
-        parameters_ = parameterSets_ + mb.slice;
+        parameters_ = slices_ + mb.slice;
         return parameters_->disableDeblockingIdc != 1;
     }
     // The neighbour, null where the edge towards it is not filtered.
@@ -291,7 +291,7 @@ class Filter {
     const int planes_;
     const bool is422_;
     const int width_;  // macroblocks
-    const SliceParameters* const parameterSets_;
+    const SliceParameters* const slices_;
     const Macroblock* const mbs_;
     int mbWidth_[3], mbHeight_[3];
     // Of the macroblock being filtered:

@@ -155,9 +155,8 @@ MotionVector predictMotionVector(const MotionCache& cache, int list, int x, int 
 
 MotionVector predictWhole(const MotionCache& cache, int list, int refIdx) {
     const auto neighbour = [&](int i) { return NeighbourMotion{cache.ref[list][i], cache.mv[list][i]}; };
-    const NeighbourMotion c = neighbour(MotionCache::at(4, -1));
     return medianOf(neighbour(MotionCache::at(-1, 0)), neighbour(MotionCache::at(0, -1)),
-                    c.ref == MotionCache::kNotAvailable ? neighbour(MotionCache::at(-1, -1)) : c, refIdx);
+                    aboveRightMotion(cache, list, 0, 0, 4), refIdx);
 }
 
 MotionVector predictSkipped(const MotionCache& cache) {
