@@ -58,35 +58,18 @@ class AvsQuantizer {
     [[gnu::always_inline]] explicit AvsQuantizer(int qp)
         : factors_(as<V>(splatFrom<D>(kAvsDequantizations[static_cast<std::size_t>(qp)].factors))),
           half_(splatFrom<D>(&kAvsDequantizations[static_cast<std::size_t>(qp)].half)),
-#if VEKVC_VECTOR256
-          shift_(splatFrom<D>(&kAvsDequantizations[static_cast<std::size_t>(qp)].shift)) {
-    }
-#else
-          shift_(kAvsDequantizations[static_cast<std::size_t>(qp)].shift) {
-    }
-#endif
+          shift_(loadShiftCount<D>(&kAvsDequantizations[static_cast<std::size_t>(qp)].shift)) {}
     [[gnu::always_inline]] V operator()(V level) const {
         return narrowI16(scaled(interleaveLow(level, level)), scaled(interleaveHigh(level, level)));
     }
 
   private:
     using D = Vec<std::int32_t, V::kBytes / 4>;
-    [[gnu::always_inline]] D scaled(V twice) const {
-        const D sum = half_ - mulAddPairs(twice, factors_);
-#if VEKVC_VECTOR256
-        return shiftRight(sum, shift_);
-#else
-        return sum >> shift_;
-#endif
-    }
+    [[gnu::always_inline]] D scaled(V twice) const { return (half_ - mulAddPairs(twice, factors_)) >> shift_; }
 
     V factors_;
     D half_;
-#if VEKVC_VECTOR256
-    D shift_;  // a count per lane costs less than one for all
-#else
-    int shift_;
-#endif
+    ShiftCount<D> shift_;
 };
 
 #if VEKVC_VECTOR256

@@ -49,28 +49,10 @@ class LevelCounter {
 
 // A quantizer's offset and shift as its sums need them, from memory once.
 template <class D>
-class Rounding {
-  public:
-    explicit Rounding(const QuantRounding& r) : f(splatFrom<D>(&r.f)), qbits_(counts(r)) {}
-    D shifted(D sum) const {
-#if VEKVC_VECTOR256
-        return shiftRight(sum, qbits_);
-#else
-        return sum >> qbits_;
-#endif
-    }
-
-    const D f;
-
-  private:
-#if VEKVC_VECTOR256
-    // A count per lane: what counts for all lanes comes through a general register.
-    static D counts(const QuantRounding& r) { return splatFrom<D>(&r.qbits); }
-    const D qbits_;
-#else
-    static int counts(const QuantRounding& r) { return r.qbits; }
-    const int qbits_;
-#endif
+struct Rounding {
+    explicit Rounding(const QuantRounding& r) : f(splatFrom<D>(&r.f)), qbits(loadShiftCount<D>(&r.qbits)) {}
+    D f;
+    ShiftCount<D> qbits;
 };
 template <class V>
 using RoundingOf = Rounding<Vec<Vek32s, V::kBytes / 4>>;
@@ -82,8 +64,8 @@ using RoundingOf = Rounding<Vec<Vek32s, V::kBytes / 4>>;
 template <class V>
 [[gnu::always_inline]] inline V quantized(V c, V multiplier, const RoundingOf<V>& r) {
     const V negative = min(c, zero<V>() - c);
-    const auto even = r.shifted(r.f - mulAddPairs(blend16<0xAA>(negative, zero<V>()), multiplier)),
-               odd = r.shifted(r.f - mulAddPairs(blend16<0x55>(negative, zero<V>()), multiplier));
+    const auto even = (r.f - mulAddPairs(blend16<0xAA>(negative, zero<V>()), multiplier)) >> r.qbits,
+               odd = (r.f - mulAddPairs(blend16<0x55>(negative, zero<V>()), multiplier)) >> r.qbits;
     return withSign(blend16<0xAA>(as<V>(even), as<V>(odd << 16)), c);
 }
 
@@ -101,7 +83,7 @@ template <class V>
     const Levels16 magnitude = abs(c);
     const auto low = [&](Levels16 wide, const Vek32u* multipliers) {
         const Levels32 sum = as<Levels32>(wide) * load<Levels32>(multipliers) + r.f;
-        return as<Levels32>(blend16<0xAA>(as<Levels16>(r.shifted(sum)), none));
+        return as<Levels32>(blend16<0xAA>(as<Levels16>(sum >> r.qbits), none));
     };
     const Levels32 first = low(interleaveLow(magnitude, none), pMultipliers),
                    second = low(interleaveHigh(magnitude, none), pMultipliers + Levels32::kBytes / 4);
@@ -126,7 +108,7 @@ template <class V>
 
 template <class V>
 [[gnu::always_inline]] inline V quantized32(V c, V multiplier, const Rounding<V>& r) {
-    return withSign(r.shifted(abs(c) * multiplier + r.f), c);
+    return withSign((abs(c) * multiplier + r.f) >> r.qbits, c);
 }
 
 // Quantizes and counts as many coefficients as a vector has 16-bit lanes.

@@ -32,7 +32,7 @@ using Rounding16 = simd::Rounding<i32x16>;
 // The low 16 bits of the levels.
 [[gnu::always_inline]] inline i16x16 quantized(i16x16 c, const Vek32u* pMultipliers, const Rounding16& r) {
     const i32x16 magnitude = widen(as<u16x16>(abs(c)));
-    return withSign(lowWords(r.shifted(magnitude * load<i32x16>(pMultipliers) + r.f)), c);
+    return withSign(lowWords((magnitude * load<i32x16>(pMultipliers) + r.f) >> r.qbits), c);
 }
 
 template <int n, class M>
@@ -59,7 +59,7 @@ template <int n, class M>
     LevelCounter counter;
     for (int k = 0; k < n; k += 16) {
         const i32x16 c = load<i32x16>(pSrc + k);
-        const i32x16 magnitude = r.shifted(abs(c) * loadMultipliers(pMultipliers + k) + r.f);
+        const i32x16 magnitude = (abs(c) * loadMultipliers(pMultipliers + k) + r.f) >> r.qbits;
         const i32x16 levels = negateLanes(magnitude, negativeLanes(c));
         store(pDst + k, levels);
         counter.add(nonZeroLanes(levels), pScanPos + k);

@@ -298,10 +298,27 @@ VEKVC_SIMD_FN Vec<T, N> operator>>(Vec<T, N> a, int n) {
 #if VEKVC_VECTOR256
 // Each lane shifted by its own count, keeping its sign.
 template <int N>
-VEKVC_SIMD_INLINE Vec<std::int32_t, N> shiftRight(Vec<std::int32_t, N> a, Vec<std::int32_t, N> counts) {
+VEKVC_SIMD_INLINE Vec<std::int32_t, N> operator>>(Vec<std::int32_t, N> a, Vec<std::int32_t, N> counts) {
     VEKVC_BOTH(a, counts, srav_epi32)
 }
 #endif
+// By how many bits to shift all lanes, from memory: with AVX2 a count per lane, since one for all lanes comes through a
+// general register.
+#if VEKVC_VECTOR256
+template <class D>
+using ShiftCount = D;
+#else
+template <class D>
+using ShiftCount = int;
+#endif
+template <class D>
+VEKVC_SIMD_INLINE ShiftCount<D> loadShiftCount(const std::int32_t* p) {
+#if VEKVC_VECTOR256
+    return splatFrom<D>(p);
+#else
+    return *p;
+#endif
+}
 // Bytes moved within each 128 bits; zeros come in. Right means towards lower addresses.
 template <int bytes, class T, int N>
 VEKVC_SIMD_INLINE Vec<T, N> bytesRight(Vec<T, N> a) {
