@@ -202,7 +202,7 @@ inline InterleavedSums sumsOfAbsoluteDifferences8x8(Block<Vek8u> s, Block<Vek8u>
 // The sums for eight consecutive positions. They take W + 7 bytes of each reference row; in the last group of a row not
 // one more may be read, before that a whole vector may.
 template <int W, int H, bool last>
-[[gnu::always_inline]] inline u16x8 eightPositions(Block<Vek8u> s, const Vek8u* ref, std::ptrdiff_t refStep) {
+[[gnu::always_inline]] inline u16x8 sumsOfEight(Block<Vek8u> s, const Vek8u* ref, std::ptrdiff_t refStep) {
     const Vek8u* source = s.base;
     const auto nextRow = [&] {
         source += s.step;
@@ -246,11 +246,25 @@ template <int W, int H, bool last>
     }
 }
 
-#if VEKVC_VECTOR256
-// The same of 8x8 with rows y and y + 4 in the halves of a vector, those of the source loaded once.
-class SearchFor8x8 {
+// A block and what a search for it keeps.
+template <int W, int H>
+class SearchedBlock {
   public:
-    explicit SearchFor8x8(Block<Vek8u> s) {
+    explicit SearchedBlock(Block<Vek8u> s) : source_(s) {}
+    template <bool last>
+    [[gnu::always_inline]] u16x8 eightPositions(const Vek8u* ref, std::ptrdiff_t refStep) const {
+        return sumsOfEight<W, H, last>(source_, ref, refStep);
+    }
+
+  private:
+    Block<Vek8u> source_;
+};
+#if VEKVC_VECTOR256
+// Rows y and y + 4 in the halves of a vector, those of the source loaded once.
+template <>
+class SearchedBlock<8, 8> {
+  public:
+    explicit SearchedBlock(Block<Vek8u> s) {
         const EightRowAddresses row(s.base, s.step);
         for (int y = 0; y < 4; ++y) source_[y] = loadPairTwice8<u8x32>(row(y), row(y + 4));
     }
@@ -292,17 +306,10 @@ Vek32u searchRow(Block<Vek8u> s, Block<Vek8u> ref, Vek16u* pSad, Vek32s count) {
             }
         }
     };
+    const SearchedBlock<W, H> block(s);
     Vek32s i = 0;
-#if VEKVC_VECTOR256
-    if constexpr (W == 8 && H == 8) {
-        const SearchFor8x8 search(s);
-        for (; i < count - 8; i += 8) take(i, search.eightPositions<false>(ref.base + i, ref.step));
-        take(i, search.eightPositions<true>(ref.base + i, ref.step));
-        return static_cast<Vek32u>(index);
-    }
-#endif
-    for (; i < count - 8; i += 8) take(i, eightPositions<W, H, false>(s, ref.base + i, ref.step));
-    take(i, eightPositions<W, H, true>(s, ref.base + i, ref.step));
+    for (; i < count - 8; i += 8) take(i, block.template eightPositions<false>(ref.base + i, ref.step));
+    take(i, block.template eightPositions<true>(ref.base + i, ref.step));
     return static_cast<Vek32u>(index);
 }
 
